@@ -146,10 +146,25 @@ struct CURRENCYFMTW {
   LPWSTR lpCurrencySymbol;
 };
 
+// The LOCALE_*, TIME_* and DATE_* constants and the locale calls.
+#include "qxutil/winlocale.h"
+
 // ---- Code pages (see MultiByteToWideChar) ----------------------------------
 
 #define CP_ACP 0
 #define CP_OEMCP 1
+
+#define MB_PRECOMPOSED 0x00000001
+#define MB_COMPOSITE 0x00000002
+#define MB_USEGLYPHCHARS 0x00000004
+#define MB_ERR_INVALID_CHARS 0x00000008
+
+#define WC_DISCARDNS 0x00000010
+#define WC_SEPCHARS 0x00000020
+#define WC_DEFAULTCHAR 0x00000040
+#define WC_ERR_INVALID_CHARS 0x00000080
+#define WC_COMPOSITECHECK 0x00000200
+#define WC_NO_BEST_FIT_CHARS 0x00000400
 
 // ---- Calls a host may need -------------------------------------------------
 
