@@ -34,8 +34,8 @@ int Fail(int code, const char* format, ...) __attribute__((format(printf, 2, 3))
 
 } // namespace qxcli
 
-#define QXUTIL_COMMAND(ident, usage, summary, fn)                                \
-  static const ::qxcli::Command ident##_command{#ident, usage, summary, fn};     \
+#define QXUTIL_COMMAND(ident, usage, summary, fn)                                                  \
+  static const ::qxcli::Command ident##_command{#ident, usage, summary, fn};                       \
   static ::qxcli::CommandRegistrar ident##_registrar(ident##_command)
 
 #endif // QXUTIL_CLI_COMMAND_H

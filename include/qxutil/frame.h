@@ -1,0 +1,321 @@
+//===- qxutil/frame.h - The library frame -----------------------*- C++ -*-===//
+//
+// The frame every service of the library stands on:
+//
+//  * InstanceData: the per-thread (or host-defined) set of service singletons,
+//    created on a thread's first service call and destroyed when the thread
+//    ends, unless the host keeps it;
+//  * QXSingleton: the Create / Instance / Instance(p) pattern shared by every
+//    service class;
+//  * QXGuard / QXGuardLock: critical sections;
+//  * the memory manager (GetMem_, falloc_, frealloc_, ffree, memSize), which
+//    zero-fills every byte a block gains when it grows;
+//  * the error list (cErrorSystem and the SetError family): at most 30
+//    records, grouped into episodes, walked and reported by the host;
+//  * escape polling (cCheckEsc): relays "cancel?" questions to the host.
+//
+// Failure rule: functions of the frame never throw and never report through
+// the error list; they return null, false or 0. A service's exported free
+// function called while its service is absent (a failed start-up) returns its
+// failure result and does nothing.
+//
+//===----------------------------------------------------------------------===//
+#ifndef QXUTIL_FRAME_H
+#define QXUTIL_FRAME_H
+
+#include "qxutil/wintypes.h"
+
+#include <cstddef>
+#include <new>
+
+// ---- Critical sections -----------------------------------------------------
+
+/// QXGuard - a recursive critical section. Lock may be called again by the
+/// thread that holds it; each Lock needs its Unlock.
+class QXGuard {
+public:
+  QXGuard();
+  virtual ~QXGuard();
+  QXGuard(const QXGuard&) = delete;
+  QXGuard& operator=(const QXGuard&) = delete;
+
+  void Lock();
+  void Unlock();
+
+private:
+  CRITICAL_SECTION section_;
+};
+
+/// QXGuardLock - holds a QXGuard locked for its own lifetime.
+class QXGuardLock {
+public:
+  explicit QXGuardLock(QXGuard* guard) : guard_(guard) { guard_->Lock(); }
+  ~QXGuardLock() { guard_->Unlock(); }
+  QXGuardLock(const QXGuardLock&) = delete;
+  QXGuardLock& operator=(const QXGuardLock&) = delete;
+
+private:
+  QXGuard* guard_;
+};
+
+// ---- Objects on the library's heap -----------------------------------------
+
+/// QXHeapObject - base of the library's service and container objects: they
+/// are allocated zero-filled through the memory manager (falloc_) and freed
+/// through it (ffree), whoever deletes them.
+struct QXHeapObject {
+  static void* operator new(size_t size);
+  static void* operator new(size_t size, const std::nothrow_t&) noexcept;
+  static void operator delete(void* block) noexcept;
+};
+
+// ---- Instance data ---------------------------------------------------------
+
+/// InstanceData - a container of service pointers under unsigned slot keys.
+/// Keys 1 (cCheckEsc), 2 (cFileSystem), 3 (cLocaleInfo), 4
+/// (cCharsetConverter), 5 (cCharsetInfo), 7 (cErrorSystem), 8 (cFileCache),
+/// 9 (cStringResourceBuffers) and 13 (StringNormalizerManager) hold the
+/// library's services; what a host stores under other keys is never deleted
+/// by the library.
+class InstanceData : public QXHeapObject {
+public:
+  virtual ~InstanceData();
+  /// SetSlot - stores `value` under `key`, replacing any earlier value.
+  virtual bool SetSlot(unsigned int key, void* value) = 0;
+  /// GetSlot - the value stored under `key`, or null if it was never set.
+  virtual void* GetSlot(unsigned int key) = 0;
+  /// IsAutoDestroy - true (from construction) until ClearAutoDestroy.
+  virtual bool IsAutoDestroy() = 0;
+  /// ClearAutoDestroy - keeps this set alive when its thread ends.
+  virtual void ClearAutoDestroy() = 0;
+
+  /// Create - installs a new, empty InstanceData in the current storage (no
+  /// services) and returns it; null if memory fails. The one held before is
+  /// not deleted.
+  static InstanceData* Create();
+
+  /// Destroy - deletes the services and the InstanceData itself. With
+  /// `fromThreadSlot` the calling thread's own slot is used (never creating
+  /// one); otherwise GetInstanceData(), which creates a set when there is
+  /// none. With `onlyIfAutoDestroy` a set whose auto-destroy flag was cleared
+  /// is left alone.
+  static void Destroy(bool onlyIfAutoDestroy, bool fromThreadSlot);
+};
+
+/// GetInstanceData - the calling context's set, creating it with all its
+/// services on first use. A set made on this thread before the host
+/// installed its own storage is handed over to that storage.
+InstanceData* GetInstanceData();
+
+/// SetInstanceData - makes `p` the calling context's set (the one held
+/// before is not deleted). Returns the storage's result.
+bool SetInstanceData(InstanceData* p);
+
+/// SetExternalDataStorage - from now on the calling context's set is read
+/// and written through the host's `getter` and `setter`. Calls nest: only the
+/// first installs its pair, and each must be matched by
+/// ClearExternalDataStorage.
+void SetExternalDataStorage(InstanceData* (*getter)(), bool (*setter)(InstanceData*));
+
+/// ClearExternalDataStorage - ends one SetExternalDataStorage; the last one
+/// returns to per-thread storage.
+void ClearExternalDataStorage();
+
+/// UtilDllEnsureInit - calls "DllEnsureInit" in each companion module that
+/// the process has already loaded (libqxkernel.so, libqxdisplay.so,
+/// libqxdata.so, in that order). Never loads a module; reports nothing.
+void UtilDllEnsureInit();
+
+/// UtilDllForceTerm - looks up "DllForceTerm" in the same loaded modules and
+/// deliberately does not call it.
+void UtilDllForceTerm();
+
+/// QXSingleton - the singleton pattern of the library's services. A service
+/// class derives from QXSingleton<itself, its slot key> and declares its own
+/// static Create(); Instance() and Instance(p) come from here.
+template <class Service, unsigned int Key> class QXSingleton : public QXHeapObject {
+public:
+  static constexpr unsigned int kSlotKey = Key;
+
+  /// Instance - the service installed in the calling context's set (built
+  /// on the thread's first call), or null when absent.
+  static Service* Instance() {
+    InstanceData* data = GetInstanceData();
+    return data ? static_cast<Service*>(data->GetSlot(Key)) : nullptr;
+  }
+
+  /// Instance(p) - installs `p` in place of the current service, which is
+  /// not deleted: its owner keeps it.
+  static bool Instance(Service* p) {
+    InstanceData* data = GetInstanceData();
+    return data && data->SetSlot(Key, p);
+  }
+};
+
+// ---- Memory manager --------------------------------------------------------
+//
+// Blocks come from the C runtime heap and carry no header; a block's size is
+// the heap's own usable size, which may exceed the request. Every byte a
+// block gains when it grows reads as zero.
+
+/// falloc_ - allocates `size` bytes into *out (zero-filled when `zeroFill`);
+/// the first flag has no effect. *out is overwritten, not freed. Returns
+/// *out != null.
+bool falloc_(unsigned int size, void** out, bool unused, bool zeroFill);
+
+/// GetMem_ - allocates `size` zero bytes when *block is null; otherwise
+/// resizes it, keeping it as it is when `keepIfLargeEnough` and it is already
+/// at least `size` bytes. Returns *block != null.
+bool GetMem_(unsigned int size, void** block, bool keepIfLargeEnough);
+
+/// frealloc_ - resizes *block to `size` bytes (a null block is a fresh,
+/// zero-filled one). Growth zero-fills. Returns *block != null; on failure
+/// *block is null and the old block is left as the heap leaves it.
+bool frealloc_(unsigned int size, void** block);
+
+/// ffree - frees *block (if not null) and sets it to null.
+void ffree(void** block);
+
+/// memSize - the usable size of `block`, 0 for null.
+unsigned int memSize(const void* block);
+
+template <class T> inline bool falloc_(unsigned int size, T** out, bool unused, bool zeroFill) {
+  return falloc_(size, reinterpret_cast<void**>(out), unused, zeroFill);
+}
+template <class T> inline bool GetMem_(unsigned int size, T** block, bool keepIfLargeEnough) {
+  return GetMem_(size, reinterpret_cast<void**>(block), keepIfLargeEnough);
+}
+template <class T> inline bool frealloc_(unsigned int size, T** block) {
+  return frealloc_(size, reinterpret_cast<void**>(block));
+}
+template <class T> inline void ffree(T** block) { ffree(reinterpret_cast<void**>(block)); }
+
+// ---- Error list ------------------------------------------------------------
+
+/// eErrorLevel - how severe an error is; larger is more severe. The library
+/// itself reports with eErrorLevelNone (episode separators) and
+/// eErrorLevelError.
+enum eErrorLevel : int {
+  eErrorLevelNone = 0,
+  eErrorLevelInfo = 1,
+  eErrorLevelWarning = 2,
+  eErrorLevelMinor = 3,
+  eErrorLevelError = 4,
+  eErrorLevelSevere = 5,
+  eErrorLevelFatal = 6,
+};
+
+/// eErrorMode - a value the host stores and reads back; the error list
+/// itself does not act on it.
+enum eErrorMode : int {
+  eErrorModeDefault = 0,
+  eErrorModeQuiet = 1,
+  eErrorModeInteractive = 2,
+  eErrorModeLog = 3,
+};
+
+/// cErrorFuncs - the host's callbacks for the error list (owned by the
+/// host).
+class cErrorFuncs {
+public:
+  virtual ~cErrorFuncs() {}
+  /// Report - receives the text ReportErrors assembled.
+  virtual void Report(const wchar_t* text) = 0;
+  /// IsSuppressed - while true, SetError stores nothing and HaveErrors is
+  /// false.
+  virtual bool IsSuppressed() = 0;
+  /// KeepDuplicates - when true, an error number already in the list is
+  /// stored again instead of only raising the stored level.
+  virtual bool KeepDuplicates() = 0;
+  /// GetContext - text stored in front of the record being made (null or
+  /// empty for none); `episodeCount` records are already in this episode.
+  virtual const wchar_t* GetContext(int episodeCount) = 0;
+};
+
+/// cErrorSystem - the error list of one InstanceData (slot key 7).
+///
+/// Records are merged by error number (the stored level rises to the higher
+/// one), at most 30 are kept, and once one had to be dropped the list is
+/// "lost": nothing more is stored and every read returns
+/// " Too many errors.  Error information has been lost." until the list is
+/// cleared. Templates expand "^0" and "^1" to the record's arguments and
+/// "^^" to one caret; a caret before anything else is literal.
+class cErrorSystem : public QXSingleton<cErrorSystem, 7> {
+public:
+  virtual ~cErrorSystem();
+  virtual bool HaveErrors() = 0;
+  virtual int NumErrors() = 0;
+  virtual bool FirstError() = 0;
+  virtual void ClearErrors() = 0;
+  virtual bool GetNextError(bool fromStart, wchar_t* out, unsigned int outLen) = 0;
+  virtual bool ThisErrorOccurred(int number) = 0;
+  virtual int GetErrorNum(int index) = 0;
+  virtual int GetResourceID(int index) = 0;
+  virtual const GUID& GetErrorGUID(int index) = 0;
+  virtual void GetErrorMsg(const wchar_t* newTemplate, unsigned int index, wchar_t* out,
+                           unsigned int outLen) = 0;
+  virtual void SetError(eErrorLevel level, int resourceId, const wchar_t* message,
+                        const GUID& module, int number, const wchar_t* arg0,
+                        const wchar_t* arg1) = 0;
+  virtual void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
+                        const wchar_t* arg0, const wchar_t* arg1) = 0;
+  virtual void EndError() = 0;
+  virtual void SetErrorFunctions(cErrorFuncs* funcs) = 0;
+  virtual void ReportErrors() = 0;
+  virtual void SetQXErrorMode(eErrorMode mode) = 0;
+  virtual eErrorMode GetQXErrorMode() = 0;
+
+  /// Create - a new, empty error list (not installed); null if memory fails.
+  static cErrorSystem* Create();
+};
+
+bool HaveErrors();
+int NumErrors();
+bool FirstError();
+void ClearErrors();
+bool GetNextError(bool fromStart, wchar_t* out, unsigned int outLen);
+bool ThisErrorOccurred(int number);
+int GetErrorNum(int index);
+int GetResourceID(int index);
+const GUID& GetErrorGUID(int index);
+void GetErrorMsg(const wchar_t* newTemplate, unsigned int index, wchar_t* out, unsigned int outLen);
+void SetError(eErrorLevel level, int resourceId, const wchar_t* message, const GUID& module,
+              int number, const wchar_t* arg0, const wchar_t* arg1);
+/// SetError - the literal-message form; does nothing when `message` is null.
+void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
+              const wchar_t* arg0, const wchar_t* arg1);
+void EndError();
+void SetErrorFunctions(cErrorFuncs* funcs);
+void ReportErrors();
+void SetQXErrorMode(eErrorMode mode);
+eErrorMode GetQXErrorMode();
+
+// ---- Escape polling --------------------------------------------------------
+
+/// cCheckEscCallback - the host's answer to "cancel the operation?" (owned
+/// by the host).
+class cCheckEscCallback {
+public:
+  virtual ~cCheckEscCallback() {}
+  /// Check - true to cancel; `forUpdate` says the caller is a screen or
+  /// data update.
+  virtual bool Check(bool forUpdate) = 0;
+};
+
+/// cCheckEsc - relays cancellation polls to the host's callback (slot key
+/// 1). Without a callback every poll answers false.
+class cCheckEsc : public QXSingleton<cCheckEsc, 1> {
+public:
+  virtual ~cCheckEsc();
+  virtual void SetCallback(cCheckEscCallback* callback) = 0;
+  virtual bool Check() = 0;
+  virtual bool CheckForUpdate(bool forUpdate) = 0;
+
+  static cCheckEsc* Create();
+};
+
+void InitCheckEscCallback(cCheckEscCallback* callback);
+bool CheckEsc();
+bool CheckEsc4Update(bool forUpdate);
+
+#endif // QXUTIL_FRAME_H

@@ -1,0 +1,46 @@
+//===- frame/check_esc.cpp - Escape polling -------------------------------===//
+//
+// Long operations ask from time to time whether to cancel; the question goes
+// to the host's callback. Without one the answer is always "go on".
+//
+//===----------------------------------------------------------------------===//
+#include "qxutil/frame.h"
+
+namespace {
+
+class cCheckEscImpl final : public cCheckEsc {
+public:
+  void SetCallback(cCheckEscCallback* callback) override { callback_ = callback; }
+  bool Check() override { return callback_ && callback_->Check(false); }
+  bool CheckForUpdate(bool forUpdate) override { return callback_ && callback_->Check(forUpdate); }
+
+private:
+  cCheckEscCallback* callback_ = nullptr; // not owned
+};
+
+} // namespace
+
+cCheckEsc::~cCheckEsc() {}
+
+cCheckEsc* cCheckEsc::Create() {
+  try {
+    return new cCheckEscImpl;
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+void InitCheckEscCallback(cCheckEscCallback* callback) {
+  if (cCheckEsc* esc = cCheckEsc::Instance())
+    esc->SetCallback(callback);
+}
+
+bool CheckEsc() {
+  cCheckEsc* esc = cCheckEsc::Instance();
+  return esc && esc->Check();
+}
+
+bool CheckEsc4Update(bool forUpdate) {
+  cCheckEsc* esc = cCheckEsc::Instance();
+  return esc && esc->CheckForUpdate(forUpdate);
+}

@@ -1,0 +1,12 @@
+//===- frame/guard.cpp - Critical sections --------------------------------===//
+#include "qxutil/frame.h"
+
+#include "platform/threads.h"
+
+QXGuard::QXGuard() { InitializeCriticalSection(&section_); }
+
+QXGuard::~QXGuard() { DeleteCriticalSection(&section_); }
+
+void QXGuard::Lock() { EnterCriticalSection(&section_); }
+
+void QXGuard::Unlock() { LeaveCriticalSection(&section_); }

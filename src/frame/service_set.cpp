@@ -1,0 +1,53 @@
+//===- frame/service_set.cpp - Creation and destruction order -------------===//
+//
+// The one place that knows which services a set holds, the order in which
+// they are created and the order in which they are deleted. A new service is
+// one line in each list.
+//
+//===----------------------------------------------------------------------===//
+#include "frame/service_set.h"
+
+#include "qxutil/frame.h"
+
+namespace qx {
+
+namespace {
+
+// Install - creates one service with `create` and installs it under its key.
+template <class Service, class Factory> bool Install(InstanceData* data, Factory create) {
+  Service* service = create();
+  if (!service)
+    return false;
+  if (!data->SetSlot(Service::kSlotKey, service)) {
+    delete service;
+    return false;
+  }
+  return true;
+}
+
+template <class Service> bool Install(InstanceData* data) {
+  return Install<Service>(data, [] { return Service::Create(); });
+}
+
+template <class Service> void Delete(InstanceData* data) {
+  delete static_cast<Service*>(data->GetSlot(Service::kSlotKey));
+}
+
+} // namespace
+
+InstanceData* CreateServices(InstanceData* data) {
+  // Creation order.
+  if (!Install<cErrorSystem>(data))
+    return data;
+  if (!Install<cCheckEsc>(data))
+    return data;
+  return data;
+}
+
+void DestroyServices(InstanceData* data) {
+  // Destruction order.
+  Delete<cErrorSystem>(data);
+  Delete<cCheckEsc>(data);
+}
+
+} // namespace qx

@@ -1,0 +1,101 @@
+// Provides: GetModuleHandleW, GetProcAddress, LoadLibraryW, FreeLibrary
+// (dlopen with RTLD_NOLOAD, dlsym, dl_iterate_phdr).
+#include "platform/modules.h"
+
+#include "platform/utf8.h"
+
+#include <cstring>
+#include <dlfcn.h>
+#include <link.h>
+#include <string>
+
+namespace {
+
+const char* BaseName(const char* path) {
+  const char* slash = std::strrchr(path, '/');
+  return slash ? slash + 1 : path;
+}
+
+// Finds the path of a loaded object whose file name (without directories)
+// is `name`.
+std::string FindLoadedPath(const std::string& name) {
+  struct Search {
+    const std::string* name;
+    std::string path;
+  } search{&name, {}};
+  dl_iterate_phdr(
+      [](dl_phdr_info* info, size_t, void* data) -> int {
+        auto* s = static_cast<Search*>(data);
+        if (info->dlpi_name && *info->dlpi_name && *s->name == BaseName(info->dlpi_name)) {
+          s->path = info->dlpi_name;
+          return 1;
+        }
+        return 0;
+      },
+      &search);
+  return search.path;
+}
+
+// A handle of an object that is already loaded, without keeping the extra
+// reference that dlopen takes (GetModuleHandleW does not count).
+void* PeekLoaded(const char* name) {
+  void* handle = dlopen(name, RTLD_LAZY | RTLD_NOLOAD);
+  if (handle)
+    dlclose(handle);
+  return handle;
+}
+
+} // namespace
+
+HMODULE GetModuleHandleW(LPCWSTR name) {
+  void* handle = nullptr;
+  if (!name) {
+    handle = PeekLoaded(nullptr);
+  } else {
+    std::string utf8 = qx::platform::WideToUtf8(name);
+    if (!utf8.empty()) {
+      handle = PeekLoaded(utf8.c_str());
+      if (!handle && utf8.find('/') == std::string::npos) {
+        std::string path = FindLoadedPath(utf8);
+        if (!path.empty())
+          handle = PeekLoaded(path.c_str());
+      }
+    }
+  }
+  if (!handle)
+    SetLastError(ERROR_MOD_NOT_FOUND);
+  return static_cast<HMODULE>(handle);
+}
+
+FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
+  if (!module || !name) {
+    SetLastError(module ? ERROR_PROC_NOT_FOUND : ERROR_INVALID_HANDLE);
+    return nullptr;
+  }
+  void* symbol = dlsym(module, name);
+  if (!symbol) {
+    SetLastError(ERROR_PROC_NOT_FOUND);
+    return nullptr;
+  }
+  return reinterpret_cast<FARPROC>(symbol);
+}
+
+HMODULE LoadLibraryW(LPCWSTR path) {
+  std::string utf8 = qx::platform::WideToUtf8(path);
+  if (utf8.empty()) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
+  }
+  void* handle = dlopen(utf8.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!handle)
+    SetLastError(ERROR_MOD_NOT_FOUND);
+  return static_cast<HMODULE>(handle);
+}
+
+BOOL FreeLibrary(HMODULE module) {
+  if (!module || dlclose(module) != 0) {
+    SetLastError(ERROR_INVALID_HANDLE);
+    return FALSE;
+  }
+  return TRUE;
+}

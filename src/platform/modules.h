@@ -1,0 +1,28 @@
+//===- platform/modules.h - Module handles and export lookup ----*- C++ -*-===//
+//
+// Provides: GetModuleHandleW, GetProcAddress, LoadLibraryW, FreeLibrary over
+// dlopen/dlsym. A shared object (".so") plays the part of a DLL.
+//
+//===----------------------------------------------------------------------===//
+#ifndef QXUTIL_PLATFORM_MODULES_H
+#define QXUTIL_PLATFORM_MODULES_H
+
+#include "qxutil/wintypes.h"
+
+/// GetModuleHandleW - the handle of a module the process has already loaded,
+/// found by the name it was loaded under, its soname or its file name
+/// without directories; null for the main program's handle when `name` is
+/// null. Never loads anything; ERROR_MOD_NOT_FOUND when not loaded.
+HMODULE GetModuleHandleW(LPCWSTR name);
+
+/// GetProcAddress - the exported function `name` of `module`;
+/// ERROR_PROC_NOT_FOUND when it has none.
+FARPROC GetProcAddress(HMODULE module, LPCSTR name);
+
+/// LoadLibraryW - loads a module (counted: each load needs its FreeLibrary).
+HMODULE LoadLibraryW(LPCWSTR path);
+
+/// FreeLibrary - drops one load of `module`.
+BOOL FreeLibrary(HMODULE module);
+
+#endif // QXUTIL_PLATFORM_MODULES_H

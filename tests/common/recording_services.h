@@ -1,0 +1,79 @@
+// Stand-in services that record their destruction, for observing the order
+// in which a set is torn down. Installed with the services' Instance(p).
+#ifndef QXUTIL_TESTS_COMMON_RECORDING_SERVICES_H
+#define QXUTIL_TESTS_COMMON_RECORDING_SERVICES_H
+
+#include "qxutil/frame.h"
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace qxtest {
+
+/// DestructionLog - names of the recording services destroyed, in order.
+class DestructionLog {
+public:
+  void Add(const std::string& name) {
+    std::lock_guard<std::mutex> hold(lock_);
+    names_.push_back(name);
+  }
+  std::vector<std::string> Names() {
+    std::lock_guard<std::mutex> hold(lock_);
+    return names_;
+  }
+
+private:
+  std::mutex lock_;
+  std::vector<std::string> names_;
+};
+
+class RecordingErrorSystem final : public cErrorSystem {
+public:
+  explicit RecordingErrorSystem(DestructionLog* log) : log_(log) {}
+  ~RecordingErrorSystem() override { log_->Add("cErrorSystem"); }
+  bool HaveErrors() override { return false; }
+  int NumErrors() override { return 0; }
+  bool FirstError() override { return true; }
+  void ClearErrors() override {}
+  bool GetNextError(bool, wchar_t*, unsigned int) override { return false; }
+  bool ThisErrorOccurred(int) override { return false; }
+  int GetErrorNum(int) override { return 0; }
+  int GetResourceID(int) override { return 0; }
+  const GUID& GetErrorGUID(int) override { return guid_; }
+  void GetErrorMsg(const wchar_t*, unsigned int, wchar_t*, unsigned int) override {}
+  void SetError(eErrorLevel, int, const wchar_t*, const GUID&, int, const wchar_t*,
+                const wchar_t*) override {}
+  void SetError(eErrorLevel, const wchar_t*, const GUID&, int, const wchar_t*,
+                const wchar_t*) override {}
+  void EndError() override {}
+  void SetErrorFunctions(cErrorFuncs*) override {}
+  void ReportErrors() override {}
+  void SetQXErrorMode(eErrorMode) override {}
+  eErrorMode GetQXErrorMode() override { return eErrorModeDefault; }
+
+private:
+  DestructionLog* log_;
+  GUID guid_{};
+};
+
+class RecordingCheckEsc final : public cCheckEsc {
+public:
+  explicit RecordingCheckEsc(DestructionLog* log) : log_(log) {}
+  ~RecordingCheckEsc() override { log_->Add("cCheckEsc"); }
+  void SetCallback(cCheckEscCallback*) override {}
+  bool Check() override { return false; }
+  bool CheckForUpdate(bool) override { return false; }
+
+private:
+  DestructionLog* log_;
+};
+
+/// ReplaceWithRecorders - swaps the calling context's services for
+/// recording ones (deleting the originals, which the caller owns once
+/// replaced) and returns the names in the order the set must destroy them.
+std::vector<std::string> ReplaceWithRecorders(DestructionLog* log);
+
+} // namespace qxtest
+
+#endif
