@@ -25,6 +25,7 @@
 
 #include "qxutil/wintypes.h"
 
+#include <atomic>
 #include <cstddef>
 #include <new>
 
@@ -130,6 +131,15 @@ void UtilDllEnsureInit();
 /// deliberately does not call it.
 void UtilDllForceTerm();
 
+namespace qx::detail {
+/// While per-thread storage is in force: the calling thread's service slots
+/// when its set is one the library made, else null. Lets Instance() reach a
+/// service without a call; kept exact by the frame.
+extern __thread void** tServiceSlots __attribute__((tls_model("initial-exec")));
+/// True while per-thread storage (not the host's) is in force.
+extern std::atomic<bool> gThreadStorageInForce;
+} // namespace qx::detail
+
 /// QXSingleton - the singleton pattern of the library's services. A service
 /// class derives from QXSingleton<itself, its slot key> and declares its own
 /// static Create(); Instance() and Instance(p) come from here.
@@ -140,6 +150,10 @@ public:
   /// Instance - the service installed in the calling context's set (built
   /// on the thread's first call), or null when absent.
   static Service* Instance() {
+    static_assert(Key < 16, "service keys index the fast slot array");
+    if (qx::detail::gThreadStorageInForce.load(std::memory_order_relaxed))
+      if (void** slots = qx::detail::tServiceSlots)
+        return static_cast<Service*>(slots[Key]);
     InstanceData* data = GetInstanceData();
     return data ? static_cast<Service*>(data->GetSlot(Key)) : nullptr;
   }

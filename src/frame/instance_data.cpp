@@ -14,6 +14,11 @@
 #include <map>
 #include <new>
 
+namespace qx::detail {
+__thread void** tServiceSlots __attribute__((tls_model("initial-exec"))) = nullptr;
+std::atomic<bool> gThreadStorageInForce{true};
+} // namespace qx::detail
+
 namespace {
 
 // An allocator for the slot map's nodes over the memory manager; a failed
@@ -58,6 +63,13 @@ public:
   bool IsAutoDestroy() override { return autoDestroy_; }
   void ClearAutoDestroy() override { autoDestroy_ = false; }
 
+  /// ServiceSlots - the slot array of a set the library made; null for a
+  /// host's own InstanceData.
+  static void** ServiceSlots(InstanceData* p) {
+    auto* impl = dynamic_cast<InstanceDataImpl*>(p);
+    return impl ? impl->direct_ : nullptr;
+  }
+
 private:
   // The services' keys are all small: they live in an array, and other keys
   // in an ordered map.
@@ -97,7 +109,10 @@ public:
 
   bool Set(InstanceData* p) override {
     DWORD index = EnsureIndex();
-    return index != TLS_OUT_OF_INDEXES && TlsSetValue(index, p) != 0;
+    if (index == TLS_OUT_OF_INDEXES || !TlsSetValue(index, p))
+      return false;
+    qx::detail::tServiceSlots = InstanceDataImpl::ServiceSlots(p);
+    return true;
   }
 
 private:
@@ -135,6 +150,7 @@ BOOL LibraryEntry(HINSTANCE, DWORD reason, LPVOID) {
   switch (reason) {
   case DLL_THREAD_DETACH:
     InstanceData::Destroy(true, true);
+    qx::detail::tServiceSlots = nullptr;
     break;
   case DLL_PROCESS_DETACH:
     qx::ShutDownMemoryManager();
@@ -218,6 +234,7 @@ void SetExternalDataStorage(InstanceData* (*getter)(), bool (*setter)(InstanceDa
     gSwitch.external.getter_ = getter;
     gSwitch.external.setter_ = setter;
     gSwitch.current.store(&gSwitch.external, std::memory_order_release);
+    qx::detail::gThreadStorageInForce.store(false);
   }
   ++gSwitch.useCount;
 }
@@ -227,6 +244,7 @@ void ClearExternalDataStorage() {
     QXGuardLock hold(&gSwitch.guard);
     if (gSwitch.useCount == 1) {
       gSwitch.current.store(&gSwitch.thread, std::memory_order_release);
+      qx::detail::gThreadStorageInForce.store(true);
       gSwitch.external.getter_ = nullptr;
       gSwitch.external.setter_ = nullptr;
     }

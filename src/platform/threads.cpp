@@ -23,8 +23,8 @@ struct TlsCell {
   uint32_t generation;
 };
 
-__attribute__((tls_model("initial-exec"))) thread_local TlsCell tCells[kTlsSlots];
-__attribute__((tls_model("initial-exec"))) thread_local bool tWatched;
+thread_local TlsCell tCells[kTlsSlots];
+thread_local bool tWatched;
 
 std::mutex gTlsLock;
 bool gTlsInUse[kTlsSlots];

@@ -185,4 +185,26 @@ TEST(ExternalStorage, InstallationsNestAndTheFirstPairWins) {
   });
 }
 
+TEST(ExternalStorage, ServicesComeFromTheHostsSetWhileInstalled) {
+  RunOnNewThread([] {
+    InstanceData* mine = GetInstanceData();
+    cErrorSystem* myErrors = cErrorSystem::Instance();
+    InstanceData* hostSet = nullptr;
+    RunOnNewThread([&] {
+      hostSet = GetInstanceData();
+      hostSet->ClearAutoDestroy();
+    });
+    HostSet(hostSet);
+    SetExternalDataStorage(HostGet, HostSet);
+    EXPECT_EQ(cErrorSystem::Instance(), hostSet->GetSlot(cErrorSystem::kSlotKey));
+    ClearExternalDataStorage();
+    EXPECT_EQ(cErrorSystem::Instance(), myErrors);
+    SetInstanceData(hostSet);
+    InstanceData::Destroy(false, false);
+    SetInstanceData(mine);
+    EXPECT_EQ(cErrorSystem::Instance(), myErrors);
+    HostSet(nullptr);
+  });
+}
+
 } // namespace

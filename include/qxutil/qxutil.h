@@ -1,0 +1,9 @@
+//===- qxutil/qxutil.h - The whole interface ---------------------*- C++ -*-===//
+#ifndef QXUTIL_QXUTIL_H
+#define QXUTIL_QXUTIL_H
+
+#include "qxutil/frame.h"
+#include "qxutil/text.h"
+#include "qxutil/wintypes.h"
+
+#endif // QXUTIL_QXUTIL_H
