@@ -8,6 +8,8 @@
 #include "frame/service_set.h"
 
 #include "qxutil/frame.h"
+#include "qxutil/locale.h"
+#include "qxutil/text.h"
 
 namespace qx {
 
@@ -39,6 +41,10 @@ InstanceData* CreateServices(InstanceData* data) {
   // Creation order.
   if (!Install<cErrorSystem>(data))
     return data;
+  if (!Install<cLocaleInfo>(data))
+    return data;
+  if (!Install<cCharsetInfo>(data))
+    return data;
   if (!Install<cCheckEsc>(data))
     return data;
   return data;
@@ -47,6 +53,8 @@ InstanceData* CreateServices(InstanceData* data) {
 void DestroyServices(InstanceData* data) {
   // Destruction order.
   Delete<cErrorSystem>(data);
+  Delete<cCharsetInfo>(data);
+  Delete<cLocaleInfo>(data);
   Delete<cCheckEsc>(data);
 }
 

@@ -17,6 +17,8 @@ std::vector<std::string> ReplaceWithRecorders(DestructionLog* log) {
   // The documented destruction order, restricted to the services built so far.
   std::vector<std::string> order;
   Replace<cErrorSystem, RecordingErrorSystem>(log, &order, "cErrorSystem");
+  Replace<cCharsetInfo, RecordingCharsetInfo>(log, &order, "cCharsetInfo");
+  Replace<cLocaleInfo, RecordingLocaleInfo>(log, &order, "cLocaleInfo");
   Replace<cCheckEsc, RecordingCheckEsc>(log, &order, "cCheckEsc");
   return order;
 }

@@ -4,6 +4,8 @@
 #define QXUTIL_TESTS_COMMON_RECORDING_SERVICES_H
 
 #include "qxutil/frame.h"
+#include "qxutil/locale.h"
+#include "qxutil/text.h"
 
 #include <mutex>
 #include <string>
@@ -64,6 +66,43 @@ public:
   void SetCallback(cCheckEscCallback*) override {}
   bool Check() override { return false; }
   bool CheckForUpdate(bool) override { return false; }
+
+private:
+  DestructionLog* log_;
+};
+
+class RecordingLocaleInfo final : public cLocaleInfo {
+public:
+  explicit RecordingLocaleInfo(DestructionLog* log) : log_(log) {}
+  ~RecordingLocaleInfo() override { log_->Add("cLocaleInfo"); }
+  bool Refresh() override { return true; }
+  LCID UpdateLocale() override { return 1033; }
+  bool GetLocaleInt(LCTYPE, unsigned int*) override { return false; }
+  bool GetLocaleString(LCTYPE, wchar_t*, unsigned int) override { return false; }
+  void SetNumberFormatCallback(FormatCallback) override {}
+  FormatCallback GetNumberFormatCallback() override { return nullptr; }
+  void GetNumberInfo(bool, wchar_t*, wchar_t*, short*) override {}
+  const wchar_t* GetCurrencySymbol() override { return L"$"; }
+  bool GetNumberFormat(NUMBERFMTW*) override { return false; }
+  bool GetCurrencyFormat(CURRENCYFMTW*) override { return false; }
+  NUMBERFMTW* GetNumberFormatPtr() override { return nullptr; }
+  CURRENCYFMTW* GetCurrencyFormatPtr() override { return nullptr; }
+  void SetDateFormatCallback(FormatCallback) override {}
+  FormatCallback GetDateFormatCallback() override { return nullptr; }
+  void GetDateInfo(bool, short*, wchar_t*) override {}
+  void GetTimeFormat(bool, wchar_t*, unsigned int) override {}
+  void GetTimeInfo(bool, bool*, short*, const wchar_t**, const wchar_t**, const wchar_t**,
+                   const wchar_t**) override {}
+
+private:
+  DestructionLog* log_;
+};
+
+class RecordingCharsetInfo final : public cCharsetInfo {
+public:
+  explicit RecordingCharsetInfo(DestructionLog* log) : log_(log) {}
+  ~RecordingCharsetInfo() override { log_->Add("cCharsetInfo"); }
+  QXCHARSET GetSystemCharset() override { return QXCHARSET_NEUTRAL; }
 
 private:
   DestructionLog* log_;

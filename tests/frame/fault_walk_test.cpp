@@ -6,6 +6,8 @@
 #include "common/thread_runner.h"
 #include "platform/heap.h"
 #include "qxutil/frame.h"
+#include "qxutil/locale.h"
+#include "qxutil/text.h"
 
 #include <gtest/gtest.h>
 
@@ -22,6 +24,12 @@ void ExpectUsableOrAbsent() {
     es->SetError(eErrorLevelError, L"m ^0", GUID{}, 1, L"a", nullptr);
     EXPECT_TRUE(es->HaveErrors());
     es->ClearErrors();
+  }
+  if (cLocaleInfo* li = cLocaleInfo::Instance()) {
+    EXPECT_TRUE(li->Refresh());
+    wchar_t decimal = 0;
+    li->GetNumberInfo(false, &decimal, nullptr, nullptr);
+    EXPECT_EQ(decimal, L'.');
   }
   if (cCheckEsc* esc = cCheckEsc::Instance()) {
     EXPECT_FALSE(esc->Check());
@@ -41,6 +49,8 @@ TEST(FaultWalk, BuildingAThreadsSet) {
         if (reachedTheEnd) {
           ASSERT_NE(data, nullptr);
           EXPECT_NE(cErrorSystem::Instance(), nullptr);
+          EXPECT_NE(cLocaleInfo::Instance(), nullptr);
+          EXPECT_NE(cCharsetInfo::Instance(), nullptr);
           EXPECT_NE(cCheckEsc::Instance(), nullptr);
         }
         if (!data) // the InstanceData itself could not be made
