@@ -332,4 +332,6 @@ void InitCheckEscCallback(cCheckEscCallback* callback);
 bool CheckEsc();
 bool CheckEsc4Update(bool forUpdate);
 
+// ---- Platform and arithmetic utilities -------------------------------------
+
 #endif // QXUTIL_FRAME_H

@@ -89,4 +89,6 @@ short GetThousandsGroupSize();
 short GetDateOrder();
 wchar_t GetDateDelim();
 
+// ---- Number parsing and formatting -----------------------------------------
+
 #endif // QXUTIL_LOCALE_H
