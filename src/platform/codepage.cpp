@@ -73,6 +73,15 @@ bool AllValid(const CodePageTable& t, const uint8_t* s, size_t n) {
   return true;
 }
 
+// Ascii8 - true when the 8 units at s are all below 0x80.
+inline bool Ascii8(const wchar_t* s) {
+  uint32_t v = 0;
+  for (int k = 0; k < 8; ++k) {
+    v |= static_cast<uint32_t>(s[k]);
+  }
+  return v < 0x80;
+}
+
 // Output of MultiByteToWideChar: counts only when cap is 0 (the size probe).
 struct WideOut {
   wchar_t* dst;
@@ -107,31 +116,172 @@ size_t FullDecomposition(uint16_t u, uint16_t* out) {
   return len + 1;
 }
 
-// DecodeGeneral - the double-byte pages and MB_COMPOSITE; false when `out` is full.
-bool DecodeGeneral(const CodePageTable& t, bool composite, const uint8_t* s, size_t n,
-                   WideOut& out) {
-  for (size_t i = 0; i < n;) {
-    uint8_t b = s[i];
-    uint16_t u;
-    if (t.leadRow != nullptr && t.leadRow[b] != 0) {
-      if (i + 1 < n && s[i + 1] != 0) {
-        u = t.rows[t.leadRow[b] - 1][s[i + 1]];
-        i += 2;
-      } else {
-        u = t.defaultUnicode; // lead byte at the end or before a NUL
-        i += 1;
-      }
-    } else {
-      u = t.decode[b];
-      i += 1;
+// DecodeOne - the unit at s[*i] (a byte, or a lead byte and its trail);
+// advances *i past it.
+inline uint16_t DecodeOne(const CodePageTable& t, const uint8_t* s, size_t n, size_t* i) {
+  uint8_t b = s[*i];
+  uint8_t row = t.leadRow != nullptr ? t.leadRow[b] : 0;
+  if (row == 0) {
+    *i += 1;
+    return t.decode[b];
+  }
+  if (*i + 1 < n && s[*i + 1] != 0) {
+    uint16_t u = t.rows[row - 1][s[*i + 1]];
+    *i += 2;
+    return u;
+  }
+  *i += 1; // a lead byte at the end or before a NUL
+  return t.defaultUnicode;
+}
+
+// DecodeDbcs - the double-byte pages without MB_COMPOSITE: the units written
+// (or needed, when cap is 0), or SIZE_MAX when `dst` is too small. A byte gives
+// at most one unit, so a buffer of n units needs no check per character.
+size_t DecodeDbcs(const CodePageTable& t, const uint8_t* s, size_t n, wchar_t* dst, size_t cap) {
+  size_t count = 0;
+  if (cap == 0) {
+    for (size_t i = 0; i < n; ++count) {
+      DecodeOne(t, s, n, &i);
     }
-    uint16_t units[8] = {u};
-    size_t len = composite ? FullDecomposition(u, units) : 1;
+    return count;
+  }
+  if (cap >= n) {
+    for (size_t i = 0; i < n; ++count) {
+      dst[count] = DecodeOne(t, s, n, &i);
+    }
+    return count;
+  }
+  for (size_t i = 0; i < n; ++count) {
+    if (count == cap) {
+      return SIZE_MAX;
+    }
+    dst[count] = DecodeOne(t, s, n, &i);
+  }
+  return count;
+}
+
+// DecodeComposite - MB_COMPOSITE on any page; false when `out` is full.
+bool DecodeComposite(const CodePageTable& t, const uint8_t* s, size_t n, WideOut& out) {
+  for (size_t i = 0; i < n;) {
+    uint16_t units[8];
+    size_t len = FullDecomposition(DecodeOne(t, s, n, &i), units);
     if (!out.Put(units, len)) {
       return false;
     }
   }
   return true;
+}
+
+// DefaultChar - the default character WideCharToMultiByte writes: the
+// caller's (its first byte; on a double-byte page its first two when the
+// second is not NUL) or the page's.
+struct DefaultChar {
+  uint16_t code;
+  bool twoBytes;
+};
+
+DefaultChar ChooseDefault(const CodePageTable& t, LPCSTR defaultChar) {
+  if (defaultChar == nullptr) {
+    return {t.defaultByte, false};
+  }
+  if (t.dbcs && defaultChar[0] != 0 && defaultChar[1] != 0) {
+    return {static_cast<uint16_t>(static_cast<uint8_t>(defaultChar[0]) << 8 |
+                                  static_cast<uint8_t>(defaultChar[1])),
+            true};
+  }
+  return {static_cast<uint8_t>(defaultChar[0]), false};
+}
+
+// EncodeDirect - WideCharToMultiByte without WC_COMPOSITECHECK and
+// WC_NO_BEST_FIT_CHARS: one table lookup per unit. Returns the bytes written
+// (or needed, when cap is 0), or SIZE_MAX when `dst` is too small; sets *used
+// when a default character was written. kChecked: test the room left before
+// each character (not needed when cap covers two bytes per unit).
+template <bool kDbcs, bool kChecked>
+size_t EncodeDirect(const CodePageTable& t, const wchar_t* s, size_t n, char* dst, size_t cap,
+                    DefaultChar def, bool* used) {
+  // Locals, not members: stores through char* could alias the table fields.
+  const uint16_t* hi = t.encodeHi;
+  const uint8_t(*sbcsBlocks)[256] = t.sbcsBlocks;
+  const uint16_t(*dbcsBlocks)[256] = t.dbcsBlocks;
+  bool usedDefault = false;
+  size_t count = 0;
+  for (size_t i = 0; i < n; ++i) {
+    uint32_t u = static_cast<uint32_t>(s[i]);
+    uint16_t code = 0;
+    if (u <= 0xFFFF) {
+      code = kDbcs ? dbcsBlocks[hi[u >> 8]][u & 0xFF] : sbcsBlocks[hi[u >> 8]][u & 0xFF];
+    }
+    bool two = kDbcs && code > 0xFF;
+    if (code == 0 && u != 0) {
+      usedDefault = true;
+      code = def.code;
+      two = def.twoBytes;
+    }
+    if (dst == nullptr) { // the size probe
+      count += two ? 2 : 1;
+      continue;
+    }
+    if (kChecked && cap - count < (two ? 2u : 1u)) {
+      *used = usedDefault;
+      return SIZE_MAX;
+    }
+    if (two) {
+      dst[count++] = static_cast<char>(code >> 8);
+    }
+    dst[count++] = static_cast<char>(code & 0xFF);
+  }
+  *used = usedDefault;
+  return count;
+}
+
+// EncodeDbcsRoomy - EncodeDirect on a double-byte page into a buffer with two
+// bytes per unit: every character but the last is stored as two bytes and the
+// output advances by its length (a one-byte character's second store is
+// overwritten by the next character), which saves a branch per character.
+size_t EncodeDbcsRoomy(const CodePageTable& t, const wchar_t* s, size_t n, char* dst,
+                       DefaultChar def, bool* used) {
+  const uint16_t* hi = t.encodeHi;
+  const uint16_t(*blocks)[256] = t.dbcsBlocks;
+  bool usedDefault = false;
+  auto codeOf = [&](uint32_t u) {
+    uint16_t code = u <= 0xFFFF ? blocks[hi[u >> 8]][u & 0xFF] : 0;
+    if (code == 0 && u != 0) {
+      usedDefault = true;
+      code = def.code; // a two-byte default has a non-zero first byte
+    }
+    return code;
+  };
+  char* o = dst;
+  for (size_t i = 0; i + 1 < n; ++i) {
+    uint16_t code = codeOf(static_cast<uint32_t>(s[i]));
+    bool two = code > 0xFF;
+    o[0] = static_cast<char>(two ? code >> 8 : code);
+    o[1] = static_cast<char>(code & 0xFF);
+    o += two ? 2 : 1;
+  }
+  uint16_t last = codeOf(static_cast<uint32_t>(s[n - 1]));
+  if (last > 0xFF) {
+    *o++ = static_cast<char>(last >> 8);
+  }
+  *o++ = static_cast<char>(last & 0xFF);
+  *used = usedDefault;
+  return static_cast<size_t>(o - dst);
+}
+
+template <bool kDbcs>
+size_t EncodeDirect(const CodePageTable& t, const wchar_t* s, size_t n, char* dst, size_t cap,
+                    DefaultChar def, bool* used) {
+  if (cap == 0) {
+    return EncodeDirect<kDbcs, false>(t, s, n, nullptr, 0, def, used);
+  }
+  if (cap / 2 >= n) {
+    if constexpr (kDbcs) {
+      return EncodeDbcsRoomy(t, s, n, dst, def, used);
+    }
+    return EncodeDirect<kDbcs, false>(t, s, n, dst, cap, def, used);
+  }
+  return EncodeDirect<kDbcs, true>(t, s, n, dst, cap, def, used);
 }
 
 // Output of WideCharToMultiByte: whole characters only; counts only when cap is 0.
@@ -163,17 +313,7 @@ public:
   Encoder(const CodePageTable& t, DWORD flags, LPCSTR defaultChar, ByteOut& out)
       : t_(t), noBestFit_((flags & WC_NO_BEST_FIT_CHARS) != 0),
         composite_((flags & WC_COMPOSITECHECK) != 0), exception_(flags & kWcExceptionFlags),
-        out_(out) {
-    if (defaultChar == nullptr) {
-      default_ = t.defaultByte;
-    } else if (t.dbcs && defaultChar[1] != 0) {
-      default_ = static_cast<uint16_t>(static_cast<uint8_t>(defaultChar[0]) << 8 |
-                                       static_cast<uint8_t>(defaultChar[1]));
-      defaultTwoBytes_ = true;
-    } else {
-      default_ = static_cast<uint8_t>(defaultChar[0]);
-    }
-  }
+        default_(ChooseDefault(t, defaultChar)), out_(out) {}
 
   bool usedDefault() const { return usedDefault_; }
 
@@ -213,7 +353,7 @@ private:
 
   bool PutDefault() {
     usedDefault_ = true;
-    return out_.Put(default_, defaultTwoBytes_);
+    return out_.Put(default_.code, default_.twoBytes);
   }
 
   bool PutUnit(uint32_t u) {
@@ -291,9 +431,8 @@ private:
   bool noBestFit_;
   bool composite_;
   DWORD exception_;
+  DefaultChar default_;
   ByteOut& out_;
-  uint16_t default_ = 0;
-  bool defaultTwoBytes_ = false;
   bool usedDefault_ = false;
 };
 
@@ -331,6 +470,16 @@ const CodePageTable* CheckCall(UINT cp, const In* src, int srclen, const Out* ds
     SetLastError(ERROR_INVALID_PARAMETER);
   }
   return t;
+}
+
+// Finish - a conversion's result: the count, or 0 with the last error set
+// (SIZE_MAX: the output was too small).
+int Finish(size_t count) {
+  if (count == SIZE_MAX) {
+    return Fail(ERROR_INSUFFICIENT_BUFFER);
+  }
+  return count <= static_cast<size_t>(INT_MAX) ? static_cast<int>(count)
+                                               : Fail(ERROR_INVALID_PARAMETER);
 }
 
 UINT SupportedOr(UINT cp, UINT fallback) {
@@ -380,12 +529,14 @@ int MultiByteToWideChar(UINT cp, DWORD flags, LPCSTR src, int srclen, LPWSTR dst
     }
     return n <= cap ? static_cast<int>(n) : Fail(ERROR_INSUFFICIENT_BUFFER);
   }
-  WideOut out{dst, cap};
-  if (!DecodeGeneral(*t, composite, s, n, out)) {
-    return Fail(ERROR_INSUFFICIENT_BUFFER);
+  size_t count;
+  if (composite) {
+    WideOut out{dst, cap};
+    count = DecodeComposite(*t, s, n, out) ? out.count : SIZE_MAX;
+  } else {
+    count = DecodeDbcs(*t, s, n, dst, cap);
   }
-  return out.count <= static_cast<size_t>(INT_MAX) ? static_cast<int>(out.count)
-                                                   : Fail(ERROR_INVALID_PARAMETER);
+  return Finish(count);
 }
 
 int WideCharToMultiByte(UINT cp, DWORD flags, LPCWSTR src, int srclen, LPSTR dst, int dstlen,
@@ -413,24 +564,38 @@ int WideCharToMultiByte(UINT cp, DWORD flags, LPCWSTR src, int srclen, LPSTR dst
     const uint8_t(*blocks)[256] = t->sbcsBlocks;
     const char fallback = static_cast<char>(t->defaultByte);
     size_t m = n < cap ? n : cap;
-    for (size_t i = 0; i < m; ++i) {
-      uint32_t u = static_cast<uint32_t>(src[i]);
-      uint8_t c = u <= 0xFFFF ? blocks[hi[u >> 8]][u & 0xFF] : 0;
-      dst[i] = (c != 0 || u == 0) ? static_cast<char>(c) : fallback;
+    for (size_t i = 0; i < m;) {
+      if (t->asciiIdentity && m - i >= 8 && Ascii8(src + i)) {
+        for (int k = 0; k < 8; ++k) {
+          dst[i + k] = static_cast<char>(src[i + k]);
+        }
+        i += 8;
+        continue;
+      }
+      for (size_t end = m - i >= 8 ? i + 8 : m; i < end; ++i) {
+        uint32_t u = static_cast<uint32_t>(src[i]);
+        uint8_t c = u <= 0xFFFF ? blocks[hi[u >> 8]][u & 0xFF] : 0;
+        dst[i] = (c != 0 || u == 0) ? static_cast<char>(c) : fallback;
+      }
     }
     return n <= cap ? static_cast<int>(n) : Fail(ERROR_INSUFFICIENT_BUFFER);
   }
-  ByteOut out{dst, cap};
-  Encoder encoder(*t, flags & kWcFlags, defaultChar, out);
-  bool complete = encoder.Run(src, n);
+  size_t count;
+  bool used = false;
+  if ((flags & (WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS)) == 0) {
+    DefaultChar def = ChooseDefault(*t, defaultChar);
+    count = t->dbcs ? EncodeDirect<true>(*t, src, n, dst, cap, def, &used)
+                    : EncodeDirect<false>(*t, src, n, dst, cap, def, &used);
+  } else {
+    ByteOut out{dst, cap};
+    Encoder encoder(*t, flags & kWcFlags, defaultChar, out);
+    count = encoder.Run(src, n) ? out.count : SIZE_MAX;
+    used = encoder.usedDefault();
+  }
   if (usedDefault != nullptr) {
-    *usedDefault = encoder.usedDefault() ? TRUE : FALSE;
+    *usedDefault = used ? TRUE : FALSE;
   }
-  if (!complete) {
-    return Fail(ERROR_INSUFFICIENT_BUFFER);
-  }
-  return out.count <= static_cast<size_t>(INT_MAX) ? static_cast<int>(out.count)
-                                                   : Fail(ERROR_INVALID_PARAMETER);
+  return Finish(count);
 }
 
 BOOL IsDBCSLeadByteEx(UINT cp, BYTE byte) {

@@ -20,6 +20,7 @@ struct CodePageTable {
   uint16_t codePage;
   bool dbcs;
   bool bestFit;                      // the encoder has many-to-one (best-fit) mappings
+  bool asciiIdentity;                // 0x00-0x7F decode to U+0000-U+007F and back
   uint8_t defaultByte;               // default character for WideCharToMultiByte ('?')
   uint16_t defaultUnicode;           // default character for MultiByteToWideChar
   uint16_t defaultCode;              // the code that stands for defaultUnicode itself

@@ -190,8 +190,9 @@ def build_page(cp, tsv, dbcs):
             fail("cp%d: U+%04X -> 0x%04X has no lead byte" % (cp, u, c))
         if c <= 0xFF and c in leads:
             fail("cp%d: U+%04X -> lead byte 0x%02X" % (cp, u, c))
+    ascii_identity = all(decode[b] == b and wc.get(b) == b for b in range(0x80))
     return {
-        "cp": cp, "dbcs": dbcs, "decode": decode, "leads": leads, "rows": rows, "wc": wc,
+        "cp": cp, "dbcs": dbcs, "ascii": ascii_identity, "decode": decode, "leads": leads, "rows": rows, "wc": wc,
         "default_byte": default_byte, "default_uni": default_uni, "default_code": default_code,
         "bestfit": cp in BESTFIT_PAGES,
     }
@@ -285,14 +286,16 @@ def gen_index(pages, ucd):
     for p in sorted(pages, key=lambda q: q["cp"]):
         cp = p["cp"]
         if p["dbcs"]:
-            out.append("    {%d, true, %s, 0x%02X, 0x%04X, 0x%04X, kDecode%d, kEncodeHi%d, nullptr, "
+            out.append("    {%d, true, %s, %s, 0x%02X, 0x%04X, 0x%04X, kDecode%d, kEncodeHi%d, nullptr, "
                        "kLeadRow%d, kRows%d, kBlocks%d}," % (
-                           cp, "true" if p["bestfit"] else "false", p["default_byte"],
+                           cp, "true" if p["bestfit"] else "false",
+                           "true" if p["ascii"] else "false", p["default_byte"],
                            p["default_uni"], p["default_code"], cp, cp, cp, cp, cp))
         else:
-            out.append("    {%d, false, %s, 0x%02X, 0x%04X, 0x%04X, kDecode%d, kEncodeHi%d, kSbcsBlocks, "
+            out.append("    {%d, false, %s, %s, 0x%02X, 0x%04X, 0x%04X, kDecode%d, kEncodeHi%d, kSbcsBlocks, "
                        "nullptr, nullptr, nullptr}," % (
-                           cp, "true" if p["bestfit"] else "false", p["default_byte"],
+                           cp, "true" if p["bestfit"] else "false",
+                           "true" if p["ascii"] else "false", p["default_byte"],
                            p["default_uni"], p["default_code"], cp, cp))
     out.append("};")
     return "\n".join(out) + "\n"
