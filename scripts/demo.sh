@@ -6,4 +6,5 @@ show() { echo "\$ qxutil $*"; "$qxutil" "$@"; echo; }
 
 show --version
 show --help
+show charsets
 show message "Cannot open ^0 (^1 blocks, 100^^ sure)" roads.dat 512
