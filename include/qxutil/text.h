@@ -117,11 +117,315 @@ public:
   static cCharsetInfo* Create();
 };
 
+// ---- Character-set conversion --------------------------------------------
+
 // ---- Wide-string functions -------------------------------------------------
+//
+// Text is NUL-terminated runs of 16-bit code units (one wchar_t each). A
+// buffer's capacity is given in units and counts the terminator; every
+// function that takes one writes nothing beyond it.
+//
+// Modes: the functions marked "two modes" look at
+// CharsetDBCS(system_charset()) on every call. In single-byte mode they
+// behave like the C runtime's function of the same job; in DBCS mode they
+// walk the string character by character with qxNextChar (a base unit and
+// the nonspacing marks after it are one character), so they only stop at
+// the start of a character. In DBCS mode qxStrchr, and the first unit of
+// the needle in qxStrstr, are first narrowed to their low byte,
+// sign-extended to 16 bits: only characters below 0x80 are found by their
+// own value (L'\u3042' narrows to L'B', L'\u00e9' to L'\uffe9').
+//
+// White space is exactly TAB, LF, FF, CR and space (not VT). A unit is
+// unprintable when qxIsPrint is false for it.
+//
+// Failure rule: only Like records an error (a malformed escape: number 61,
+// level eErrorLevelError, message resource 19). A null string argument
+// never crashes: the function returns its failure value (null, false, 0 or
+// as stated) and writes nothing, unless its comment says otherwise.
+
+#include <cstddef>
+#include <string>
+
+namespace qxt {
+
+/// qxt::string - the library's wide string, as the positional tokeniser
+/// takes it: an owned copy of the text, built from a NUL-terminated wide
+/// string (null gives the empty string) or from a pointer and a length.
+class string {
+public:
+  string() = default;
+  string(const wchar_t* s) : text_(s ? s : L"") {} // implicit on purpose
+  string(const wchar_t* s, size_t n) : text_(s ? s : L"", s ? n : 0) {}
+  const wchar_t* c_str() const { return text_.c_str(); }
+  unsigned int length() const { return static_cast<unsigned int>(text_.size()); }
+  wchar_t operator[](unsigned int i) const { return text_[i]; }
+
+private:
+  std::wstring text_;
+};
+
+} // namespace qxt
+
+// -- Comparison. A null string compares below every string (two nulls are
+// equal); the equality tests are false when either side is null.
+
+/// qxStrCmp - unit-by-unit compare of unsigned 16-bit units: -1, 0 or 1.
+int qxStrCmp(const wchar_t* a, const wchar_t* b);
+/// qxStrICmp - the runtime's _wcsicmp (ASCII-only folding in the "C"
+/// runtime locale); _NLSCMPERROR (INT_MAX) for a null argument.
+int qxStrICmp(const wchar_t* a, const wchar_t* b);
+/// qxStrNICmp - the runtime's _wcsnicmp on at most n units.
+int qxStrNICmp(const wchar_t* a, const wchar_t* b, size_t n);
+/// strequ - true if equal unit by unit.
+bool strequ(const wchar_t* a, const wchar_t* b);
+/// striequ - _wcsicmp(a, b) == 0.
+bool striequ(const wchar_t* a, const wchar_t* b);
+/// strnequ - wcsncmp(a, b, n) == 0: strnequ(L"abc", L"abd", 2) => true.
+bool strnequ(const wchar_t* a, const wchar_t* b, size_t n);
+/// strniequ - the first n units of each (fewer if a string ends first)
+/// compared with _wcsicmp: strniequ(L"ABx", L"aby", 2) => true. Needs no
+/// heap for n up to 256; if the scratch for a longer n cannot be had, it
+/// answers with _wcsnicmp(a, b, n) == 0.
+bool strniequ(const wchar_t* a, const wchar_t* b, size_t n);
+
+// -- Length and search (two modes). Results are unit positions and counts
+// of units in both modes, except qxStrLen.
+
+/// qxStrLen - wcslen; DBCS mode: the number of characters (qxNextChar
+/// steps): L"a\u0301b" => 3 single-byte, 2 DBCS. Null => 0.
+size_t qxStrLen(const wchar_t* s);
+/// qxStrchr - the first `c` (c = 0 finds the terminator); null if none.
+const wchar_t* qxStrchr(const wchar_t* s, wchar_t c);
+/// qxStrrchr - the last `c` (not narrowed in DBCS mode); null if none.
+const wchar_t* qxStrrchr(const wchar_t* s, wchar_t c);
+/// qxStrpbrk - the first unit of `s` found in `set`; null if none.
+const wchar_t* qxStrpbrk(const wchar_t* s, const wchar_t* set);
+/// qxStrspn - the length of the leading run of units found in `set`.
+size_t qxStrspn(const wchar_t* s, const wchar_t* set);
+/// qxStrcspn - the length of the leading run of units not in `set`.
+size_t qxStrcspn(const wchar_t* s, const wchar_t* set);
+/// qxStrstr - the first occurrence of `needle`; `s` itself for an empty
+/// needle; null if none.
+const wchar_t* qxStrstr(const wchar_t* s, const wchar_t* needle);
+/// qxLastChar - the last character; `s` itself for an empty string.
+const wchar_t* qxLastChar(const wchar_t* s);
+inline wchar_t* qxStrchr(wchar_t* s, wchar_t c) {
+  return const_cast<wchar_t*>(qxStrchr(const_cast<const wchar_t*>(s), c));
+}
+inline wchar_t* qxStrrchr(wchar_t* s, wchar_t c) {
+  return const_cast<wchar_t*>(qxStrrchr(const_cast<const wchar_t*>(s), c));
+}
+inline wchar_t* qxStrpbrk(wchar_t* s, const wchar_t* set) {
+  return const_cast<wchar_t*>(qxStrpbrk(const_cast<const wchar_t*>(s), set));
+}
+inline wchar_t* qxStrstr(wchar_t* s, const wchar_t* needle) {
+  return const_cast<wchar_t*>(qxStrstr(const_cast<const wchar_t*>(s), needle));
+}
+inline wchar_t* qxLastChar(wchar_t* s) {
+  return const_cast<wchar_t*>(qxLastChar(const_cast<const wchar_t*>(s)));
+}
+
+/// fast_strchr, fast_strpbrk - wcschr and wcspbrk, whatever the mode.
+const wchar_t* fast_strchr(const wchar_t* s, wchar_t c);
+const wchar_t* fast_strpbrk(const wchar_t* s, const wchar_t* set);
+inline wchar_t* fast_strchr(wchar_t* s, wchar_t c) {
+  return const_cast<wchar_t*>(fast_strchr(const_cast<const wchar_t*>(s), c));
+}
+inline wchar_t* fast_strpbrk(wchar_t* s, const wchar_t* set) {
+  return const_cast<wchar_t*>(fast_strpbrk(const_cast<const wchar_t*>(s), set));
+}
+
+/// strnchr - the first `c` among the first n units, stopping at the
+/// terminator (so c = 0 is never found); a hit at position n or later is
+/// null: strnchr(L"abc", L'c', 2) => null.
+const wchar_t* strnchr(const wchar_t* s, wchar_t c, size_t n);
+inline wchar_t* strnchr(wchar_t* s, wchar_t c, size_t n) {
+  return const_cast<wchar_t*>(strnchr(const_cast<const wchar_t*>(s), c, n));
+}
+/// strrcspn - the index of the last unit of `s` found in `set`:
+/// strrcspn(L"a,b,c", L",") => 3; 0xFFFFFFFF if none or `s` is empty.
+unsigned int strrcspn(const wchar_t* s, const wchar_t* set);
+
+// -- Characters.
+
+/// qxNextChar - CharNextW: past the unit and the nonspacing marks after
+/// it; at the terminator, the terminator itself.
+const wchar_t* qxNextChar(const wchar_t* p);
+inline wchar_t* qxNextChar(wchar_t* p) {
+  return const_cast<wchar_t*>(qxNextChar(const_cast<const wchar_t*>(p)));
+}
+/// qxPrevChar - CharPrevW: the character before `p`, never before `start`.
+const wchar_t* qxPrevChar(const wchar_t* start, const wchar_t* p);
+inline wchar_t* qxPrevChar(const wchar_t* start, wchar_t* p) {
+  return const_cast<wchar_t*>(qxPrevChar(start, const_cast<const wchar_t*>(p)));
+}
+/// qxIsLeadByte - always false: wide text has no lead units.
+bool qxIsLeadByte(const wchar_t* p);
+
+/// qxToUpper, qxToLower - CharUpperW / CharLowerW of one character
+/// (Windows' simple, locale-independent case mapping): L'\u00e9' =>
+/// L'\u00c9'. Values outside the BMP come back unchanged.
+wchar_t qxToUpper(wchar_t c);
+wchar_t qxToLower(wchar_t c);
+/// qxIsAlpha, qxIsAlphaNum - the runtime's iswalpha / iswalnum.
+bool qxIsAlpha(wchar_t c);
+bool qxIsAlphaNum(wchar_t c);
+/// qxIsUpper, qxIsLower - IsCharUpperW / IsCharLowerW.
+bool qxIsUpper(wchar_t c);
+bool qxIsLower(wchar_t c);
+/// qxIsPrint - true for every unit of 128 or more; below 128 the
+/// runtime's iswprint (false for controls and DEL).
+bool qxIsPrint(wchar_t c);
+
+// -- In-place edits. Those returning a pointer return their first
+// argument; null in, null out.
+
+/// qxStrrev - reverses the units (the runtime's _wcsrev) in both modes.
+wchar_t* qxStrrev(wchar_t* s);
+/// qxStrUpr, qxStrLwr - CharUpperW / CharLowerW over the whole string.
+wchar_t* qxStrUpr(wchar_t* s);
+wchar_t* qxStrLwr(wchar_t* s);
+/// qxCharReplace - every unit of `s` found in `set` becomes `c` (with
+/// c = 0 every one of them becomes a terminator).
+void qxCharReplace(wchar_t* s, const wchar_t* set, wchar_t c);
+/// memrev - reverses n bytes in place; returns p.
+void* memrev(void* p, unsigned int n);
+/// concat_backslash - strcpyn(dst, src, n) (skipped when n is 0), then a
+/// backslash appended when `dst` is not empty and does not end in "\" or
+/// "/". The backslash does not count against n: callers leave one unit
+/// spare. concat_backslash(L"/data", d, 261) => L"/data\\".
+void concat_backslash(const wchar_t* src, wchar_t* dst, unsigned int n);
+
+// -- White space and trimming.
+
+/// skipwhite - past the leading white space; null if only white space (or
+/// nothing) is left: skipwhite(L" \tx") => "x", skipwhite(L"  ") => null.
+const wchar_t* skipwhite(const wchar_t* s);
+inline wchar_t* skipwhite(wchar_t* s) {
+  return const_cast<wchar_t*>(skipwhite(const_cast<const wchar_t*>(s)));
+}
+/// ltrim - removes leading white-space and unprintable units, shifting the
+/// rest left; returns how many were removed. A string made only of such
+/// units is left as it is (and 0 returned): L"\t a " => L"a " (2).
+unsigned int ltrim(wchar_t* s);
+/// ltrim2 - removes leading spaces (32) only; returns how many:
+/// L"  \ta" => L"\ta" (2), L"   " => L"" (3).
+unsigned int ltrim2(wchar_t* s);
+/// rtrim - overwrites trailing white-space and unprintable units with
+/// zeros; returns the new length: L"a b \r\n" => L"a b" (3).
+unsigned int rtrim(wchar_t* s);
+/// rtrimA - rtrim of 8-bit text in the thread's ANSI code page, walking
+/// with CharNextA (a double-byte character is never cut); writes one
+/// terminator at the start of the trailing run; returns the new length in
+/// bytes. Bytes of 128 and more are printable.
+unsigned int rtrimA(char* s);
+
+// -- Line ends and replacement.
+
+/// TextRemoveCrs - removes each CR that is directly followed by LF;
+/// returns the new length: L"a\r\r\nb" => L"a\r\nb" (4).
+unsigned int TextRemoveCrs(wchar_t* s);
+/// TextAddCrs - allocates, with the memory manager, a copy of the first n
+/// units of `src` with a CR written before every LF (also before an LF
+/// that already has one: L"\r\n" => L"\r\r\n") and a terminator, into
+/// *out (the caller frees it with ffree). Returns the copy's length; 0 if
+/// the memory cannot be had (then *out is left as it was).
+unsigned int TextAddCrs(wchar_t** out, const wchar_t* src, unsigned int n);
+/// TextReplaceChar - every `from` becomes `to` (from = 0 changes nothing).
+void TextReplaceChar(wchar_t* s, wchar_t from, wchar_t to);
+/// FilterNewline - copies exactly n units from `src` to `dst` (which may be
+/// `src`); encoding (`decode` false) writes each CR LF pair as backslash
+/// and "n", decoding writes each backslash-"n" pair as CR LF. The length
+/// never changes and no terminator is written.
+void FilterNewline(wchar_t* dst, const wchar_t* src, unsigned int n, bool decode);
+
+// -- SQL LIKE.
+
+/// Like - matches `subject` against the SQL LIKE `pattern`, exactly and
+/// case-sensitively: "%" is any run of units, "_" any one unit, and the
+/// first unit of `escape` (none when `escape` is null or empty) makes the
+/// following "%", "_" or escape unit literal. Returns whether the pattern
+/// was well formed; *match says whether the subject matched:
+///   Like(L"abc", L"a%", L"", &m) => true, m = true
+///   Like(L"ab", L"a_c", L"", &m) => true, m = false
+///   Like(L"a%", L"a!%", L"!", &m) => true, m = true
+/// A "%" with more pattern after it never stretches to the end of the
+/// subject, so L"" against L"%%" and L"a" against L"a%%" do not match
+/// while L"" against L"%" and L"ab" against L"a%%" do.
+/// An escape followed by anything else is malformed once matching reaches
+/// it: error 61 is recorded and false returned with *match false
+/// (L"ab" against L"a!b" with escape L"!"). A subject that fails before the
+/// bad escape is reached simply does not match (L"xb" against L"a!b").
+/// Null `subject` or `pattern`: false, *match false, nothing recorded; null
+/// `match`: false. Worst case O(subject length x pattern length), no heap.
+bool Like(const wchar_t* subject, const wchar_t* pattern, const wchar_t* escape, bool* match);
+
+// -- Tokenising.
+
+/// qxStrtok - the next token of `s`, for lists such as L"a, f(b,c), 'x,y'":
+/// skips leading white-space and unprintable units (storing that position
+/// in *next and returning null if nothing is left), then ends the token at
+/// the first unit of `delims` that is outside quotes (" ' `, a doubled
+/// quote staying inside) and, when `brackets` is set, outside () and []
+/// nesting. The delimiter is overwritten with 0 and *next points past it
+/// (at the end of the string, *next points at the terminator). The token
+/// is trimmed in place (ltrim, rtrim) and returned; quotes are kept. A
+/// delimiter first gives an empty token. Null `s`, `delims` or `next`:
+/// null, nothing written.
+wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, bool brackets, wchar_t** next);
+
+/// qxStrtok - strtok-style tokenising. Single-byte mode: the runtime's
+/// two-argument wcstok (position kept per thread; `context` is neither read
+/// nor written). DBCS mode: resumes at `s`, or at *context when `s` is
+/// null, skips delimiters, and returns the token up to the next delimiter
+/// (overwritten with 0) with the resume point in *context; at the end
+/// *context becomes a constant empty string and null is returned. Null
+/// `delims` (or, in DBCS mode, null `context`): null, nothing written.
+wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, wchar_t** context);
+
+/// qxStrtok - the first overload's rules by positions, on text it does not
+/// change, with brackets always honoured. From unit `start`: skips leading
+/// white-space and unprintable units; returns false when nothing is left
+/// (all three outputs then hold the length). Otherwise the token runs to
+/// the first unit of `delims` outside quotes and brackets; *tokenStart and
+/// *tokenEnd are its trimmed bounds (tokenEnd one past its last unit; equal
+/// for an empty token) and *next is the position after the delimiter, or
+/// the length at the end. `quotes` lists the quote characters; null means
+/// the first overload's three (" ' `), empty means none. Null outputs, or
+/// `start` beyond the length: false, nothing written.
+///   s = L" a , (b,c)", start 0, delims L"," => true, 1, 2, 4
+///   then start 4 => true, 5, 10, 10; then start 10 => false, 10, 10, 10
+bool qxStrtok(const qxt::string& s, unsigned int start, const qxt::string& delims,
+              unsigned int* tokenStart, unsigned int* tokenEnd, unsigned int* next,
+              const wchar_t* quotes);
+
+// -- Copying and quoting.
 
 /// strcpyn - copies at most n - 1 units of `src` into `dst`, fills the rest
-/// of the n units with zeros and returns `dst`; n = 0 writes nothing.
-/// strcpyn(d, L"abc", 3) => "ab".
+/// of the n units with zeros and returns `dst`; n = 0 writes nothing; a
+/// null `src` copies as the empty string. strcpyn(d, L"abc", 3) => "ab".
 wchar_t* strcpyn(wchar_t* dst, const wchar_t* src, unsigned int n);
+
+/// quotestring - `src` in the quote character quote[0], with each quote
+/// character inside doubled, in `dst` of `size` units (at least 3; the
+/// content gets at most size - 3 units and a quote character is copied
+/// only when both its units fit):
+///   quotestring(d, L"it's", 20, L"'") => L"'it''s'"
+///   quotestring(d, L"it's", 6, L"'")  => L"'it'"
+/// `dst` may be `src` (quoting in place): the text is then first cut to
+/// size - 3 units, and a doubling that finds no room drops the content's
+/// last unit instead (in place, size 6: L"it's" => L"'it''", the cut
+/// content "it'" having no room to double its quote). An empty or null
+/// `quote` makes it strcpyn. Only the result and its terminator are
+/// written; sizes 1 and 2 write just a terminator, size 0 nothing; a null
+/// `src` is the empty string. Returns `dst`.
+wchar_t* quotestring(wchar_t* dst, const wchar_t* src, unsigned int size, const wchar_t* quote);
+
+/// unquotestring - if `src` starts with quote[0]: the text after it up to
+/// the closing quote character, each doubled quote character read as one,
+/// at most size - 1 units, terminated (L"'it''s'" => L"it's", L"'ab'cd" =>
+/// L"ab", L"'ab" => L"ab"); otherwise (or with an empty or null `quote`)
+/// strcpyn(dst, src, size). `dst` may be `src`. Returns `dst`.
+wchar_t* unquotestring(wchar_t* dst, const wchar_t* src, unsigned int size, const wchar_t* quote);
 
 #endif // QXUTIL_TEXT_H
