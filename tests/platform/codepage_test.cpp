@@ -231,6 +231,12 @@ const WcCase kWcCases[] = {
      ERROR_INSUFFICIENT_BUFFER, FALSE},
     {"short buffer, fast path", 1252, 0, {'T', 'h', 0}, -1, 2, nullptr, "Th", 0,
      ERROR_INSUFFICIENT_BUFFER, kNoUsedFlag},
+    {"eight ASCII units at a time", 1252, 0, {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 0xE9, 0x263A},
+     10, 12, nullptr, "abcdefgh\xE9?", 10, kUntouched, kNoUsedFlag},
+    {"a block with one non-ASCII unit", 1252, 0, {'a', 'b', 'c', 0xE9, 'd', 'e', 'f', 'g', 'h'}, 9,
+     12, nullptr, "abc\xE9" "defgh", 9, kUntouched, kNoUsedFlag},
+    {"864 has no ASCII percent", 864, 0, {'%', '%', '%', '%', '%', '%', '%', '%'}, 8, 12, nullptr,
+     "????????", 8, kUntouched, kNoUsedFlag},
     // Default characters.
     {"unmappable", 1252, 0, {'T', 'h', 0x0440, 'i', 0}, -1, 12, nullptr, "Th?i\0"sv, 5, kUntouched,
      TRUE},
