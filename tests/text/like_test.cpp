@@ -1,0 +1,271 @@
+// Like: the documented cases, the error it records, and agreement with the
+// recursive definition (like_oracle.h) over every small pattern and subject
+// and many random ones.
+#include "common/thread_runner.h"
+#include "qxutil/frame.h"
+#include "qxutil/text.h"
+#include "text/like_oracle.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct LikeCase {
+  const wchar_t* subject;
+  const wchar_t* pattern;
+  const wchar_t* escape;
+  bool result; // false: malformed pattern, error 61
+  bool match;
+};
+
+const LikeCase kLikeCases[] = {
+    // Plain wildcards.
+    {L"abc", L"a%", L"", true, true},
+    {L"abc", L"a_c", L"", true, true},
+    {L"ab", L"a_c", L"", true, false},
+    {L"abc", L"abc", L"", true, true},
+    {L"abc", L"ab", L"", true, false},
+    {L"ab", L"abc", L"", true, false},
+    {L"ABC", L"abc", L"", true, false}, // case-sensitive
+    {L"", L"", L"", true, true},
+    {L"a", L"", L"", true, false},
+    {L"", L"_", L"", true, false},
+    {L"abc", L"%b%", L"", true, true},
+    {L"abc", L"%c", L"", true, true},
+    {L"abc", L"%a", L"", true, false},
+    {L"abcabd", L"%ab_", L"", true, true},
+    {L"xabyab", L"%ab%ab", L"", true, true},
+    {L"xaby", L"%ab%ab", L"", true, false},
+    {L"aXbXc", L"a%b%c", L"", true, true},
+    {L"\u00e9t\u00e9", L"_t_", L"", true, true}, // units, not bytes
+    // A "%" with more pattern after it does not stretch to the end.
+    {L"", L"%", L"", true, true},
+    {L"", L"%%", L"", true, false},
+    {L"a", L"%%", L"", true, true},
+    {L"a", L"a%", L"", true, true},
+    {L"a", L"a%%", L"", true, false},
+    {L"ab", L"a%%", L"", true, true},
+    {L"a", L"%_", L"", true, true},
+    {L"", L"%_", L"", true, false},
+    {L"ab", L"%%b", L"", true, true},
+    {L"b", L"%%b", L"", true, true},
+    {L"ab", L"a%%%", L"", true, true},
+    {L"ab", L"ab%%%", L"", true, false},
+    // Escapes.
+    {L"a%", L"a!%", L"!", true, true},
+    {L"ab", L"a!%", L"!", true, false},
+    {L"a_", L"a!_", L"!", true, true},
+    {L"ab", L"a!_", L"!", true, false},
+    {L"a!", L"a!!", L"!", true, true},
+    {L"a!b", L"%!!%", L"!", true, true},
+    {L"50%", L"%0!%", L"!", true, true},
+    {L"a%", L"a%%", L"%", true, true}, // "%" escaping itself
+    {L"ab", L"a%%", L"%", true, false},
+    {L"a", L"a!", L"!x", false, false}, // only the first unit escapes
+    {L"a%", L"a%", nullptr, true, true}, // null escape: none
+    // Malformed escapes, reported once matching reaches them.
+    {L"ab", L"a!b", L"!", false, false},
+    {L"", L"!", L"!", false, false},
+    {L"a", L"a!", L"!", false, false},
+    {L"xb", L"a!b", L"!", true, false}, // fails before the escape is read
+    {L"bb", L"%a!x", L"!", true, false},
+    {L"ba", L"%a!x", L"!", false, false},
+    {L"", L"%!x", L"!", true, false},   // "%" at the end reads nothing more
+    {L"a", L"a%!x", L"!", true, false}, // likewise
+    {L"ab", L"a%!x", L"!", false, false},
+    {L"a", L"a%%!x", L"!", true, false},
+    {L"abc", L"%b!x", L"!", false, false},
+};
+
+class LikeErrors : public ::testing::Test {
+protected:
+  void SetUp() override { ClearErrors(); }
+  void TearDown() override { ClearErrors(); }
+};
+
+TEST_F(LikeErrors, DocumentedCases) {
+  for (const LikeCase& c : kLikeCases) {
+    SCOPED_TRACE(testing::Message() << "subject '" << c.subject << "' pattern '" << c.pattern
+                                    << "' escape '" << (c.escape ? c.escape : L"(null)") << "'");
+    bool match = !c.match;
+    EXPECT_EQ(Like(c.subject, c.pattern, c.escape, &match), c.result);
+    EXPECT_EQ(match, c.match);
+    if (c.result) {
+      EXPECT_FALSE(HaveErrors());
+    } else {
+      ASSERT_EQ(NumErrors(), 1);
+      EXPECT_EQ(GetErrorNum(0), 61);
+      EXPECT_EQ(GetResourceID(0), 19);
+    }
+    ClearErrors();
+  }
+}
+
+TEST_F(LikeErrors, NullArgumentsFailWithoutRecording) {
+  bool match = true;
+  EXPECT_FALSE(Like(nullptr, L"%", L"", &match));
+  EXPECT_FALSE(match);
+  match = true;
+  EXPECT_FALSE(Like(L"a", nullptr, L"", &match));
+  EXPECT_FALSE(match);
+  EXPECT_FALSE(Like(L"a", L"a", L"", nullptr));
+  EXPECT_FALSE(HaveErrors());
+}
+
+// Keeps what SetError is given, to see the level, resource and module.
+class CapturingErrors final : public cErrorSystem {
+public:
+  struct Call {
+    eErrorLevel level;
+    int resourceId;
+    GUID module;
+    int number;
+  };
+  std::vector<Call> calls;
+  bool HaveErrors() override { return !calls.empty(); }
+  int NumErrors() override { return static_cast<int>(calls.size()); }
+  bool FirstError() override { return calls.empty(); }
+  void ClearErrors() override { calls.clear(); }
+  bool GetNextError(bool, wchar_t*, unsigned int) override { return false; }
+  bool ThisErrorOccurred(int) override { return false; }
+  int GetErrorNum(int) override { return 0; }
+  int GetResourceID(int) override { return 0; }
+  const GUID& GetErrorGUID(int) override { return guid_; }
+  void GetErrorMsg(const wchar_t*, unsigned int, wchar_t*, unsigned int) override {}
+  void SetError(eErrorLevel level, int resourceId, const wchar_t*, const GUID& module, int number,
+                const wchar_t*, const wchar_t*) override {
+    calls.push_back({level, resourceId, module, number});
+  }
+  void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
+                const wchar_t* arg0, const wchar_t* arg1) override {
+    SetError(level, -1, message, module, number, arg0, arg1);
+  }
+  void EndError() override {}
+  void SetErrorFunctions(cErrorFuncs*) override {}
+  void ReportErrors() override {}
+  void SetQXErrorMode(eErrorMode) override {}
+  eErrorMode GetQXErrorMode() override { return eErrorModeDefault; }
+
+private:
+  GUID guid_{};
+};
+
+TEST(LikeErrorRecord, LevelResourceAndModule) {
+  qxtest::RunOnNewThread([] {
+    CapturingErrors capture;
+    cErrorSystem* own = cErrorSystem::Instance();
+    ASSERT_TRUE(cErrorSystem::Instance(&capture));
+    bool match = true;
+    bool result = Like(L"ab", L"a!b", L"!", &match);
+    cErrorSystem::Instance(own);
+    EXPECT_FALSE(result);
+    EXPECT_FALSE(match);
+    ASSERT_EQ(capture.calls.size(), 1u);
+    EXPECT_EQ(capture.calls[0].level, eErrorLevelError);
+    EXPECT_EQ(capture.calls[0].resourceId, 19);
+    EXPECT_EQ(capture.calls[0].number, 61);
+    const GUID library = {
+        0xEE011B72, 0x700B, 0x11D2, {0xBB, 0x9D, 0x00, 0x60, 0x08, 0x9F, 0x5A, 0x53}};
+    EXPECT_EQ(std::memcmp(&capture.calls[0].module, &library, sizeof(GUID)), 0);
+  });
+}
+
+// Compares Like with the oracle on one case; returns false on disagreement.
+::testing::AssertionResult AgreesWithOracle(const std::wstring& subject,
+                                            const std::wstring& pattern,
+                                            const wchar_t* escape) {
+  bool expectMatch = false, malformed = false;
+  bool expected = qxtest::LikeOracle(subject.c_str(), pattern.c_str(), escape, &expectMatch,
+                                     &malformed);
+  bool match = !expectMatch;
+  bool result = Like(subject.c_str(), pattern.c_str(), escape, &match);
+  bool recorded = HaveErrors() && NumErrors() == 1 && GetErrorNum(0) == 61;
+  if (HaveErrors())
+    ClearErrors();
+  if (result == expected && match == expectMatch && recorded == !expected)
+    return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure()
+         << "subject '" << subject << "' pattern '" << pattern << "' escape '" << escape
+         << "': Like " << result << "/" << match << " (error " << recorded << "), expected "
+         << expected << "/" << expectMatch;
+}
+
+// Every string over `alphabet` of length up to `maxLength`.
+std::vector<std::wstring> AllStrings(const std::wstring& alphabet, size_t maxLength) {
+  std::vector<std::wstring> out{L""};
+  for (size_t from = 0; from < out.size(); ++from)
+    if (out[from].size() < maxLength)
+      for (wchar_t c : alphabet)
+        out.push_back(out[from] + c);
+  return out;
+}
+
+TEST_F(LikeErrors, AgreesWithTheRecursiveRulesOnEverySmallCase) {
+  const auto patterns = AllStrings(L"ab%_!", 5);
+  const auto subjects = AllStrings(L"ab%!", 4);
+  int failures = 0;
+  for (const wchar_t* escape : {L"", L"!"})
+    for (const auto& p : patterns)
+      for (const auto& s : subjects) {
+        auto agrees = AgreesWithOracle(s, p, escape);
+        if (!agrees && ++failures <= 10)
+          ADD_FAILURE() << agrees.message();
+      }
+  EXPECT_EQ(failures, 0);
+}
+
+TEST_F(LikeErrors, AgreesWithTheRecursiveRulesOnRandomCases) {
+  std::mt19937 random(20261121);
+  const std::wstring patternUnits = L"ab%_!";
+  const std::wstring subjectUnits = L"ab%_!";
+  const wchar_t* escapes[] = {L"", L"!", L"%", L"_", L"a"};
+  auto make = [&](const std::wstring& units, size_t maxLength) {
+    std::wstring s(random() % (maxLength + 1), L'a');
+    for (wchar_t& c : s)
+      c = units[random() % units.size()];
+    return s;
+  };
+  int failures = 0;
+  for (int i = 0; i < 40000; ++i) {
+    std::wstring p = make(patternUnits, 9);
+    std::wstring s = make(subjectUnits, 14);
+    auto agrees = AgreesWithOracle(s, p, escapes[random() % 5]);
+    if (!agrees && ++failures <= 10)
+      ADD_FAILURE() << agrees.message();
+  }
+  EXPECT_EQ(failures, 0);
+}
+
+TEST_F(LikeErrors, LongInputsNeedNoBacktracking) {
+  const std::wstring many(4096, L'a');
+  const struct {
+    const wchar_t* pattern;
+    bool match;
+  } cases[] = {
+      {L"%a%a%a%a%a%a%b", false},
+      {L"%a%a%a%a%a%a%a", true},
+      {L"%a%a%a%a%a%a%%", true},
+      {L"%aab%", false},
+      {L"_%_%_%_", true},
+  };
+  for (const auto& c : cases) {
+    bool match = !c.match;
+    EXPECT_TRUE(Like(many.c_str(), c.pattern, L"", &match)) << c.pattern;
+    EXPECT_EQ(match, c.match) << c.pattern;
+  }
+  // A pattern as long as the subject, and one far longer.
+  std::wstring underscores(4096, L'_');
+  bool match = false;
+  EXPECT_TRUE(Like(many.c_str(), underscores.c_str(), L"", &match));
+  EXPECT_TRUE(match);
+  std::wstring longer = std::wstring(5000, L'%') + L"a!x";
+  EXPECT_FALSE(Like(many.c_str(), longer.c_str(), L"!", &match));
+  EXPECT_FALSE(match);
+}
+
+} // namespace
