@@ -1,0 +1,162 @@
+// Comparison, length and search: the mode-dependent functions are run in
+// both modes, with the cases where DBCS walking or narrowing changes the
+// answer.
+#include "text/wide_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using qxtest::InMode;
+using qxtest::Mode;
+
+// Positions as indices; -1 stands for null.
+long At(const wchar_t* s, const wchar_t* hit) { return hit ? static_cast<long>(hit - s) : -1; }
+
+struct SearchCase {
+  const char* what;
+  long (*run)(const wchar_t* s, const wchar_t* arg);
+  const wchar_t* s;
+  const wchar_t* arg;
+  long singleByte;
+  long dbcs;
+};
+
+long Chr(const wchar_t* s, const wchar_t* a) { return At(s, qxStrchr(s, a[0])); }
+long Rchr(const wchar_t* s, const wchar_t* a) { return At(s, qxStrrchr(s, a[0])); }
+long Pbrk(const wchar_t* s, const wchar_t* a) { return At(s, qxStrpbrk(s, a)); }
+long Spn(const wchar_t* s, const wchar_t* a) { return static_cast<long>(qxStrspn(s, a)); }
+long Cspn(const wchar_t* s, const wchar_t* a) { return static_cast<long>(qxStrcspn(s, a)); }
+long Str(const wchar_t* s, const wchar_t* a) { return At(s, qxStrstr(s, a)); }
+long Len(const wchar_t* s, const wchar_t*) { return static_cast<long>(qxStrLen(s)); }
+long Last(const wchar_t* s, const wchar_t*) { return At(s, qxLastChar(s)); }
+
+const SearchCase kSearchCases[] = {
+    {"strchr", Chr, L"abc", L"b", 1, 1},
+    {"strchr terminator", Chr, L"abc", L"", 3, 3},
+    {"strchr missing", Chr, L"abc", L"x", -1, -1},
+    {"strchr narrows to 0x42", Chr, L"a\u3042B", L"\u3042", 1, 2},
+    {"strchr narrows with sign", Chr, L"x\uffe9\u00e9", L"\u00e9", 2, 1},
+    {"strchr 0x100 narrows to 0", Chr, L"ab", L"\u0100", -1, 2},
+    {"strchr mark", Chr, L"e\u0301", L"\u0301", 1, -1},
+    {"strchr after mark", Chr, L"e\u0301x", L"x", 2, 2},
+    {"strrchr", Rchr, L"abca", L"a", 3, 3},
+    {"strrchr not narrowed", Rchr, L"a\u3042B", L"\u3042", 1, 1},
+    {"strrchr mark", Rchr, L"a\u0301\u0301", L"\u0301", 2, -1},
+    {"strrchr terminator", Rchr, L"ab", L"", 2, 2},
+    {"strpbrk", Pbrk, L"ab,c", L",;", 2, 2},
+    {"strpbrk mark", Pbrk, L"e\u0301,", L"\u0301,", 1, 2},
+    {"strpbrk none", Pbrk, L"abc", L"", -1, -1},
+    {"strspn", Spn, L"aab", L"a", 2, 2},
+    {"strspn mark", Spn, L"a\u0301b", L"a", 1, 2},
+    {"strcspn", Cspn, L"ab,c", L",", 2, 2},
+    {"strcspn mark", Cspn, L"a\u0301b", L"\u0301", 1, 3},
+    {"strstr", Str, L"xxabc", L"ab", 2, 2},
+    {"strstr empty needle", Str, L"abc", L"", 0, 0},
+    {"strstr narrowed first unit", Str, L"aBc\u3042c", L"\u3042c", 3, 1},
+    {"strstr at a mark", Str, L"e\u0301x", L"\u0301x", 1, -1},
+    {"strstr missing", Str, L"abc", L"abcd", -1, -1},
+    {"strlen", Len, L"abc", nullptr, 3, 3},
+    {"strlen marks", Len, L"a\u0301b\u0302\u0303", nullptr, 5, 2},
+    {"strlen empty", Len, L"", nullptr, 0, 0},
+    {"lastchar", Last, L"abc", nullptr, 2, 2},
+    {"lastchar mark", Last, L"ab\u0301", nullptr, 2, 1},
+    {"lastchar empty", Last, L"", nullptr, 0, 0},
+};
+
+TEST(WideSearch, BothModes) {
+  for (Mode mode : {Mode::kSingleByte, Mode::kDbcs})
+    InMode(mode, [mode] {
+      for (const SearchCase& c : kSearchCases)
+        EXPECT_EQ(c.run(c.s, c.arg), mode == Mode::kDbcs ? c.dbcs : c.singleByte)
+            << c.what << " in " << qxtest::ModeName(mode) << " mode";
+    });
+}
+
+TEST(WideSearch, NullStringsInBothModes) {
+  for (Mode mode : {Mode::kSingleByte, Mode::kDbcs})
+    InMode(mode, [] {
+      EXPECT_EQ(qxStrLen(nullptr), 0u);
+      EXPECT_EQ(qxStrchr(static_cast<const wchar_t*>(nullptr), L'a'), nullptr);
+      EXPECT_EQ(qxStrrchr(static_cast<const wchar_t*>(nullptr), L'a'), nullptr);
+      EXPECT_EQ(qxStrpbrk(L"a", nullptr), nullptr);
+      EXPECT_EQ(qxStrspn(nullptr, L"a"), 0u);
+      EXPECT_EQ(qxStrcspn(L"a", nullptr), 0u);
+      EXPECT_EQ(qxStrstr(L"a", nullptr), nullptr);
+      EXPECT_EQ(qxLastChar(static_cast<const wchar_t*>(nullptr)), nullptr);
+    });
+}
+
+TEST(WideSearch, ModeFreeSearches) {
+  const wchar_t* s = L"a,b,c";
+  EXPECT_EQ(At(s, strnchr(s, L'c', 5)), 4);
+  EXPECT_EQ(At(s, strnchr(s, L'c', 4)), -1); // the hit is at position n
+  EXPECT_EQ(At(s, strnchr(s, L'\0', 9)), -1);
+  EXPECT_EQ(strrcspn(s, L","), 3u);
+  EXPECT_EQ(strrcspn(s, L";"), 0xFFFFFFFFu);
+  EXPECT_EQ(strrcspn(L"", L","), 0xFFFFFFFFu);
+  EXPECT_EQ(At(s, fast_strchr(s, L'b')), 2);
+  EXPECT_EQ(At(s, fast_strpbrk(s, L"cb")), 2);
+  EXPECT_FALSE(qxIsLeadByte(s));
+  const wchar_t* marks = L"e\u0301\u0302x";
+  EXPECT_EQ(At(marks, qxNextChar(marks)), 3);
+  EXPECT_EQ(At(marks, qxPrevChar(marks, marks + 3)), 0);
+  EXPECT_EQ(At(marks, qxNextChar(marks + 4)), 4); // stays at the terminator
+}
+
+struct CompareCase {
+  const wchar_t* a;
+  const wchar_t* b;
+  size_t n;
+  int cmp;    // qxStrCmp
+  bool equ;   // strequ
+  bool iequ;  // striequ
+  bool nequ;  // strnequ(a, b, n)
+  bool niequ; // strniequ(a, b, n)
+};
+
+const CompareCase kCompareCases[] = {
+    {L"abc", L"abc", 3, 0, true, true, true, true},
+    {L"abc", L"abd", 2, -1, false, false, true, true},
+    {L"abd", L"abc", 3, 1, false, false, false, false},
+    {L"ABx", L"aby", 2, -1, false, false, false, true},
+    {L"AB", L"ab", 5, -1, false, true, false, true},
+    {L"ab", L"abc", 3, -1, false, false, false, false},
+    {L"ab", L"abc", 2, -1, false, false, true, true},
+    {L"", L"", 0, 0, true, true, true, true},
+    {L"\uffff", L"a", 1, 1, false, false, false, false},       // units are unsigned
+    {L"\u00c9", L"\u00e9", 1, -1, false, false, false, false}, // "C" runtime: ASCII folds only
+    {nullptr, L"a", 1, -1, false, false, false, false},
+    {L"a", nullptr, 1, 1, false, false, false, false},
+    {nullptr, nullptr, 1, 0, false, false, false, false},
+};
+
+TEST(WideCompare, Table) {
+  for (const CompareCase& c : kCompareCases) {
+    SCOPED_TRACE(testing::Message() << "'" << (c.a ? c.a : L"(null)") << "' vs '"
+                                    << (c.b ? c.b : L"(null)") << "' n=" << c.n);
+    EXPECT_EQ(qxStrCmp(c.a, c.b), c.cmp);
+    EXPECT_EQ(strequ(c.a, c.b), c.equ);
+    EXPECT_EQ(striequ(c.a, c.b), c.iequ);
+    EXPECT_EQ(strnequ(c.a, c.b, c.n), c.nequ);
+    EXPECT_EQ(strniequ(c.a, c.b, c.n), c.niequ);
+  }
+  EXPECT_LT(qxStrICmp(L"_", L"A"), 0); // both sides fold to lower case
+  EXPECT_EQ(qxStrICmp(nullptr, L"A"), 2147483647);
+  EXPECT_EQ(qxStrNICmp(L"abX", L"ABy", 2), 0);
+}
+
+TEST(WideCompare, LongPrefixesUseTheHeapScratch) {
+  std::wstring a(300, L'a'), b(300, L'A');
+  b[299] = L'Z';
+  EXPECT_TRUE(strniequ(a.c_str(), b.c_str(), 299));
+  EXPECT_FALSE(strniequ(a.c_str(), b.c_str(), 300));
+  EXPECT_FALSE(strniequ(a.c_str(), b.c_str(), 100000));
+  b[299] = L'A';
+  EXPECT_TRUE(strniequ(a.c_str(), b.c_str(), 100000));
+  EXPECT_FALSE(strniequ(a.c_str(), (b + L"x").c_str(), 301));
+}
+
+} // namespace

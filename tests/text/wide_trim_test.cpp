@@ -1,0 +1,165 @@
+// White space, trimming and line ends.
+#include "qxutil/frame.h"
+#include "text/wide_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+struct TrimCase {
+  const wchar_t* in;
+  const wchar_t* out;
+  unsigned int result;
+};
+
+TEST(WideTrim, Skipwhite) {
+  const struct {
+    const wchar_t* in;
+    long at; // -1: null
+  } cases[] = {
+      {L" \tx ", 2}, {L"x", 0},        {L"  ", -1},
+      {L"", -1},     {L"\r\n\f y", 4}, {L"\vx", 0}, // vertical tab is not white space
+      {L"\x01x", 0},
+  };
+  for (const auto& c : cases) {
+    const wchar_t* r = skipwhite(c.in);
+    EXPECT_EQ(r ? r - c.in : -1, c.at) << c.in;
+  }
+  EXPECT_EQ(skipwhite(static_cast<const wchar_t*>(nullptr)), nullptr);
+}
+
+TEST(WideTrim, Ltrim) {
+  const TrimCase cases[] = {
+      {L"\t a ", L"a ", 2},
+      {L"a", L"a", 0},
+      {L"", L"", 0},
+      {L" \x01\x7f"
+       L"b",
+       L"b", 3},               // unprintable units go too
+      {L" \t ", L" \t ", 0},   // nothing but such units: left as it is
+      {L"\x80x", L"\x80x", 0}, // 128 and up is printable
+  };
+  for (const TrimCase& c : cases) {
+    std::wstring s = c.in;
+    EXPECT_EQ(ltrim(s.data()), c.result) << c.in;
+    EXPECT_STREQ(s.c_str(), c.out) << c.in;
+  }
+  const TrimCase spaces[] = {
+      {L"  \ta", L"\ta", 2}, {L"   ", L"", 3}, {L"a ", L"a ", 0}, {L"", L"", 0}};
+  for (const TrimCase& c : spaces) {
+    std::wstring s = c.in;
+    EXPECT_EQ(ltrim2(s.data()), c.result) << c.in;
+    EXPECT_STREQ(s.c_str(), c.out) << c.in;
+  }
+  EXPECT_EQ(ltrim(nullptr), 0u);
+  EXPECT_EQ(ltrim2(nullptr), 0u);
+}
+
+TEST(WideTrim, Rtrim) {
+  const TrimCase cases[] = {
+      {L"a b \r\n", L"a b", 3},    {L"abc", L"abc", 3}, {L"", L"", 0}, {L" \t", L"", 0},
+      {L"a\x01\x7f", L"a", 1},     {L"a\v", L"a", 1}, // VT is unprintable
+      {L"a\u00a0", L"a\u00a0", 2},
+  };
+  for (const TrimCase& c : cases) {
+    std::wstring s = c.in;
+    EXPECT_EQ(rtrim(s.data()), c.result) << c.in;
+    EXPECT_STREQ(s.c_str(), c.out) << c.in;
+    // Every trimmed unit is zeroed, not only the first.
+    for (size_t i = c.result; i < s.size(); ++i)
+      EXPECT_EQ(s[i], 0) << c.in << " at " << i;
+  }
+  EXPECT_EQ(rtrim(nullptr), 0u);
+}
+
+TEST(WideTrim, RtrimANeverCutsADoubleByteCharacter) {
+  const struct {
+    const char* in;
+    unsigned int latin1;   // code page 1252
+    unsigned int japanese; // code page 932
+  } cases[] = {
+      {"ab \t", 2, 2},      {"a\x81\t", 2, 3}, // 0x81 0x09 is one character in 932
+      {"a\x81\x40 ", 3, 3},                    // the ideographic space of 932 is printable
+      {"a \x81", 3, 3},                        // a lead byte before the terminator stands alone
+      {"\x01\x02", 0, 0},   {"", 0, 0},
+  };
+  for (qxtest::Mode mode : {qxtest::Mode::kSingleByte, qxtest::Mode::kDbcs})
+    qxtest::InMode(mode, [&] {
+      for (const auto& c : cases) {
+        std::string s = c.in;
+        unsigned int want = mode == qxtest::Mode::kDbcs ? c.japanese : c.latin1;
+        EXPECT_EQ(rtrimA(s.data()), want) << qxtest::ModeName(mode) << " " << c.in;
+        EXPECT_EQ(std::string(s.c_str()).size(), want);
+      }
+    });
+  EXPECT_EQ(rtrimA(nullptr), 0u);
+}
+
+TEST(LineEnds, RemoveCrs) {
+  const TrimCase cases[] = {
+      {L"a\r\nb\r\n", L"a\nb\n", 4},
+      {L"a\r\r\nb", L"a\r\nb", 4},
+      {L"\r", L"\r", 1},
+      {L"a\n\rb", L"a\n\rb", 4},
+      {L"", L"", 0},
+  };
+  for (const TrimCase& c : cases) {
+    std::wstring s = c.in;
+    EXPECT_EQ(TextRemoveCrs(s.data()), c.result) << c.in;
+    EXPECT_STREQ(s.c_str(), c.out) << c.in;
+  }
+  EXPECT_EQ(TextRemoveCrs(nullptr), 0u);
+}
+
+TEST(LineEnds, AddCrs) {
+  const struct {
+    std::wstring src;
+    unsigned int n;
+    std::wstring out;
+  } cases[] = {
+      {L"a\nb", 3, L"a\r\nb"},
+      {L"a\r\nb", 4, L"a\r\r\nb"}, // by design
+      {L"a\nb\n", 2, L"a\r\n"},    // only the first n units
+      {L"", 0, L""},
+      {std::wstring(L"a\0\nb", 4), 4, std::wstring(L"a\0\r\nb", 5)}, // n units, zeros too
+  };
+  for (const auto& c : cases) {
+    wchar_t* out = nullptr;
+    EXPECT_EQ(TextAddCrs(&out, c.src.data(), c.n), c.out.size());
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(std::wstring(out, c.out.size() + 1), c.out + L'\0');
+    ffree(&out);
+  }
+  wchar_t* untouched = reinterpret_cast<wchar_t*>(0x1);
+  EXPECT_EQ(TextAddCrs(&untouched, nullptr, 3), 0u);
+  EXPECT_EQ(untouched, reinterpret_cast<wchar_t*>(0x1));
+  EXPECT_EQ(TextAddCrs(nullptr, L"a", 1), 0u);
+}
+
+TEST(LineEnds, FilterNewline) {
+  const struct {
+    const wchar_t* src;
+    unsigned int n;
+    bool decode;
+    const wchar_t* out; // exactly n units
+  } cases[] = {
+      {L"a\r\nb", 4, false, L"a\\nb"},     {L"a\\nb", 4, true, L"a\r\nb"},
+      {L"a\r\n", 2, false, L"a\r"}, // the pair is cut by n
+      {L"\r\r\n\n", 4, false, L"\r\\n\n"}, {L"\\\\n", 3, true, L"\\\r\n"},
+      {L"x\nn", 3, true, L"x\nn"},
+  };
+  for (const auto& c : cases) {
+    qxtest::SentinelBuffer buf(c.n);
+    FilterNewline(buf.data(), c.src, c.n, c.decode);
+    EXPECT_EQ(std::wstring(buf.data(), c.n), std::wstring(c.out)) << c.src;
+    EXPECT_EQ(buf.TouchedUpTo(), c.n) << "no terminator: " << c.src;
+    std::wstring inPlace(c.src);
+    FilterNewline(inPlace.data(), inPlace.data(), c.n, c.decode);
+    EXPECT_EQ(inPlace.substr(0, c.n), std::wstring(c.out)) << "in place: " << c.src;
+  }
+  FilterNewline(nullptr, L"a", 1, false);
+}
+
+} // namespace
