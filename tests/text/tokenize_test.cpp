@@ -1,0 +1,158 @@
+// The three tokenisers: lists with quotes and brackets, strtok in both
+// modes, and the positional form.
+#include "text/wide_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct ListCase {
+  const wchar_t* text;
+  const wchar_t* delims;
+  bool brackets;
+  std::vector<std::wstring> tokens;
+};
+
+const ListCase kListCases[] = {
+    {L" a, (b,c) ,d", L",", true, {L"a", L"(b,c)", L"d"}},
+    {L" a, (b,c) ,d", L",", false, {L"a", L"(b", L"c)", L"d"}},
+    {L"'x,y',z", L",", false, {L"'x,y'", L"z"}},
+    {L"\"a,b\",`c,d`", L",", false, {L"\"a,b\"", L"`c,d`"}},
+    {L"'it''s,x',y", L",", false, {L"'it''s,x'", L"y"}}, // a doubled quote stays inside
+    {L",x", L",", false, {L"", L"x"}},                   // a delimiter first: empty token
+    {L"a,,b", L",", false, {L"a", L"", L"b"}},
+    {L"f(a,[b,c]),g", L",", true, {L"f(a,[b,c])", L"g"}},
+    {L"a),b", L",", true, {L"a)", L"b"}},             // a closer at depth 0 is ordinary
+    {L"(a,b", L",", true, {L"(a,b"}},                 // unclosed: to the end
+    {L"a'b,c", L",", false, {L"a'b,c"}},              // unclosed quote: to the end
+    {L"(a,'b)',c),d", L",", true, {L"(a,'b)',c),d"}}, // quotes open only at depth 0
+    {L"(a)b),c", L")", true, {L"(a)b", L",c"}},       // the closer to depth 0 is not a delimiter
+    {L"x ; \x01y\x02 ", L";", false, {L"x", L"y"}},
+    {L"a\"b\"c", L"\"", false, {L"a", L"b", L"c"}}, // delimiters come before quotes
+    {L"  \t ", L",", false, {}},
+    {L"", L",", false, {}},
+};
+
+TEST(ListTokens, Table) {
+  for (const ListCase& c : kListCases) {
+    SCOPED_TRACE(testing::Message() << "'" << c.text << "' brackets " << c.brackets);
+    std::wstring text = c.text;
+    std::vector<std::wstring> got;
+    wchar_t* next = nullptr;
+    for (wchar_t* p = text.data(); wchar_t* token = qxStrtok(p, c.delims, c.brackets, &next);
+         p = next) {
+      got.push_back(token);
+      ASSERT_LT(got.size(), 10u);
+    }
+    EXPECT_EQ(got, c.tokens);
+    ASSERT_NE(next, nullptr);
+    EXPECT_EQ(*next, 0); // null only once the end is reached
+    EXPECT_EQ(next, text.data() + text.size());
+  }
+}
+
+TEST(ListTokens, NextPointsPastTheDelimiter) {
+  wchar_t text[] = L"  ab , cd";
+  wchar_t* next = nullptr;
+  wchar_t* token = qxStrtok(text, L",", false, &next);
+  EXPECT_EQ(token, text + 2);
+  EXPECT_STREQ(token, L"ab");
+  EXPECT_EQ(next, text + 6);
+  EXPECT_EQ(text[4], 0); // trailing blank zeroed by rtrim
+  EXPECT_EQ(text[5], 0); // the delimiter
+  wchar_t* keep = text;
+  EXPECT_EQ(qxStrtok(nullptr, L",", false, &next), nullptr);
+  EXPECT_EQ(qxStrtok(text, nullptr, false, &next), nullptr);
+  EXPECT_EQ(qxStrtok(text, L",", false, nullptr), nullptr);
+  EXPECT_EQ(next, text + 6);
+  EXPECT_EQ(keep[0], L' ');
+}
+
+TEST(StrtokTokens, BothModes) {
+  for (qxtest::Mode mode : {qxtest::Mode::kSingleByte, qxtest::Mode::kDbcs})
+    qxtest::InMode(mode, [mode] {
+      const bool dbcs = mode == qxtest::Mode::kDbcs;
+      const struct {
+        const wchar_t* text;
+        const wchar_t* delims;
+        std::vector<std::wstring> singleByte, dbcs;
+      } cases[] = {
+          {L"  a,,b c, ", L", ", {L"a", L"b", L"c"}, {L"a", L"b", L"c"}},
+          {L"a\u0301,b", L"\u0301,", {L"a", L"b"}, {L"a\u0301", L"b"}}, // marks belong to "a"
+          {L",,,", L",", {}, {}},
+          {L"abc", L"", {L"abc"}, {L"abc"}},
+      };
+      for (const auto& c : cases) {
+        std::wstring text = c.text;
+        wchar_t marker[] = L"m";
+        wchar_t* context = marker;
+        std::vector<std::wstring> got;
+        for (wchar_t* t = qxStrtok(text.data(), c.delims, &context); t;
+             t = qxStrtok(nullptr, c.delims, &context)) {
+          got.push_back(t);
+          ASSERT_LT(got.size(), 10u);
+        }
+        EXPECT_EQ(got, dbcs ? c.dbcs : c.singleByte) << c.text;
+        if (dbcs) {
+          ASSERT_NE(context, nullptr);
+          EXPECT_STREQ(context, L""); // the end is a constant empty string
+          EXPECT_EQ(qxStrtok(nullptr, c.delims, &context), nullptr);
+        } else {
+          EXPECT_EQ(context, marker); // the runtime keeps its own position
+        }
+      }
+      EXPECT_EQ(qxStrtok(nullptr, nullptr, static_cast<wchar_t**>(nullptr)), nullptr);
+    });
+}
+
+struct PositionCase {
+  const wchar_t* text;
+  const wchar_t* quotes;                           // null: the list quotes
+  std::vector<std::array<unsigned int, 3>> tokens; // start, end, next
+  unsigned int endAt;                              // where the final false leaves all three
+};
+
+TEST(PositionTokens, Table) {
+  const PositionCase cases[] = {
+      {L" a , (b,c)", nullptr, {{1, 2, 4}, {5, 10, 10}}, 10},
+      {L"'x,y' ,z", nullptr, {{0, 5, 7}, {7, 8, 8}}, 8},
+      {L"'x,y',z", L"", {{0, 2, 3}, {3, 5, 6}, {6, 7, 7}}, 7}, // no quote characters
+      {L"#x,y#,z", L"#", {{0, 5, 6}, {6, 7, 7}}, 7},
+      {L",a,", nullptr, {{0, 0, 1}, {1, 2, 3}}, 3}, // empty token first; none after the last
+      {L"f(a,[b]) , 'q''r,s' ", nullptr, {{0, 8, 10}, {11, 19, 20}}, 20},
+      {L"  ", nullptr, {}, 2},
+  };
+  for (const PositionCase& c : cases) {
+    SCOPED_TRACE(testing::Message() << "'" << c.text << "'");
+    qxt::string text(c.text);
+    unsigned int start = 0, ts = 99, te = 99, next = 99;
+    for (const auto& want : c.tokens) {
+      ASSERT_TRUE(qxStrtok(text, start, L",", &ts, &te, &next, c.quotes)) << start;
+      EXPECT_EQ((std::array<unsigned int, 3>{ts, te, next}), want) << start;
+      start = next;
+    }
+    EXPECT_FALSE(qxStrtok(text, start, L",", &ts, &te, &next, c.quotes));
+    EXPECT_EQ(ts, c.endAt);
+    EXPECT_EQ(te, c.endAt);
+    EXPECT_EQ(next, c.endAt);
+  }
+}
+
+TEST(PositionTokens, BadArgumentsWriteNothing) {
+  qxt::string text(L"a,b");
+  unsigned int ts = 7, te = 7, next = 7;
+  EXPECT_FALSE(qxStrtok(text, 4, L",", &ts, &te, &next, nullptr));
+  EXPECT_FALSE(qxStrtok(text, 0, L",", nullptr, &te, &next, nullptr));
+  EXPECT_EQ(ts + te + next, 21u);
+  // Text with an embedded zero is tokenised by its length.
+  qxt::string zero(L"a\0b,c", 5);
+  EXPECT_TRUE(qxStrtok(zero, 0, L",", &ts, &te, &next, nullptr));
+  EXPECT_EQ(te, 3u);
+  EXPECT_EQ(next, 4u);
+}
+
+} // namespace
