@@ -66,7 +66,7 @@ const LikeCase kLikeCases[] = {
     {L"50%", L"%0!%", L"!", true, true},
     {L"a%", L"a%%", L"%", true, true}, // "%" escaping itself
     {L"ab", L"a%%", L"%", true, false},
-    {L"a", L"a!", L"!x", false, false}, // only the first unit escapes
+    {L"a", L"a!", L"!x", false, false},  // only the first unit escapes
     {L"a%", L"a%", nullptr, true, true}, // null escape: none
     // Malformed escapes, reported once matching reaches them.
     {L"ab", L"a!b", L"!", false, false},
@@ -177,11 +177,10 @@ TEST(LikeErrorRecord, LevelResourceAndModule) {
 
 // Compares Like with the oracle on one case; returns false on disagreement.
 ::testing::AssertionResult AgreesWithOracle(const std::wstring& subject,
-                                            const std::wstring& pattern,
-                                            const wchar_t* escape) {
+                                            const std::wstring& pattern, const wchar_t* escape) {
   bool expectMatch = false, malformed = false;
-  bool expected = qxtest::LikeOracle(subject.c_str(), pattern.c_str(), escape, &expectMatch,
-                                     &malformed);
+  bool expected =
+      qxtest::LikeOracle(subject.c_str(), pattern.c_str(), escape, &expectMatch, &malformed);
   bool match = !expectMatch;
   bool result = Like(subject.c_str(), pattern.c_str(), escape, &match);
   bool recorded = HaveErrors() && NumErrors() == 1 && GetErrorNum(0) == 61;
@@ -247,11 +246,8 @@ TEST_F(LikeErrors, LongInputsNeedNoBacktracking) {
     const wchar_t* pattern;
     bool match;
   } cases[] = {
-      {L"%a%a%a%a%a%a%b", false},
-      {L"%a%a%a%a%a%a%a", true},
-      {L"%a%a%a%a%a%a%%", true},
-      {L"%aab%", false},
-      {L"_%_%_%_", true},
+      {L"%a%a%a%a%a%a%b", false}, {L"%a%a%a%a%a%a%a", true}, {L"%a%a%a%a%a%a%%", true},
+      {L"%aab%", false},          {L"_%_%_%_", true},
   };
   for (const auto& c : cases) {
     bool match = !c.match;
