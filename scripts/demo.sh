@@ -8,3 +8,4 @@ show --version
 show --help
 show charsets
 show message "Cannot open ^0 (^1 blocks, 100^^ sure)" roads.dat 512
+show like "Riverside Drive 12" "River%Drive __"
