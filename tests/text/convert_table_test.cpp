@@ -1,0 +1,280 @@
+// Byte-to-byte translation tables: the per-charset maps, the table rules and
+// the converter's ten-slot cache.
+#include "common/thread_runner.h"
+#include "qxutil/text.h"
+#include "qxutil/winlocale.h"
+#include "text/charset_maps.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+namespace {
+
+constexpr QXCHARSET kLatin1 = QXCHARSET_WINDOWS_LATIN1;
+constexpr QXCHARSET k437 = QXCHARSET_CODEPAGE_437;
+
+QXCHARSET Cs(int v) { return static_cast<QXCHARSET>(v); }
+
+// OnFreshThread - runs `fn` with a new set of services in the US English
+// locale (system charset WindowsLatin1).
+template <class Fn> void OnFreshThread(Fn fn) {
+  qxtest::RunOnNewThread([&] {
+    ASSERT_TRUE(SetThreadLocale(1033));
+    fn();
+  });
+}
+
+std::vector<QXCHARSET> MembersWithMaps() {
+  std::vector<QXCHARSET> members;
+  for (int v = 0; v < kQXCharsetCount; ++v)
+    if (qx::CharsetUnicodeMapOf(Cs(v)))
+      members.push_back(Cs(v));
+  return members;
+}
+
+TEST(CharsetMaps, WhichMembersHaveOne) {
+  std::set<int> expected = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15,
+                            16, 21, 22, 23, 24, 25, 27, 28, 30, 31, 32, 33, 34, 35, 36,
+                            37, 38, 39, 40, 41, 42, 43, 44, 45, 47, 48, 54, 55, 56};
+  std::set<int> actual;
+  for (QXCHARSET cs : MembersWithMaps())
+    actual.insert(cs);
+  EXPECT_EQ(actual, expected);
+  EXPECT_EQ(qx::CharsetUnicodeMapOf(Cs(-1)), nullptr);
+  EXPECT_EQ(qx::CharsetUnicodeMapOf(Cs(57)), nullptr);
+}
+
+TEST(CharsetMaps, ControlBytes) {
+  for (QXCHARSET cs : MembersWithMaps()) {
+    const uint16_t* map = *qx::CharsetUnicodeMapOf(cs);
+    for (int b = 0; b < 0x20; ++b) {
+      bool kept = cs == QXCHARSET_WINDOWS_THAI || b == 0 || b == 9 || b == 10 || b == 13;
+      if (kept) {
+        EXPECT_EQ(map[b], b) << cs << " byte " << b;
+      } else {
+        EXPECT_TRUE(qx::IsUnmappedMarker(map[b])) << cs << " byte " << b;
+      }
+    }
+  }
+}
+
+TEST(CharsetMaps, WindowsThaiMarkersAndHighControls) {
+  const uint16_t* thai = *qx::CharsetUnicodeMapOf(QXCHARSET_WINDOWS_THAI);
+  const int markerBytes[] = {0xDB, 0xDC, 0xDD, 0xDE, 0xFC, 0xFD, 0xFE, 0xFF};
+  for (int i = 0; i < 8; ++i)
+    EXPECT_EQ(thai[markerBytes[i]], 0xF8C1 + i);
+  for (int b = 0x80; b < 0xA0; ++b) {
+    if (b != 0x85 && (b < 0x91 || b > 0x97)) {
+      EXPECT_EQ(thai[b], b) << b;
+    }
+  }
+  EXPECT_EQ(thai[0x85], 0x2026); // the punctuation keeps code page 874's characters
+  EXPECT_EQ(thai[0x91], 0x2018);
+  EXPECT_EQ(thai[0x97], 0x2014);
+}
+
+// Translations that show each map rule, through ConvertCharset.
+TEST(ConvertCharset, MapRulesThroughTables) {
+  struct Case {
+    QXCHARSET from, to;
+    unsigned char byte, expected;
+    const char* why;
+  } cases[] = {
+      {kLatin1, k437, 0x41, 0x41, "ASCII"},
+      {kLatin1, k437, 0x00, '_', "byte 0 is always the unknown code"},
+      {kLatin1, k437, 0xE9, 0x82, "e acute"},
+      {kLatin1, k437, 0xA6, '_', "broken bar: not in 437"},
+      {kLatin1, k437, 0xA0, '_', "437 has NBSP only at 255, never chosen"},
+      {kLatin1, k437, 0x09, 0x09, "TAB kept"},
+      {kLatin1, k437, 0x0D, 0x0D, "CR kept"},
+      {kLatin1, k437, 0x1B, '_', "other controls unmapped"},
+      {kLatin1, k437, 0x7F, '_', "Windows 0x7F unmapped"},
+      {kLatin1, QXCHARSET_WINDOWS_LATIN2, 0x80, '_', "no euro before the euro"},
+      {kLatin1, QXCHARSET_WINDOWS_LATIN2, 0x8E, '_', "Z caron came with the euro"},
+      {kLatin1, QXCHARSET_WINDOWS_LATIN2, 0x8A, 0x8A, "S caron was there"},
+      {QXCHARSET_WINDOWS_LATIN2, kLatin1, 0x8E, '_', "Z caron not in the Latin1 map"},
+      {QXCHARSET_WINDOWS_CYRILLIC, QXCHARSET_MAC_CYRILLIC, 0x88, '_', "1251 euro unmapped"},
+      {QXCHARSET_WINDOWS_CYRILLIC, QXCHARSET_MAC_CYRILLIC, 0xC0, 0x80, "A"},
+      {QXCHARSET_ISO8859_1, kLatin1, 0xE9, 0xE9, "e acute"},
+      {QXCHARSET_ISO8859_1, kLatin1, 0xA0, '_', "ISO Latin 1 leaves NBSP out"},
+      {QXCHARSET_ISO8859_1, kLatin1, 0xF0, '_', "and eth"},
+      {QXCHARSET_ISO8859_1, kLatin1, 0x85, '_', "ISO C1 range unmapped"},
+      {QXCHARSET_ISO8859_7, QXCHARSET_WINDOWS_GREEK, 0xA4, '_', "ISO Greek before 2003"},
+      {QXCHARSET_ISO8859_7, QXCHARSET_WINDOWS_GREEK, 0xC1, 0xC1, "Alpha"},
+      {QXCHARSET_ISO8859_2, QXCHARSET_WINDOWS_LATIN2, 0xFF, '_', "dot above only at 255"},
+      {QXCHARSET_MAC_ROMAN, kLatin1, 0xDB, 0xA4, "Mac currency sign, not the euro"},
+      {QXCHARSET_MAC_ROMAN, kLatin1, 0x8E, 0xE9, "e acute"},
+      {QXCHARSET_MAC_ROMAN, QXCHARSET_MAC_GREEK, 0xBD, '_', "ohm sign, not omega"},
+      {QXCHARSET_MAC_ROMAN, QXCHARSET_MAC_ICELANDIC, 0xBD, 0xBD, "ohm sign in both"},
+      {QXCHARSET_MAC_ROMAN, QXCHARSET_MAC_ICELANDIC, 0xF0, '_', "Apple logo unmapped"},
+      {QXCHARSET_MAC_ROMAN, kLatin1, 0x7F, '_', "Mac DEL has no Windows byte"},
+      {QXCHARSET_MAC_GREEK, QXCHARSET_WINDOWS_GREEK, 0x9C, 0xAD, "soft hyphen, not euro"},
+      {QXCHARSET_MAC_CYRILLIC, kLatin1, 0xFF, 0xA4, "currency sign"},
+      {QXCHARSET_MAC_CYRILLIC, kLatin1, 0xA2, 0xA2, "cent sign"},
+      {k437, QXCHARSET_CODEPAGE_850, 0x7F, 0x7F, "DOS house U+2302"},
+      {QXCHARSET_LMBCS1, QXCHARSET_CODEPAGE_850, 0x7F, 0x7F, "LMBCS group 1 is 850"},
+      {QXCHARSET_LMBCS1, QXCHARSET_CODEPAGE_850, 0xE9, 0xE9, "upper half of 850"},
+      {QXCHARSET_CODEPAGE_864, QXCHARSET_WINDOWS_ARABIC, 0xC1, '_', "presentation form"},
+      {QXCHARSET_WINDOWS_THAI, kLatin1, 0x85, 0x85, "Thai ellipsis"},
+      {QXCHARSET_WINDOWS_THAI, kLatin1, 0x81, '_', "Thai C1 byte has no Latin1 byte"},
+      {QXCHARSET_WINDOWS_THAI, QXCHARSET_ISO8859_1, 0xDB, '_', "Thai marker"},
+      {QXCHARSET_WINDOWS_THAI, QXCHARSET_ISO8859_1, 0x80, '_', "Thai 0x80 is U+0080"},
+  };
+  OnFreshThread([&] {
+    for (const Case& c : cases) {
+      int count = -1;
+      unsigned char* table = nullptr;
+      ASSERT_TRUE(ConvertCharset(c.from, c.to, &count, &table)) << c.why;
+      EXPECT_EQ(table[c.byte], c.expected) << c.why;
+    }
+  });
+}
+
+TEST(ConvertCharset, Latin1To437CountsTheUnknown) {
+  OnFreshThread([] {
+    int count = -1;
+    unsigned char* table = nullptr;
+    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &table));
+    EXPECT_EQ(count, 104); // 28 controls, 0x7F, 75 upper-half bytes
+    int unknown = 0;
+    for (int b = 1; b < 256; ++b)
+      unknown += table[b] == '_' && b != '_';
+    EXPECT_EQ(unknown, 104);
+  });
+}
+
+TEST(ConvertCharset, Rejections) {
+  struct Case {
+    int from, to;
+  } cases[] = {
+      {10, 10}, {0, 10},  {10, 0},  {10, 57}, {57, 10}, {-1, 10}, {10, -1}, {10, 17},
+      {17, 10}, {19, 20}, {10, 26}, {29, 10}, {46, 10}, {10, 49}, {50, 10}, {10, 53},
+  };
+  OnFreshThread([&] {
+    for (const Case& c : cases) {
+      int count = 12345;
+      unsigned char sentinel = 0;
+      unsigned char* table = &sentinel;
+      EXPECT_FALSE(ConvertCharset(Cs(c.from), Cs(c.to), &count, &table)) << c.from << "->" << c.to;
+      EXPECT_EQ(count, 12345);
+      EXPECT_EQ(table, &sentinel);
+    }
+    int count = 0;
+    EXPECT_FALSE(ConvertCharset(kLatin1, k437, &count, nullptr));
+  });
+}
+
+// Every pair of maps: no byte becomes 0 or 255, and a byte whose character
+// both sides have comes back to a byte with the same character.
+TEST(ConvertCharset, RoundTripsOverEveryPairOfMaps) {
+  OnFreshThread([] {
+    std::vector<QXCHARSET> members = MembersWithMaps();
+    for (QXCHARSET a : members) {
+      const uint16_t* mapA = *qx::CharsetUnicodeMapOf(a);
+      for (QXCHARSET b : members) {
+        if (a == b)
+          continue;
+        const uint16_t* mapB = *qx::CharsetUnicodeMapOf(b);
+        int n = 0;
+        unsigned char* fwd = nullptr;
+        unsigned char* back = nullptr;
+        ASSERT_TRUE(ConvertCharset(a, b, &n, &fwd));
+        std::vector<unsigned char> forward(fwd, fwd + 256);
+        ASSERT_TRUE(ConvertCharset(b, a, &n, &back));
+        for (int s = 1; s < 256; ++s) {
+          ASSERT_NE(forward[s], 0);
+          ASSERT_NE(forward[s], 255);
+          uint16_t c = mapA[s];
+          if (qx::IsUnmappedMarker(c) || forward[s] == '_')
+            continue;
+          ASSERT_EQ(mapB[forward[s]], c) << a << "->" << b << " byte " << s;
+          if (s < 255) { // byte 255 is never a target, so the way back may lack it
+            ASSERT_EQ(mapA[back[forward[s]]], c) << a << "<->" << b << " byte " << s;
+          }
+        }
+      }
+    }
+  });
+}
+
+TEST(ConvertCharset, CacheHitLeavesTheCountAlone) {
+  OnFreshThread([] {
+    int count = -1;
+    unsigned char* first = nullptr;
+    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &first));
+    EXPECT_EQ(count, 104);
+    count = -7;
+    unsigned char* again = nullptr;
+    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &again));
+    EXPECT_EQ(count, -7);
+    EXPECT_EQ(again, first);
+    // The reverse direction is another pair.
+    unsigned char* reverse = nullptr;
+    ASSERT_TRUE(ConvertCharset(k437, kLatin1, &count, &reverse));
+    EXPECT_NE(count, -7);
+    EXPECT_NE(reverse, first);
+  });
+}
+
+TEST(ConvertCharset, TenSlotsReplacedRoundRobin) {
+  OnFreshThread([] {
+    // Ten sources, each to WindowsLatin1.
+    auto pair = [](int i) { return i < 9 ? Cs(i + 1) : QXCHARSET_WINDOWS_LATIN2; };
+    std::vector<unsigned char*> tables;
+    for (int i = 0; i < 10; ++i) {
+      int count = -1;
+      unsigned char* t = nullptr;
+      ASSERT_TRUE(ConvertCharset(pair(i), kLatin1, &count, &t));
+      EXPECT_NE(count, -1);
+      tables.push_back(t);
+    }
+    EXPECT_EQ(std::set<unsigned char*>(tables.begin(), tables.end()).size(), 10u);
+    // A failed request takes no slot.
+    int count = 0;
+    unsigned char* t = nullptr;
+    EXPECT_FALSE(ConvertCharset(kLatin1, QXCHARSET_WINDOWS_JAPANESE, &count, &t));
+    // The eleventh pair reuses slot 0; the twelfth slot 1.
+    ASSERT_TRUE(ConvertCharset(k437, kLatin1, &count, &t));
+    EXPECT_EQ(t, tables[0]);
+    count = -7;
+    ASSERT_TRUE(ConvertCharset(pair(1), kLatin1, &count, &t)); // still cached
+    EXPECT_EQ(t, tables[1]);
+    EXPECT_EQ(count, -7);
+    ASSERT_TRUE(ConvertCharset(pair(0), kLatin1, &count, &t)); // evicted: rebuilt
+    EXPECT_EQ(t, tables[1]);
+    EXPECT_NE(count, -7);
+    EXPECT_EQ(t[0xE9], 0xE9);
+  });
+}
+
+TEST(ConvertCharset, EachThreadHasItsOwnCache) {
+  unsigned char* mine = nullptr;
+  OnFreshThread([&] {
+    int count = 0;
+    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &mine));
+    OnFreshThread([&] {
+      int other = -7;
+      unsigned char* theirs = nullptr;
+      ASSERT_TRUE(ConvertCharset(kLatin1, k437, &other, &theirs));
+      EXPECT_EQ(other, 104); // built afresh: the count is written
+      EXPECT_NE(theirs, mine);
+    });
+  });
+}
+
+TEST(IsStrConvertNecessary, Cases) {
+  struct Case {
+    int from, to;
+    bool expected;
+  } cases[] = {
+      {10, 0, false},  {0, 10, false}, {10, 10, false}, {10, 34, true},  {1, 56, true},
+      {56, 1, true},   {57, 1, false}, {1, 57, false},  {-1, 1, false},  {17, 19, true},
+      {21, 21, false}, {0, 0, false},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(IsStrConvertNecessary(Cs(c.from), Cs(c.to)), c.expected) << c.from << "," << c.to;
+}
+
+} // namespace
