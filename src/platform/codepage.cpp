@@ -1,15 +1,21 @@
 // Provides: MultiByteToWideChar, WideCharToMultiByte and the other code-page calls of codepage.h.
 #include "platform/codepage.h"
 
+#include "platform/codepage_reference.h"
 #include "platform/codepage_tables.h"
 #include "platform/locale_db.h"
 #include "qxutil/winlocale.h"
 
+#include <bit>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 using qx::platform::CodePageTable;
 
@@ -59,7 +65,7 @@ bool AllValid(const CodePageTable& t, const uint8_t* s, size_t n) {
         return false;
       }
       uint16_t code = static_cast<uint16_t>(b << 8 | s[i + 1]);
-      if (t.rows[t.leadRow[b] - 1][s[i + 1]] == t.defaultUnicode && code != t.defaultCode) {
+      if (t.rowOf[b][s[i + 1]] == t.defaultUnicode && code != t.defaultCode) {
         return false;
       }
       ++i;
@@ -73,14 +79,124 @@ bool AllValid(const CodePageTable& t, const uint8_t* s, size_t n) {
   return true;
 }
 
-// Ascii8 - true when the 8 units at s are all below 0x80.
-inline bool Ascii8(const wchar_t* s) {
-  uint32_t v = 0;
-  for (int k = 0; k < 8; ++k) {
-    v |= static_cast<uint32_t>(s[k]);
+// ---- Blocks of 16 -------------------------------------------------------------
+//
+// The fast paths move ASCII 16 characters at a time: SSE2 where the compiler
+// targets it (every x86-64), plain loops elsewhere. wchar_t is 32 bits here.
+
+static_assert(sizeof(wchar_t) == 4, "the block helpers take 32-bit wchar_t");
+
+// HighBytes16 - bit k set when s[k] is 0x80 or above.
+inline unsigned HighBytes16(const uint8_t* s) {
+#if defined(__SSE2__)
+  return static_cast<unsigned>(
+      _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s))));
+#else
+  unsigned m = 0;
+  for (unsigned k = 0; k < 16; ++k) {
+    m |= static_cast<unsigned>(s[k] >> 7) << k;
   }
-  return v < 0x80;
+  return m;
+#endif
 }
+
+// Widen16 - d[k] = s[k] for the 16 bytes at s.
+inline void Widen16(const uint8_t* s, wchar_t* d) {
+#if defined(__SSE2__)
+  const __m128i zero = _mm_setzero_si128();
+  __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+  __m128i lo = _mm_unpacklo_epi8(v, zero);
+  __m128i hi = _mm_unpackhi_epi8(v, zero);
+  auto* o = reinterpret_cast<__m128i*>(d);
+  _mm_storeu_si128(o, _mm_unpacklo_epi16(lo, zero));
+  _mm_storeu_si128(o + 1, _mm_unpackhi_epi16(lo, zero));
+  _mm_storeu_si128(o + 2, _mm_unpacklo_epi16(hi, zero));
+  _mm_storeu_si128(o + 3, _mm_unpackhi_epi16(hi, zero));
+#else
+  for (unsigned k = 0; k < 16; ++k) {
+    d[k] = s[k];
+  }
+#endif
+}
+
+// NonAscii16 - bit k set when the unit s[k] is not U+0000-U+007F.
+inline unsigned NonAscii16(const wchar_t* s) {
+#if defined(__SSE2__)
+  const auto* p = reinterpret_cast<const __m128i*>(s);
+  const __m128i high = _mm_set1_epi32(~0x7F);
+  const __m128i zero = _mm_setzero_si128();
+  auto ascii = [&](int k) {
+    return _mm_cmpeq_epi32(_mm_and_si128(_mm_loadu_si128(p + k), high), zero);
+  };
+  __m128i packed =
+      _mm_packs_epi16(_mm_packs_epi32(ascii(0), ascii(1)), _mm_packs_epi32(ascii(2), ascii(3)));
+  return ~static_cast<unsigned>(_mm_movemask_epi8(packed)) & 0xFFFF;
+#else
+  unsigned m = 0;
+  for (unsigned k = 0; k < 16; ++k) {
+    m |= (static_cast<uint32_t>(s[k]) > 0x7F ? 1u : 0u) << k;
+  }
+  return m;
+#endif
+}
+
+// Narrow16 - d[k] = s[k] for the units of s that are ASCII; the bytes of the
+// others are left for the caller to overwrite.
+inline void Narrow16(const wchar_t* s, char* d) {
+#if defined(__SSE2__)
+  const auto* p = reinterpret_cast<const __m128i*>(s);
+  __m128i lo = _mm_packs_epi32(_mm_loadu_si128(p), _mm_loadu_si128(p + 1));
+  __m128i hi = _mm_packs_epi32(_mm_loadu_si128(p + 2), _mm_loadu_si128(p + 3));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(lo, hi));
+#else
+  for (unsigned k = 0; k < 16; ++k) {
+    d[k] = static_cast<char>(s[k]);
+  }
+#endif
+}
+
+// BelowMarks16 - true when none of the 16 units at s can be a nonspacing mark
+// (all below U+0300, the first; negative wchar_t values are no marks either).
+inline bool BelowMarks16(const wchar_t* s) {
+#if defined(__SSE2__)
+  const auto* p = reinterpret_cast<const __m128i*>(s);
+  const __m128i first = _mm_set1_epi32(0x300);
+  __m128i below = _mm_and_si128(_mm_and_si128(_mm_cmplt_epi32(_mm_loadu_si128(p), first),
+                                              _mm_cmplt_epi32(_mm_loadu_si128(p + 1), first)),
+                                _mm_and_si128(_mm_cmplt_epi32(_mm_loadu_si128(p + 2), first),
+                                              _mm_cmplt_epi32(_mm_loadu_si128(p + 3), first)));
+  return _mm_movemask_epi8(below) == 0xFFFF;
+#else
+  for (unsigned k = 0; k < 16; ++k) {
+    if (s[k] >= 0x300) {
+      return false;
+    }
+  }
+  return true;
+#endif
+}
+
+// FirstMark - the index of the first nonspacing mark among the n units at s,
+// or n.
+size_t FirstMark(const wchar_t* s, size_t n) {
+  size_t k = 0;
+  while (k < n) {
+    size_t end = n - k >= 16 ? k + 16 : n;
+    if (end - k == 16 && BelowMarks16(s + k)) {
+      k = end;
+      continue;
+    }
+    for (; k < end; ++k) {
+      uint32_t u = static_cast<uint32_t>(s[k]);
+      if (u >= 0x300 && qx::platform::IsNonSpacingMark(u)) {
+        return k;
+      }
+    }
+  }
+  return n;
+}
+
+// ---- Decoding -----------------------------------------------------------------
 
 // Output of MultiByteToWideChar: counts only when cap is 0 (the size probe).
 struct WideOut {
@@ -120,13 +236,13 @@ size_t FullDecomposition(uint16_t u, uint16_t* out) {
 // advances *i past it.
 inline uint16_t DecodeOne(const CodePageTable& t, const uint8_t* s, size_t n, size_t* i) {
   uint8_t b = s[*i];
-  uint8_t row = t.leadRow != nullptr ? t.leadRow[b] : 0;
-  if (row == 0) {
+  const uint16_t* row = t.rowOf != nullptr ? t.rowOf[b] : nullptr;
+  if (row == nullptr) {
     *i += 1;
     return t.decode[b];
   }
   if (*i + 1 < n && s[*i + 1] != 0) {
-    uint16_t u = t.rows[row - 1][s[*i + 1]];
+    uint16_t u = row[s[*i + 1]];
     *i += 2;
     return u;
   }
@@ -134,37 +250,14 @@ inline uint16_t DecodeOne(const CodePageTable& t, const uint8_t* s, size_t n, si
   return t.defaultUnicode;
 }
 
-// DecodeDbcs - the double-byte pages without MB_COMPOSITE: the units written
-// (or needed, when cap is 0), or SIZE_MAX when `dst` is too small. A byte gives
-// at most one unit, so a buffer of n units needs no check per character.
-size_t DecodeDbcs(const CodePageTable& t, const uint8_t* s, size_t n, wchar_t* dst, size_t cap) {
-  size_t count = 0;
-  if (cap == 0) {
-    for (size_t i = 0; i < n; ++count) {
-      DecodeOne(t, s, n, &i);
-    }
-    return count;
-  }
-  if (cap >= n) {
-    for (size_t i = 0; i < n; ++count) {
-      dst[count] = DecodeOne(t, s, n, &i);
-    }
-    return count;
-  }
-  for (size_t i = 0; i < n; ++count) {
-    if (count == cap) {
-      return SIZE_MAX;
-    }
-    dst[count] = DecodeOne(t, s, n, &i);
-  }
-  return count;
-}
-
-// DecodeComposite - MB_COMPOSITE on any page; false when `out` is full.
-bool DecodeComposite(const CodePageTable& t, const uint8_t* s, size_t n, WideOut& out) {
+// DecodeGeneral - any page, any flags, one character at a time; false when
+// `out` is full.
+bool DecodeGeneral(const CodePageTable& t, bool composite, const uint8_t* s, size_t n,
+                   WideOut& out) {
   for (size_t i = 0; i < n;) {
     uint16_t units[8];
-    size_t len = FullDecomposition(DecodeOne(t, s, n, &i), units);
+    units[0] = DecodeOne(t, s, n, &i);
+    size_t len = composite ? FullDecomposition(units[0], units) : 1;
     if (!out.Put(units, len)) {
       return false;
     }
@@ -172,9 +265,117 @@ bool DecodeComposite(const CodePageTable& t, const uint8_t* s, size_t n, WideOut
   return true;
 }
 
+// DecodeSbcs - a single-byte page into room for all n units: one load per
+// byte, ASCII blocks of 16 widened at once (the other bytes of a block are
+// looked up afterwards).
+void DecodeSbcs(const CodePageTable& t, const uint8_t* s, size_t n, wchar_t* dst) {
+  const uint16_t* decode = t.decode;
+  size_t i = 0;
+  if (t.asciiIdentity) {
+    for (; n - i >= 16; i += 16) {
+      unsigned high = HighBytes16(s + i);
+      Widen16(s + i, dst + i);
+      for (; high != 0; high &= high - 1) {
+        unsigned k = static_cast<unsigned>(std::countr_zero(high));
+        dst[i + k] = decode[s[i + k]];
+      }
+    }
+  }
+  for (; i < n; ++i) {
+    dst[i] = decode[s[i]];
+  }
+}
+
+// DbcsDecoder - a double-byte page without MB_COMPOSITE: a lead byte's row
+// pointer, then its trail byte; ASCII runs 16 bytes at a time. Needs an ASCII
+// lower half and lead bytes of 0x80 and above (the generator checks both).
+class DbcsDecoder {
+public:
+  explicit DbcsDecoder(const CodePageTable& t)
+      : decode_(t.decode), rowOf_(t.rowOf), default_(t.defaultUnicode) {}
+
+  // Count - the units n bytes give (the size probe).
+  size_t Count(const uint8_t* s, size_t n) const {
+    size_t count = 0;
+    for (size_t i = 0; i < n; ++count) {
+      i += rowOf_[s[i]] != nullptr && i + 1 < n && s[i + 1] != 0 ? 2 : 1;
+    }
+    return count;
+  }
+
+  // Decode - the units written, or SIZE_MAX when `dst` (cap > 0 units) is too
+  // small; whole characters only.
+  size_t Decode(const uint8_t* s, size_t n, wchar_t* dst, size_t cap) const {
+    size_t i = 0;
+    size_t o = 0;
+    while (i < n) {
+      // A character gives one unit for one or two bytes: those that start
+      // before `limit` fit without a check each.
+      size_t room = cap - o;
+      if (room == 0) {
+        return SIZE_MAX;
+      }
+      size_t limit = n - i <= room ? n : i + room;
+      Span(s, n, limit, dst, &i, &o);
+    }
+    return o;
+  }
+
+private:
+  // Span - decodes the characters that start before `limit` (room for one
+  // unit per byte up to there).
+  void Span(const uint8_t* s, size_t n, size_t limit, wchar_t* dst, size_t* pi, size_t* po) const {
+    const uint16_t* decode = decode_;
+    const uint16_t* const* rowOf = rowOf_;
+    size_t i = *pi;
+    size_t o = *po;
+    while (i < limit) {
+      uint8_t b = s[i];
+      if (b < 0x80) {
+        if (limit - i >= 16) {
+          unsigned high = HighBytes16(s + i);
+          if (high == 0) {
+            Widen16(s + i, dst + o);
+            i += 16;
+            o += 16;
+            continue;
+          }
+          // Only the ASCII prefix: a unit past it may not be rewritten later.
+          for (unsigned k = static_cast<unsigned>(std::countr_zero(high)); k != 0; --k) {
+            dst[o++] = s[i++];
+          }
+          continue;
+        }
+        dst[o++] = b;
+        ++i;
+        continue;
+      }
+      const uint16_t* row = rowOf[b];
+      if (row == nullptr) {
+        dst[o++] = decode[b];
+        ++i;
+      } else if (i + 1 < n && s[i + 1] != 0) {
+        dst[o++] = row[s[i + 1]];
+        i += 2;
+      } else { // a lead byte at the end or before a NUL
+        dst[o++] = default_;
+        ++i;
+      }
+    }
+    *pi = i;
+    *po = o;
+  }
+
+  const uint16_t* decode_;
+  const uint16_t* const* rowOf_;
+  uint16_t default_;
+};
+
+// ---- Encoding -----------------------------------------------------------------
+
 // DefaultChar - the default character WideCharToMultiByte writes: the
 // caller's (its first byte; on a double-byte page its first two when the
-// second is not NUL) or the page's.
+// second is not NUL) or the page's. A two-byte default is above 0xFF.
 struct DefaultChar {
   uint16_t code;
   bool twoBytes;
@@ -190,98 +391,6 @@ DefaultChar ChooseDefault(const CodePageTable& t, LPCSTR defaultChar) {
             true};
   }
   return {static_cast<uint8_t>(defaultChar[0]), false};
-}
-
-// EncodeDirect - WideCharToMultiByte without WC_COMPOSITECHECK and
-// WC_NO_BEST_FIT_CHARS: one table lookup per unit. Returns the bytes written
-// (or needed, when cap is 0), or SIZE_MAX when `dst` is too small; sets *used
-// when a default character was written. kChecked: test the room left before
-// each character (not needed when cap covers two bytes per unit).
-template <bool kDbcs, bool kChecked>
-size_t EncodeDirect(const CodePageTable& t, const wchar_t* s, size_t n, char* dst, size_t cap,
-                    DefaultChar def, bool* used) {
-  // Locals, not members: stores through char* could alias the table fields.
-  const uint16_t* hi = t.encodeHi;
-  const uint8_t(*sbcsBlocks)[256] = t.sbcsBlocks;
-  const uint16_t(*dbcsBlocks)[256] = t.dbcsBlocks;
-  bool usedDefault = false;
-  size_t count = 0;
-  for (size_t i = 0; i < n; ++i) {
-    uint32_t u = static_cast<uint32_t>(s[i]);
-    uint16_t code = 0;
-    if (u <= 0xFFFF) {
-      code = kDbcs ? dbcsBlocks[hi[u >> 8]][u & 0xFF] : sbcsBlocks[hi[u >> 8]][u & 0xFF];
-    }
-    bool two = kDbcs && code > 0xFF;
-    if (code == 0 && u != 0) {
-      usedDefault = true;
-      code = def.code;
-      two = def.twoBytes;
-    }
-    if (dst == nullptr) { // the size probe
-      count += two ? 2 : 1;
-      continue;
-    }
-    if (kChecked && cap - count < (two ? 2u : 1u)) {
-      *used = usedDefault;
-      return SIZE_MAX;
-    }
-    if (two) {
-      dst[count++] = static_cast<char>(code >> 8);
-    }
-    dst[count++] = static_cast<char>(code & 0xFF);
-  }
-  *used = usedDefault;
-  return count;
-}
-
-// EncodeDbcsRoomy - EncodeDirect on a double-byte page into a buffer with two
-// bytes per unit: every character but the last is stored as two bytes and the
-// output advances by its length (a one-byte character's second store is
-// overwritten by the next character), which saves a branch per character.
-size_t EncodeDbcsRoomy(const CodePageTable& t, const wchar_t* s, size_t n, char* dst,
-                       DefaultChar def, bool* used) {
-  const uint16_t* hi = t.encodeHi;
-  const uint16_t(*blocks)[256] = t.dbcsBlocks;
-  bool usedDefault = false;
-  auto codeOf = [&](uint32_t u) {
-    uint16_t code = u <= 0xFFFF ? blocks[hi[u >> 8]][u & 0xFF] : 0;
-    if (code == 0 && u != 0) {
-      usedDefault = true;
-      code = def.code; // a two-byte default has a non-zero first byte
-    }
-    return code;
-  };
-  char* o = dst;
-  for (size_t i = 0; i + 1 < n; ++i) {
-    uint16_t code = codeOf(static_cast<uint32_t>(s[i]));
-    bool two = code > 0xFF;
-    o[0] = static_cast<char>(two ? code >> 8 : code);
-    o[1] = static_cast<char>(code & 0xFF);
-    o += two ? 2 : 1;
-  }
-  uint16_t last = codeOf(static_cast<uint32_t>(s[n - 1]));
-  if (last > 0xFF) {
-    *o++ = static_cast<char>(last >> 8);
-  }
-  *o++ = static_cast<char>(last & 0xFF);
-  *used = usedDefault;
-  return static_cast<size_t>(o - dst);
-}
-
-template <bool kDbcs>
-size_t EncodeDirect(const CodePageTable& t, const wchar_t* s, size_t n, char* dst, size_t cap,
-                    DefaultChar def, bool* used) {
-  if (cap == 0) {
-    return EncodeDirect<kDbcs, false>(t, s, n, nullptr, 0, def, used);
-  }
-  if (cap / 2 >= n) {
-    if constexpr (kDbcs) {
-      return EncodeDbcsRoomy(t, s, n, dst, def, used);
-    }
-    return EncodeDirect<kDbcs, false>(t, s, n, dst, cap, def, used);
-  }
-  return EncodeDirect<kDbcs, true>(t, s, n, dst, cap, def, used);
 }
 
 // Output of WideCharToMultiByte: whole characters only; counts only when cap is 0.
@@ -306,8 +415,8 @@ struct ByteOut {
   }
 };
 
-// Encoder - WideCharToMultiByte's general path: flags, default characters,
-// composition.
+// Encoder - WideCharToMultiByte's general path, one unit at a time: flags,
+// default characters, composition.
 class Encoder {
 public:
   Encoder(const CodePageTable& t, DWORD flags, LPCSTR defaultChar, ByteOut& out)
@@ -319,21 +428,23 @@ public:
 
   bool Run(const wchar_t* s, size_t n) {
     for (size_t i = 0; i < n;) {
-      uint32_t u = static_cast<uint32_t>(s[i]);
-      if (!composite_) {
-        if (!PutUnit(u)) {
-          return false;
-        }
-        ++i;
-        continue;
-      }
       size_t next = i + 1;
-      if (!Composed(s, n, i, &next)) {
+      if (!Step(s, n, i, &next)) {
         return false;
       }
       i = next;
     }
     return true;
+  }
+
+  // Step - converts what starts at s[i] (a unit, or under WC_COMPOSITECHECK
+  // a base and its marks); sets *next past what it consumed.
+  bool Step(const wchar_t* s, size_t n, size_t i, size_t* next) {
+    if (!composite_) {
+      *next = i + 1;
+      return PutUnit(static_cast<uint32_t>(s[i]));
+    }
+    return Composed(s, n, i, next);
   }
 
 private:
@@ -436,6 +547,186 @@ private:
   bool usedDefault_ = false;
 };
 
+// DirectEncoder - WideCharToMultiByte with best fit and no composition: two
+// loads per unit (the code of a unit the page lacks is 0; the generator makes
+// sure nothing but the default character's own unit maps onto the default
+// byte, so the general path's check for it never fires), ASCII runs 16 units
+// at a time. Gives what Encoder gives for the same units.
+template <bool kDbcs> class DirectEncoder {
+public:
+  DirectEncoder(const CodePageTable& t, DefaultChar def)
+      : hi_(t.encodeHi), sbcsBlocks_(t.sbcsBlocks), dbcsBlocks_(t.dbcsBlocks),
+        ascii_(t.asciiIdentity), default_(def) {}
+
+  bool usedDefault() const { return usedDefault_; }
+
+  // Encode - the n units at s onto `out`; false when it is too small (whole
+  // characters only). `wantUsed`: the size probe must track the default flag.
+  bool Encode(const wchar_t* s, size_t n, ByteOut& out, bool wantUsed) {
+    if (out.cap == 0) {
+      Probe(s, n, out, wantUsed);
+      return true;
+    }
+    if constexpr (!kDbcs) {
+      size_t room = out.cap - out.count;
+      size_t m = n < room ? n : room;
+      SbcsSpan(s, m, out.dst + out.count);
+      out.count += m;
+      if (m < n) {
+        Code(static_cast<uint32_t>(s[m]), &usedDefault_); // the flag counts the unit that failed
+        return false;
+      }
+      return true;
+    } else {
+      size_t i = 0;
+      while (i < n) {
+        // At most two bytes a unit: that many units need no check each.
+        size_t room = out.cap - out.count;
+        size_t span = n - i < room / 2 ? n - i : room / 2;
+        if (span != 0) {
+          out.count += DbcsSpan(s + i, span, out.dst + out.count);
+          i += span;
+          continue;
+        }
+        uint16_t code = Code(static_cast<uint32_t>(s[i]), &usedDefault_);
+        if (!out.Put(code, code > 0xFF)) {
+          return false;
+        }
+        ++i;
+      }
+      return true;
+    }
+  }
+
+private:
+  // Code - the code of u, or the default character (setting *used).
+  uint16_t Code(uint32_t u, bool* used) const {
+    uint16_t code = 0;
+    if (u <= 0xFFFF) {
+      code = kDbcs ? dbcsBlocks_[hi_[u >> 8]][u & 0xFF] : sbcsBlocks_[hi_[u >> 8]][u & 0xFF];
+    }
+    if (code == 0 && u != 0) {
+      *used = true;
+      code = default_.code;
+    }
+    return code;
+  }
+
+  void Probe(const wchar_t* s, size_t n, ByteOut& out, bool wantUsed) {
+    if (!kDbcs && !wantUsed) {
+      out.count += n;
+      return;
+    }
+    bool used = false;
+    size_t count = 0;
+    for (size_t i = 0; i < n; ++i) {
+      count += Code(static_cast<uint32_t>(s[i]), &used) > 0xFF ? 2 : 1;
+    }
+    out.count += count;
+    usedDefault_ |= used;
+  }
+
+  // SbcsSpan - n units into n bytes.
+  void SbcsSpan(const wchar_t* s, size_t n, char* d) {
+    bool used = false; // a local: stores through char* could alias a member
+    size_t i = 0;
+    if (ascii_) {
+      for (; n - i >= 16; i += 16) {
+        unsigned other = NonAscii16(s + i);
+        Narrow16(s + i, d + i);
+        for (; other != 0; other &= other - 1) {
+          unsigned k = static_cast<unsigned>(std::countr_zero(other));
+          d[i + k] = static_cast<char>(Code(static_cast<uint32_t>(s[i + k]), &used));
+        }
+      }
+    }
+    for (; i < n; ++i) {
+      d[i] = static_cast<char>(Code(static_cast<uint32_t>(s[i]), &used));
+    }
+    usedDefault_ |= used;
+  }
+
+  // DbcsSpan - n units into room for 2n bytes; the bytes written. Every
+  // character but the last is stored as two bytes and the output advances by
+  // its length (a one-byte character's second byte is overwritten by the
+  // next), which saves a branch per character.
+  size_t DbcsSpan(const wchar_t* s, size_t n, char* d) {
+    bool used = false;
+    size_t o = 0;
+    for (size_t i = 0; i < n;) {
+      uint32_t u = static_cast<uint32_t>(s[i]);
+      if (u < 0x80 && ascii_ && n - i >= 16) {
+        // The bytes past the ASCII prefix are rewritten by the units after it.
+        unsigned other = NonAscii16(s + i);
+        Narrow16(s + i, d + o);
+        unsigned k = other == 0 ? 16 : static_cast<unsigned>(std::countr_zero(other));
+        i += k;
+        o += k;
+        continue;
+      }
+      uint16_t code = Code(u, &used);
+      bool two = code > 0xFF;
+      if (i + 1 < n) {
+        d[o] = static_cast<char>(two ? code >> 8 : code);
+        d[o + 1] = static_cast<char>(code & 0xFF);
+        o += two ? 2 : 1;
+      } else {
+        if (two) {
+          d[o++] = static_cast<char>(code >> 8);
+        }
+        d[o++] = static_cast<char>(code & 0xFF);
+      }
+      ++i;
+    }
+    usedDefault_ |= used;
+    return o;
+  }
+
+  const uint16_t* hi_;
+  const uint8_t (*sbcsBlocks_)[256];
+  const uint16_t (*dbcsBlocks_)[256];
+  bool ascii_;
+  DefaultChar default_;
+  bool usedDefault_ = false;
+};
+
+// EncodeFast - WideCharToMultiByte without WC_NO_BEST_FIT_CHARS: runs of units
+// that are no marks and are not followed by one go through DirectEncoder; with
+// WC_COMPOSITECHECK, a base followed by marks, or a mark, takes the general
+// path's step. Returns the bytes written (or needed), or SIZE_MAX.
+template <bool kDbcs>
+size_t EncodeFast(const CodePageTable& t, DWORD flags, const wchar_t* s, size_t n, char* dst,
+                  size_t cap, LPCSTR defaultChar, bool wantUsed, bool* used) {
+  constexpr size_t kScan = 256; // units searched for a mark at a time
+  ByteOut out{dst, cap};
+  DirectEncoder<kDbcs> direct(t, ChooseDefault(t, defaultChar));
+  Encoder general(t, flags, defaultChar, out);
+  bool ok = true;
+  if ((flags & WC_COMPOSITECHECK) == 0) {
+    ok = direct.Encode(s, n, out, wantUsed);
+  } else {
+    for (size_t i = 0; ok && i < n;) {
+      size_t window = n - i < kScan ? n - i : kScan;
+      size_t mark = FirstMark(s + i, window);
+      // Before the mark, the unit ahead of it is its base; without one, the
+      // last unit's successor lies past the window (unless the text ends).
+      size_t plain =
+          mark < window ? (mark == 0 ? 0 : mark - 1) : (i + window == n ? n - i : window - 1);
+      if (plain != 0) {
+        ok = direct.Encode(s + i, plain, out, wantUsed);
+        i += plain;
+      }
+      if (ok && i < n) {
+        size_t next = i + 1;
+        ok = general.Step(s, n, i, &next);
+        i = next;
+      }
+    }
+  }
+  *used = direct.usedDefault() || general.usedDefault();
+  return ok ? out.count : SIZE_MAX;
+}
+
 // SourceLength - srclen, or the length with the terminator when negative;
 // false when it does not fit an int.
 template <typename Char> bool SourceLength(const Char* src, int srclen, size_t* n) {
@@ -486,6 +777,96 @@ UINT SupportedOr(UINT cp, UINT fallback) {
   return qx::platform::FindCodePageTable(cp) != nullptr ? cp : fallback;
 }
 
+// CheckMbFlags / CheckWcFlags - the flag checks, after the argument checks.
+bool CheckMbFlags(DWORD flags) {
+  return (flags & ~kMbFlags) == 0 &&
+         (flags & (MB_PRECOMPOSED | MB_COMPOSITE)) != (MB_PRECOMPOSED | MB_COMPOSITE);
+}
+
+bool CheckWcFlags(DWORD flags) {
+  DWORD exception = flags & kWcExceptionFlags;
+  return (flags & ~kWcFlags) == 0 && (exception & (exception - 1)) == 0;
+}
+
+// Decode - MultiByteToWideChar after its checks; kFast: take the fast paths
+// where the flags allow.
+template <bool kFast>
+int Decode(const CodePageTable& t, DWORD flags, const uint8_t* s, size_t n, wchar_t* dst,
+           size_t cap) {
+  if ((flags & MB_ERR_INVALID_CHARS) != 0 && !AllValid(t, s, n)) {
+    return Fail(ERROR_NO_UNICODE_TRANSLATION);
+  }
+  bool composite = (flags & MB_COMPOSITE) != 0;
+  if (kFast && !composite && !t.dbcs) {
+    // One unit per byte.
+    if (cap == 0) {
+      return static_cast<int>(n);
+    }
+    DecodeSbcs(t, s, n < cap ? n : cap, dst);
+    return n <= cap ? static_cast<int>(n) : Fail(ERROR_INSUFFICIENT_BUFFER);
+  }
+  if (kFast && !composite && t.asciiIdentity) {
+    DbcsDecoder decoder(t);
+    return Finish(cap == 0 ? decoder.Count(s, n) : decoder.Decode(s, n, dst, cap));
+  }
+  WideOut out{dst, cap};
+  return Finish(DecodeGeneral(t, composite, s, n, out) ? out.count : SIZE_MAX);
+}
+
+// Encode - WideCharToMultiByte after its checks.
+template <bool kFast>
+int Encode(const CodePageTable& t, DWORD flags, const wchar_t* s, size_t n, char* dst, size_t cap,
+           LPCSTR defaultChar, LPBOOL usedDefault) {
+  if (usedDefault != nullptr) {
+    *usedDefault = FALSE;
+  }
+  size_t count;
+  bool used = false;
+  if (kFast && (flags & WC_NO_BEST_FIT_CHARS) == 0) {
+    bool wantUsed = usedDefault != nullptr;
+    count = t.dbcs ? EncodeFast<true>(t, flags, s, n, dst, cap, defaultChar, wantUsed, &used)
+                   : EncodeFast<false>(t, flags, s, n, dst, cap, defaultChar, wantUsed, &used);
+  } else {
+    ByteOut out{dst, cap};
+    Encoder encoder(t, flags, defaultChar, out);
+    count = encoder.Run(s, n) ? out.count : SIZE_MAX;
+    used = encoder.usedDefault();
+  }
+  if (usedDefault != nullptr) {
+    *usedDefault = used ? TRUE : FALSE;
+  }
+  return Finish(count);
+}
+
+template <bool kFast>
+int MultiByteToWide(UINT cp, DWORD flags, LPCSTR src, int srclen, LPWSTR dst, int dstlen) {
+  size_t n = 0;
+  const CodePageTable* t = CheckCall(cp, src, srclen, dst, dstlen, &n);
+  if (t == nullptr) {
+    return 0;
+  }
+  if (!CheckMbFlags(flags)) {
+    return Fail(ERROR_INVALID_FLAGS);
+  }
+  return Decode<kFast>(*t, flags, reinterpret_cast<const uint8_t*>(src), n, dst,
+                       static_cast<size_t>(dstlen));
+}
+
+template <bool kFast>
+int WideToMultiByte(UINT cp, DWORD flags, LPCWSTR src, int srclen, LPSTR dst, int dstlen,
+                    LPCSTR defaultChar, LPBOOL usedDefault) {
+  size_t n = 0;
+  const CodePageTable* t = CheckCall(cp, src, srclen, dst, dstlen, &n);
+  if (t == nullptr) {
+    return 0;
+  }
+  if (!CheckWcFlags(flags)) {
+    return Fail(ERROR_INVALID_FLAGS);
+  }
+  return Encode<kFast>(*t, flags & kWcFlags, src, n, dst, static_cast<size_t>(dstlen), defaultChar,
+                       usedDefault);
+}
+
 } // namespace
 
 UINT GetACP() {
@@ -502,100 +883,23 @@ BOOL IsValidCodePage(UINT cp) {
 }
 
 int MultiByteToWideChar(UINT cp, DWORD flags, LPCSTR src, int srclen, LPWSTR dst, int dstlen) {
-  size_t n = 0;
-  const CodePageTable* t = CheckCall(cp, src, srclen, dst, dstlen, &n);
-  if (t == nullptr) {
-    return 0;
-  }
-  if ((flags & ~kMbFlags) != 0 ||
-      (flags & (MB_PRECOMPOSED | MB_COMPOSITE)) == (MB_PRECOMPOSED | MB_COMPOSITE)) {
-    return Fail(ERROR_INVALID_FLAGS);
-  }
-  const auto* s = reinterpret_cast<const uint8_t*>(src);
-  if ((flags & MB_ERR_INVALID_CHARS) != 0 && !AllValid(*t, s, n)) {
-    return Fail(ERROR_NO_UNICODE_TRANSLATION);
-  }
-  size_t cap = static_cast<size_t>(dstlen);
-  bool composite = (flags & MB_COMPOSITE) != 0;
-  if (!t->dbcs && !composite) {
-    // Fast path: one unit per byte.
-    if (cap == 0) {
-      return static_cast<int>(n);
-    }
-    const uint16_t* decode = t->decode;
-    size_t m = n < cap ? n : cap;
-    for (size_t i = 0; i < m; ++i) {
-      dst[i] = decode[s[i]];
-    }
-    return n <= cap ? static_cast<int>(n) : Fail(ERROR_INSUFFICIENT_BUFFER);
-  }
-  size_t count;
-  if (composite) {
-    WideOut out{dst, cap};
-    count = DecodeComposite(*t, s, n, out) ? out.count : SIZE_MAX;
-  } else {
-    count = DecodeDbcs(*t, s, n, dst, cap);
-  }
-  return Finish(count);
+  return MultiByteToWide<true>(cp, flags, src, srclen, dst, dstlen);
 }
 
 int WideCharToMultiByte(UINT cp, DWORD flags, LPCWSTR src, int srclen, LPSTR dst, int dstlen,
                         LPCSTR defaultChar, LPBOOL usedDefault) {
-  size_t n = 0;
-  const CodePageTable* t = CheckCall(cp, src, srclen, dst, dstlen, &n);
-  if (t == nullptr) {
-    return 0;
-  }
-  DWORD exception = flags & kWcExceptionFlags;
-  if ((flags & ~kWcFlags) != 0 || (exception & (exception - 1)) != 0) {
-    return Fail(ERROR_INVALID_FLAGS);
-  }
-  if (usedDefault != nullptr) {
-    *usedDefault = FALSE;
-  }
-  size_t cap = static_cast<size_t>(dstlen);
-  if (!t->dbcs && (flags & (WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS)) == 0 &&
-      defaultChar == nullptr && usedDefault == nullptr) {
-    // Fast path: one byte per unit, best fit, the page's default character.
-    if (cap == 0) {
-      return static_cast<int>(n);
-    }
-    const uint16_t* hi = t->encodeHi;
-    const uint8_t(*blocks)[256] = t->sbcsBlocks;
-    const char fallback = static_cast<char>(t->defaultByte);
-    size_t m = n < cap ? n : cap;
-    for (size_t i = 0; i < m;) {
-      if (t->asciiIdentity && m - i >= 8 && Ascii8(src + i)) {
-        for (int k = 0; k < 8; ++k) {
-          dst[i + k] = static_cast<char>(src[i + k]);
-        }
-        i += 8;
-        continue;
-      }
-      for (size_t end = m - i >= 8 ? i + 8 : m; i < end; ++i) {
-        uint32_t u = static_cast<uint32_t>(src[i]);
-        uint8_t c = u <= 0xFFFF ? blocks[hi[u >> 8]][u & 0xFF] : 0;
-        dst[i] = (c != 0 || u == 0) ? static_cast<char>(c) : fallback;
-      }
-    }
-    return n <= cap ? static_cast<int>(n) : Fail(ERROR_INSUFFICIENT_BUFFER);
-  }
-  size_t count;
-  bool used = false;
-  if ((flags & (WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS)) == 0) {
-    DefaultChar def = ChooseDefault(*t, defaultChar);
-    count = t->dbcs ? EncodeDirect<true>(*t, src, n, dst, cap, def, &used)
-                    : EncodeDirect<false>(*t, src, n, dst, cap, def, &used);
-  } else {
-    ByteOut out{dst, cap};
-    Encoder encoder(*t, flags & kWcFlags, defaultChar, out);
-    count = encoder.Run(src, n) ? out.count : SIZE_MAX;
-    used = encoder.usedDefault();
-  }
-  if (usedDefault != nullptr) {
-    *usedDefault = used ? TRUE : FALSE;
-  }
-  return Finish(count);
+  return WideToMultiByte<true>(cp, flags, src, srclen, dst, dstlen, defaultChar, usedDefault);
+}
+
+int qx::platform::MultiByteToWideCharReference(UINT cp, DWORD flags, LPCSTR src, int srclen,
+                                               LPWSTR dst, int dstlen) {
+  return MultiByteToWide<false>(cp, flags, src, srclen, dst, dstlen);
+}
+
+int qx::platform::WideCharToMultiByteReference(UINT cp, DWORD flags, LPCWSTR src, int srclen,
+                                               LPSTR dst, int dstlen, LPCSTR defaultChar,
+                                               LPBOOL usedDefault) {
+  return WideToMultiByte<false>(cp, flags, src, srclen, dst, dstlen, defaultChar, usedDefault);
 }
 
 BOOL IsDBCSLeadByteEx(UINT cp, BYTE byte) {

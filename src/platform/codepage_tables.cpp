@@ -28,6 +28,9 @@ static_assert(PagesSorted(), "kCodePages must be sorted by code page");
 
 } // namespace
 
+// Declared in codepage_tables.h: the conversions test marks inline.
+#include "platform/codepage_marks.inc"
+
 const CodePageTable* FindCodePageTable(unsigned cp) {
   const auto* end = std::end(kCodePages);
   const auto* it =
@@ -58,17 +61,6 @@ const ComposePair* Decompose(uint32_t c) {
       std::lower_bound(std::begin(kDecomposeOrder), end, c,
                        [](uint16_t i, uint32_t v) { return kComposePairs[i].composed < v; });
   return it != end && kComposePairs[*it].composed == c ? &kComposePairs[*it] : nullptr;
-}
-
-bool IsNonSpacingMark(uint32_t c) {
-  if (c < kNonSpacingMarks[0][0] || c > 0xFFFF) {
-    return false;
-  }
-  const auto* end = std::end(kNonSpacingMarks);
-  // The first range whose last mark is at or above c.
-  const auto* it = std::lower_bound(std::begin(kNonSpacingMarks), end, c,
-                                    [](const uint16_t(&r)[2], uint32_t v) { return r[1] < v; });
-  return it != end && (*it)[0] <= c;
 }
 
 } // namespace qx::platform

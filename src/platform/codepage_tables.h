@@ -27,11 +27,11 @@ struct CodePageTable {
   const uint16_t* decode;            // [256] byte -> unit; lead bytes hold defaultUnicode
   const uint16_t* encodeHi;          // [256] unit >> 8 -> block number
   const uint8_t (*sbcsBlocks)[256];  // single-byte pages: block[unit & 0xFF] = byte
-  const uint8_t* leadRow;            // double-byte pages: [256] 0 or 1 + row
-  const uint16_t (*rows)[256];       // double-byte pages: row[trail] = unit
+  const uint16_t* const* rowOf;      // double-byte pages: [256] lead byte -> row[trail] = unit,
+                                     // null for the other bytes (all of them below 0x80)
   const uint16_t (*dbcsBlocks)[256]; // double-byte pages: block[unit & 0xFF] = code
 
-  bool IsLead(uint8_t b) const { return leadRow != nullptr && leadRow[b] != 0; }
+  bool IsLead(uint8_t b) const { return rowOf != nullptr && rowOf[b] != nullptr; }
 
   /// Encode - the code of `u` (a byte, or lead << 8 | trail), 0 when the page
   /// has none (U+0000 is the only unit that encodes as 0).
@@ -46,8 +46,8 @@ struct CodePageTable {
   /// Decode - the unit of a code as Encode returns it.
   uint16_t Decode(uint16_t code) const {
     if (code > 0xFF) {
-      uint8_t row = leadRow[code >> 8];
-      return row != 0 ? rows[row - 1][code & 0xFF] : defaultUnicode;
+      const uint16_t* row = rowOf[code >> 8];
+      return row != nullptr ? row[code & 0xFF] : defaultUnicode;
     }
     return decode[code];
   }
@@ -74,8 +74,16 @@ uint16_t Compose(uint32_t base, uint32_t mark);
 /// composition.
 const ComposePair* Decompose(uint32_t c);
 
-/// IsNonSpacingMark - true for BMP characters of general category Mn.
-bool IsNonSpacingMark(uint32_t c);
+/// The nonspacing marks as a two-level bitmap (generated, codepage_marks.inc):
+/// kMarkBlockOf[u >> 8] selects a 256-bit block of kMarkBlocks.
+extern const uint8_t kMarkBlockOf[256];
+extern const uint64_t kMarkBlocks[][4];
+
+/// IsNonSpacingMark - true for BMP characters of general category Mn (the
+/// first is U+0300).
+inline bool IsNonSpacingMark(uint32_t c) {
+  return c <= 0xFFFF && (kMarkBlocks[kMarkBlockOf[c >> 8]][(c >> 6) & 3] >> (c & 63) & 1) != 0;
+}
 
 } // namespace qx::platform
 

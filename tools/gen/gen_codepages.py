@@ -16,7 +16,8 @@ Outputs:
   src/platform/codepage_sbcs.inc       the single-byte pages
   src/platform/codepage_dbcsNNN.inc    one file per double-byte page
   src/platform/codepage_index.inc      the page descriptors, sorted by number
-  src/platform/codepage_compose.inc    composition pairs and nonspacing-mark ranges
+  src/platform/codepage_compose.inc    composition pairs
+  src/platform/codepage_marks.inc      the nonspacing marks as a two-level bitmap
 
 Usage: gen_codepages.py [--check]
   --check regenerates into a temporary directory and compares byte for byte: exit 0 when
@@ -190,6 +191,14 @@ def build_page(cp, tsv, dbcs):
             fail("cp%d: U+%04X -> 0x%04X has no lead byte" % (cp, u, c))
         if c <= 0xFF and c in leads:
             fail("cp%d: U+%04X -> lead byte 0x%02X" % (cp, u, c))
+    for u, c in wc.items():
+        # The encoders take a mapping at its word: only the default character's own unit may
+        # land on the default byte (DROP_WCTABLE_TO_DEFAULT_BYTE sees to it on best-fit pages).
+        if c == default_byte and dec(c) != u:
+            fail("cp%d: U+%04X -> the default byte 0x%02X" % (cp, u, c))
+    for b in leads:
+        if b < 0x80:
+            fail("cp%d: lead byte 0x%02X below 0x80" % (cp, b))
     ascii_identity = all(decode[b] == b and wc.get(b) == b for b in range(0x80))
     return {
         "cp": cp, "dbcs": dbcs, "ascii": ascii_identity, "decode": decode, "leads": leads, "rows": rows, "wc": wc,
@@ -252,11 +261,20 @@ def gen_sbcs(pages, ucd):
     return "\n".join(parts) + "\n"
 
 
+def row_pointers(cp, leads):
+    """kRowOfNNN: lead byte -> its row of kRowsNNN, null for the other bytes."""
+    names = ["nullptr"] * 256
+    for i, lead in enumerate(leads):
+        names[lead] = "kRows%d[%d]" % (cp, i)
+    lines = ["static constexpr const uint16_t* kRowOf%d[256] = {" % cp]
+    for i in range(0, 256, 8):
+        lines.append("    " + " ".join(n + "," for n in names[i:i + 8]))
+    lines.append("};")
+    return "\n".join(lines)
+
+
 def gen_dbcs(p, ucd):
     cp = p["cp"]
-    lead_row = [0] * 256
-    for i, lead in enumerate(p["leads"]):
-        lead_row[lead] = i + 1
     pool, index = [], {}
     empty = tuple([0] * 256)
     pool.append(empty)
@@ -265,14 +283,15 @@ def gen_dbcs(p, ucd):
     parts = [
         HEADER.format(ucd=ucd),
         "// Code page %d (double-byte, best fit). kDecode%d: single byte -> UTF-16 unit (lead bytes\n"
-        "// hold the default character); kLeadRow%d: lead byte -> 1 + row of kRows%d (0: not a lead\n"
-        "// byte); a row maps the trail byte (undefined trails hold the default character).\n"
+        "// hold the default character); kRows%d: one row per lead byte, mapping the trail byte\n"
+        "// (undefined trails hold the default character); kRowOf%d: byte -> its row (null: not a\n"
+        "// lead byte).\n"
         "// kEncodeHi%d: UTF-16 high byte -> block of kBlocks%d; block[low byte] = code, single byte\n"
         "// below 0x100, lead byte in the high half otherwise (0 = not mapped, except U+0000)."
         % (cp, cp, cp, cp, cp, cp),
         array1d("uint16_t", "kDecode%d" % cp, p["decode"], 4, 16),
-        array1d("uint8_t", "kLeadRow%d" % cp, lead_row, 2, 16),
         array2d("uint16_t", "kRows%d" % cp, p["rows"], 4, 16),
+        row_pointers(cp, p["leads"]),
         array1d("uint16_t", "kEncodeHi%d" % cp, hi, 2, 16),
         array2d("uint16_t", "kBlocks%d" % cp, pool, 4, 16),
     ]
@@ -287,13 +306,13 @@ def gen_index(pages, ucd):
         cp = p["cp"]
         if p["dbcs"]:
             out.append("    {%d, true, %s, %s, 0x%02X, 0x%04X, 0x%04X, kDecode%d, kEncodeHi%d, nullptr, "
-                       "kLeadRow%d, kRows%d, kBlocks%d}," % (
+                       "kRowOf%d, kBlocks%d}," % (
                            cp, "true" if p["bestfit"] else "false",
                            "true" if p["ascii"] else "false", p["default_byte"],
-                           p["default_uni"], p["default_code"], cp, cp, cp, cp, cp))
+                           p["default_uni"], p["default_code"], cp, cp, cp, cp))
         else:
             out.append("    {%d, false, %s, %s, 0x%02X, 0x%04X, 0x%04X, kDecode%d, kEncodeHi%d, kSbcsBlocks, "
-                       "nullptr, nullptr, nullptr}," % (
+                       "nullptr, nullptr}," % (
                            cp, "true" if p["bestfit"] else "false",
                            "true" if p["ascii"] else "false", p["default_byte"],
                            p["default_uni"], p["default_code"], cp, cp))
@@ -316,19 +335,11 @@ def compose_data():
             continue  # excluded from composition
         pairs.append((parts[0], parts[1], c))
     pairs.sort()
-    marks, start = [], None
-    for c in range(0x10001):
-        is_mark = c < 0x10000 and unicodedata.category(chr(c)) == "Mn"
-        if is_mark and start is None:
-            start = c
-        elif not is_mark and start is not None:
-            marks.append((start, c - 1))
-            start = None
-    return pairs, marks
+    return pairs
 
 
 def gen_compose(ucd):
-    pairs, marks = compose_data()
+    pairs = compose_data()
     by_composed = sorted(range(len(pairs)), key=lambda i: pairs[i][2])
     out = [HEADER.format(ucd=ucd),
            "// Canonical compositions of a BMP base and one nonspacing mark (Unicode %s), sorted by" % ucd,
@@ -338,10 +349,33 @@ def gen_compose(ucd):
         out.append("    " + " ".join("{0x%04X, 0x%04X, 0x%04X}," % q for q in pairs[i:i + 4]))
     out.append("};")
     out.append(array1d("uint16_t", "kDecomposeOrder", by_composed, 4, 12))
-    out.append("// Nonspacing marks (general category Mn) of the BMP, as inclusive ranges.")
-    out.append("static constexpr uint16_t kNonSpacingMarks[%d][2] = {" % len(marks))
-    for i in range(0, len(marks), 6):
-        out.append("    " + " ".join("{0x%04X, 0x%04X}," % m for m in marks[i:i + 6]))
+    return "\n".join(out) + "\n"
+
+
+def gen_marks(ucd):
+    """The nonspacing marks (category Mn) of the BMP: kMarkBlockOf[u >> 8] selects a 256-bit
+    block of kMarkBlocks (four 64-bit words, bit u & 63 of word (u >> 6) & 3). Block 0 is empty.
+    External linkage: the conversions test marks inline (codepage_tables.h)."""
+    blocks, index, block_of = [(0, 0, 0, 0)], {(0, 0, 0, 0): 0}, []
+    for h in range(256):
+        words = [0, 0, 0, 0]
+        for lo in range(256):
+            if unicodedata.category(chr((h << 8) | lo)) == "Mn":
+                words[lo >> 6] |= 1 << (lo & 63)
+        block = tuple(words)
+        if block not in index:
+            index[block] = len(blocks)
+            blocks.append(block)
+        block_of.append(index[block])
+    out = [HEADER.format(ucd=ucd),
+           "// Nonspacing marks (general category Mn) of the BMP (Unicode %s): kMarkBlockOf[u >> 8]" % ucd,
+           "// selects a block of kMarkBlocks; bit u & 63 of its word (u >> 6) & 3 is set for a mark.",
+           "constexpr uint8_t kMarkBlockOf[256] = {",
+           hex_rows(block_of, 2, 16),
+           "};",
+           "constexpr uint64_t kMarkBlocks[%d][4] = {" % len(blocks)]
+    for b in blocks:
+        out.append("    {" + ", ".join("0x%016X" % w for w in b) + "},")
     out.append("};")
     return "\n".join(out) + "\n"
 
@@ -352,7 +386,8 @@ def generate(outdir):
     dbcs = [build_page(cp, tsv, True) for cp, tsv in DBCS_PAGES]
     files = {"codepage_sbcs.inc": gen_sbcs(sbcs, ucd),
              "codepage_index.inc": gen_index(sbcs + dbcs, ucd),
-             "codepage_compose.inc": gen_compose(ucd)}
+             "codepage_compose.inc": gen_compose(ucd),
+             "codepage_marks.inc": gen_marks(ucd)}
     for p in dbcs:
         files["codepage_dbcs%d.inc" % p["cp"]] = gen_dbcs(p, ucd)
     for name, text in files.items():
