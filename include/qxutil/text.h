@@ -118,6 +118,85 @@ public:
 };
 
 // ---- Character-set conversion --------------------------------------------
+//
+// Moves text between the members of QXCHARSET and the library's wide text:
+// byte-to-byte tables between two 8-bit members (built from per-member
+// Unicode maps and kept in a ten-slot cache by cCharsetConverter), the
+// platform code-page conversions with the member's GetWinCodePage, and
+// line-end rewriting. Nothing here records an error: every failure is the
+// false or null result stated. Unknown characters never fail a conversion:
+// the byte tables write '_' and count it; wide to 8-bit text into a member
+// without a code page writes '_' through the system code page.
+
+/// cCharsetConverter - builds and caches translation tables (slot key 4).
+class cCharsetConverter : public QXSingleton<cCharsetConverter, 4> {
+public:
+  virtual ~cCharsetConverter();
+  /// GetConversionTable - the 256-byte table from `from` to `to` (both in
+  /// 1..56, different, both with a Unicode map). On a cache hit only *table
+  /// is written (*unknownCount keeps what it held); a new table also gives
+  /// in *unknownCount the number of source bytes 1..255 that became the
+  /// unknown code. Byte 0 always translates to the unknown code, and no
+  /// byte translates to 0 or 255. False (nothing written) otherwise, and
+  /// for a null `table`; a null `unknownCount` is not written.
+  virtual bool GetConversionTable(QXCHARSET from, QXCHARSET to, int* unknownCount,
+                                  unsigned char** table) = 0;
+
+  static cCharsetConverter* Create();
+};
+
+/// ConvertCharset - GetConversionTable of the context's converter. The table
+/// belongs to the converter and stays valid until ten further distinct
+/// pairs have been built: ConvertCharset(WindowsLatin1, CodePage437, &n, &t)
+/// => true, t[0xE9] == 0x82, t[0] == '_'.
+bool ConvertCharset(QXCHARSET from, QXCHARSET to, int* unknownCount, unsigned char** table);
+
+/// IsStrConvertNecessary - true when both are in 1..56 and differ.
+bool IsStrConvertNecessary(QXCHARSET from, QXCHARSET to);
+
+/// ConvertMBCSCharToSystem - MultiByteToWideChar(code page of `cs`,
+/// MB_PRECOMPOSED) of `srcLen` bytes into `dst`. Writes a terminator after
+/// the n units converted whenever n <= dstLen, so `dst` needs room for
+/// dstLen + 1 units (a failure writes dst[0] = 0). Returns n != 0; false
+/// without writing for a null pointer or a zero length, and for members
+/// without a code page. Lengths above INT_MAX count as INT_MAX.
+bool ConvertMBCSCharToSystem(const char* src, unsigned int srcLen, QXCHARSET cs, wchar_t* dst,
+                             unsigned int dstLen);
+/// ConvertMBCSCharToSystem - the same for the NUL-terminated `src` (its
+/// terminator not converted); null `src` gives false.
+bool ConvertMBCSCharToSystem(const char* src, QXCHARSET cs, wchar_t* dst, unsigned int dstLen);
+
+/// ConvertSystemToMBCSChar - WideCharToMultiByte(code page of `cs`,
+/// WC_COMPOSITECHECK) of the NUL-terminated `src`, terminator included, into
+/// `dst` of `dstLen` bytes. A too-small `dst` gives true with the truncated
+/// output (perhaps unterminated) when `acceptTruncation`, else false. A
+/// member whose code page is not valid (no code page, or the placeholders
+/// of "Neutral" and "CodePage437" after a failure) is retried in the system
+/// charset's code page with '_' for unknown characters. False for null
+/// pointers or dstLen 0.
+bool ConvertSystemToMBCSChar(const wchar_t* src, char* dst, QXCHARSET cs, unsigned int dstLen,
+                             bool acceptTruncation);
+
+/// ConvertWideCharToSystem - copies wide text (`cs` is ignored): when
+/// srcLen < dstLen, strcpyn(dst, src, dstLen) and true; otherwise wcsncpy of
+/// dstLen units (no terminator guaranteed) and false.
+bool ConvertWideCharToSystem(const wchar_t* src, unsigned int srcLen, wchar_t* dst, QXCHARSET cs,
+                             unsigned int dstLen);
+/// ConvertSystemToWideChar - strcpyn when the text fits with its
+/// terminator (true); otherwise wcsncpy of dstLen units, true only when
+/// `acceptTruncation` and just the terminator was left out.
+bool ConvertSystemToWideChar(const wchar_t* src, wchar_t* dst, unsigned int dstLen,
+                             bool acceptTruncation);
+
+/// ConvertLFToPlatformCRLF - a new copy of `s` (free with ffree) in which
+/// every line break (CR LF, CR or LF) is the system charset's line end:
+/// L"a\nb" => L"a\r\nb". Null when `s` has no line break, is null, or
+/// memory fails.
+wchar_t* ConvertLFToPlatformCRLF(wchar_t* s);
+/// ConvertPlatformCRLFToLF - a new copy of `s` (free with ffree) in which
+/// every CR LF pair and every lone CR is one LF: L"a\r\nb\rc" => L"a\nb\nc".
+/// Null when `s` has no CR, is null, or memory fails.
+wchar_t* ConvertPlatformCRLFToLF(wchar_t* s);
 
 // ---- Wide-string functions -------------------------------------------------
 //

@@ -45,6 +45,8 @@ InstanceData* CreateServices(InstanceData* data) {
     return data;
   if (!Install<cCharsetInfo>(data))
     return data;
+  if (!Install<cCharsetConverter>(data))
+    return data;
   if (!Install<cCheckEsc>(data))
     return data;
   return data;
@@ -54,6 +56,7 @@ void DestroyServices(InstanceData* data) {
   // Destruction order.
   Delete<cErrorSystem>(data);
   Delete<cCharsetInfo>(data);
+  Delete<cCharsetConverter>(data);
   Delete<cLocaleInfo>(data);
   Delete<cCheckEsc>(data);
 }

@@ -18,6 +18,7 @@ std::vector<std::string> ReplaceWithRecorders(DestructionLog* log) {
   std::vector<std::string> order;
   Replace<cErrorSystem, RecordingErrorSystem>(log, &order, "cErrorSystem");
   Replace<cCharsetInfo, RecordingCharsetInfo>(log, &order, "cCharsetInfo");
+  Replace<cCharsetConverter, RecordingCharsetConverter>(log, &order, "cCharsetConverter");
   Replace<cLocaleInfo, RecordingLocaleInfo>(log, &order, "cLocaleInfo");
   Replace<cCheckEsc, RecordingCheckEsc>(log, &order, "cCheckEsc");
   return order;

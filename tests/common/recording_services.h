@@ -108,6 +108,16 @@ private:
   DestructionLog* log_;
 };
 
+class RecordingCharsetConverter final : public cCharsetConverter {
+public:
+  explicit RecordingCharsetConverter(DestructionLog* log) : log_(log) {}
+  ~RecordingCharsetConverter() override { log_->Add("cCharsetConverter"); }
+  bool GetConversionTable(QXCHARSET, QXCHARSET, int*, unsigned char**) override { return false; }
+
+private:
+  DestructionLog* log_;
+};
+
 /// ReplaceWithRecorders - swaps the calling context's services for
 /// recording ones (deleting the originals, which the caller owns once
 /// replaced) and returns the names in the order the set must destroy them.

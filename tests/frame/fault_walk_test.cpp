@@ -51,6 +51,7 @@ TEST(FaultWalk, BuildingAThreadsSet) {
           EXPECT_NE(cErrorSystem::Instance(), nullptr);
           EXPECT_NE(cLocaleInfo::Instance(), nullptr);
           EXPECT_NE(cCharsetInfo::Instance(), nullptr);
+          EXPECT_NE(cCharsetConverter::Instance(), nullptr);
           EXPECT_NE(cCheckEsc::Instance(), nullptr);
         }
         if (!data) // the InstanceData itself could not be made
