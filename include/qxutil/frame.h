@@ -333,5 +333,118 @@ bool CheckEsc();
 bool CheckEsc4Update(bool forUpdate);
 
 // ---- Platform and arithmetic utilities -------------------------------------
+//
+// Small exported helpers with exact 32-bit behaviour: `long` is treated as
+// Windows' 32-bit long (arguments are taken modulo 2^32, results are 32-bit
+// values widened to `long`). Halves round away from zero throughout
+// (v + 0.5 truncated for v > 0, v - 0.5 truncated for v <= 0). Nothing here
+// records errors.
+
+/// LongAdd - a + b saturated to -2147483648..2147483647.
+long LongAdd(long a, long b);
+/// ShortAdd - a + b clipped to -32768..32767.
+short ShortAdd(short a, short b);
+/// LongAddCoords - LongAdd(a, b), then clamped into [low, high].
+long LongAddCoords(long a, long b, long low, long high);
+/// IntegerMulDiv - (a * b + divisor / 2) / divisor with a wrapping 32-bit
+/// product and sum and truncating divisions: (7, 3, 2) => 11, (-7, 3, 2) =>
+/// -10. A divisor of 0 returns 0 (Windows would raise a division fault).
+int IntegerMulDiv(int a, int b, int divisor);
+/// LongRoundDiv - |a| / |b| rounded half up, with the sign of the quotient:
+/// (-7, 2) => -4; b == 0 returns a.
+long LongRoundDiv(long a, long b);
+/// IntegerMulDivScale - (a * b + divisor / 2) wrapped to 32 bits, times
+/// `scale`, divided by `divisor`, rounded; then only the low 16 bits are
+/// kept, sign-extended: (1, 40000, 1, 1.0) => -25536.
+int IntegerMulDivScale(int a, int b, int divisor, double scale);
+
+/// DoubleToLong, DoubleToShort, DoubleToInt64 - rounded, not clipped. A
+/// value outside the 32-bit (64-bit for DoubleToInt64) range, an infinity
+/// or a NaN gives the processor's "integer indefinite" value, as the
+/// Windows x86 conversion does: -2147483648 (INT64_MIN for DoubleToInt64).
+/// DoubleToShort keeps the low 16 bits of the 32-bit result: 40000.0 =>
+/// -25536, 1e10 => 0.
+long DoubleToLong(double value);
+short DoubleToShort(double value);
+long long DoubleToInt64(double value);
+/// DoubleToLongClip, DoubleToShortClip - rounded, with values beyond the
+/// type's range clipped to its limits. A NaN compares with neither limit
+/// and so converts as DoubleToLong / DoubleToShort do: -2147483648 and 0.
+long DoubleToLongClip(double value);
+short DoubleToShortClip(double value);
+/// qx_round - value rounded to the nearest multiple of `step`, halves
+/// upward: floor((value + step / 2) / step) * step; step 0 returns value.
+/// (7.5, 5) => 10, (-2.5, 1) => -2.
+double qx_round(double value, double step);
+
+/// The library's no-value double: the quiet NaN 0x7FFFFFFFFFFFFFFF.
+void SetNaN(double& value);
+double GetNaN();
+/// IsNaN - true for any NaN, not only the library's pattern.
+bool IsNaN(double value);
+
+/// time_100 - hundredths of a second since the system started: the 32-bit
+/// millisecond tick count (which wraps after 49.7 days) divided by 10.
+long time_100();
+/// DoubleClickTime_100 - the double-click interval in hundredths: 50 (there
+/// is no pointer device to ask; Windows' default of 500 ms).
+long DoubleClickTime_100();
+/// Sleep100 - busy-waits, without yielding, until `hundredths` (truncated)
+/// hundredths of a second have passed by time_100(); safe across the tick
+/// count's wrap. Zero or negative returns at once.
+void Sleep100(double hundredths);
+/// random_number - rand() % n with Microsoft's generator (0..32767), seeded
+/// with time_100() on the first call in the process. n == 0 returns 0.
+int random_number(int n);
+
+/// calculate_crc16 - CRC-16/ARC (reflected 0xA001, initial 0, no final
+/// XOR) of `length` bytes. With `buildTable` the first `tableSize` entries
+/// of `table` are (re)built; callers pass 256 and may keep the table for
+/// later calls. Entries at or beyond `tableSize` are never read (they are
+/// computed). "123456789" => 0xBB3D. Null data or table returns 0.
+unsigned short calculate_crc16(const unsigned char* data, unsigned int length,
+                               unsigned short table[], bool buildTable, int tableSize);
+
+/// LoadQXLibrary - loads `fileName` from the directory of the loaded module
+/// `besideModule` (or of the program when that is null or not loaded). Only
+/// the name and extension of `fileName` are used; without an extension
+/// ".so" is appended (where Windows appends ".dll"). `handle` receives the
+/// module or null; false when it could not be loaded.
+bool LoadQXLibrary(const wchar_t* fileName, const wchar_t* besideModule, HINSTANCE& handle);
+
+/// SystemPlatform - the platform identifier Windows reports in
+/// OSVERSIONINFO::dwPlatformId: always 2 (VER_PLATFORM_WIN32_NT), the value
+/// of every Windows a host may have been written for since Windows 2000;
+/// 0 (Win32s), 1 (Windows 9x) and 3 (Windows CE) never occur.
+int SystemPlatform();
+
+/// GetDateTime - the local date and time (GetLocalTime).
+void GetDateTime(SYSTEMTIME* time);
+/// SetDateTime - sets the local date and time (SetLocalTime, twice, as the
+/// daylight-saving adjustment requires on Windows); the second call's
+/// result. Without the privilege to set the clock it returns FALSE with the
+/// last error ERROR_PRIVILEGE_NOT_HELD (1314).
+BOOL SetDateTime(SYSTEMTIME* time);
+
+#ifndef _WIN32
+struct HMETAFILE__;
+typedef HMETAFILE__* HMETAFILE;
+struct HENHMETAFILE__;
+typedef HENHMETAFILE__* HENHMETAFILE;
+typedef void* HGLOBAL;
+#endif
+/// GetMetaFileBits, GetEnhancedMetaFileBits - a global block holding the
+/// metafile's bits. There are no metafiles here: always null.
+HGLOBAL GetMetaFileBits(HMETAFILE metafile);
+HGLOBAL GetEnhancedMetaFileBits(HENHMETAFILE metafile);
+
+/// InitLiterals - once per process, chooses the default rotatable font for
+/// the system character set (see docs/utilities.md for the names); false
+/// when there is no system character set, and then it tries again next
+/// time.
+bool InitLiterals();
+/// GetDefaultRotatableFont - the font InitLiterals chose (at most 31
+/// characters, a LOGFONT face name); "Arial" until it succeeds.
+const wchar_t* GetDefaultRotatableFont();
 
 #endif // QXUTIL_FRAME_H

@@ -1,4 +1,4 @@
-// Provides: GetTickCount, GetLocalTime, SetLocalTime, GetDoubleClickTime (clock_gettime, localtime_r, mktime, clock_settime).
+// Provides: GetTickCount, GetLocalTime, SetLocalTime, GetDoubleClickTime (clock_gettime, mktime).
 #include "platform/clock.h"
 
 #include <cerrno>
@@ -42,10 +42,9 @@ void GetLocalTime(SYSTEMTIME* time) {
 }
 
 BOOL SetLocalTime(const SYSTEMTIME* time) {
-  if (!time || time->wYear < 1601 || time->wYear > 30827 || time->wMonth < 1 ||
-      time->wMonth > 12 || time->wDay < 1 || time->wDay > DaysInMonth(time->wYear, time->wMonth) ||
-      time->wHour > 23 || time->wMinute > 59 || time->wSecond > 59 ||
-      time->wMilliseconds > 999) {
+  if (!time || time->wYear < 1601 || time->wYear > 30827 || time->wMonth < 1 || time->wMonth > 12 ||
+      time->wDay < 1 || time->wDay > DaysInMonth(time->wYear, time->wMonth) || time->wHour > 23 ||
+      time->wMinute > 59 || time->wSecond > 59 || time->wMilliseconds > 999) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return FALSE;
   }
