@@ -8,6 +8,7 @@
 //===----------------------------------------------------------------------===//
 #include "frame/wide_buffer.h"
 #include "qxutil/frame.h"
+#include "qxutil/locale.h"
 #include "qxutil/text.h"
 
 #include <algorithm>
@@ -110,7 +111,11 @@ public:
     if (r.number != kNumberAsText)
       return r.number;
     size_t offset = std::min(r.arg0.offset, pool_.size());
-    return static_cast<int>(std::wcstol(pool_.c_str() + offset, nullptr, 10));
+    return [&] {
+      int v = 0;
+      StringToInt(pool_.c_str() + offset, &v, nullptr);
+      return v;
+    }();
   }
 
   int GetResourceID(int index) override { return InRange(index) ? records_[index].resourceId : 0; }

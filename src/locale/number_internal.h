@@ -1,0 +1,39 @@
+//===- locale/number_internal.h - Shared pieces of the number functions -*- C++ -*-===//
+//
+// The runtime-locale test (under the library's locale critical section),
+// the separators in force, and the sizes of the working buffers.
+//
+//===----------------------------------------------------------------------===//
+#ifndef QXUTIL_LOCALE_NUMBER_INTERNAL_H
+#define QXUTIL_LOCALE_NUMBER_INTERNAL_H
+
+#include "qxutil/locale.h"
+
+namespace qx::number {
+
+/// The working buffers of the formatters and the FmtCtl parsers, in units.
+constexpr unsigned int kWorkSize = 1024;
+
+/// RuntimeLocaleIsNeutral - true when the C runtime's LC_NUMERIC locale name
+/// is exactly "C" (or cannot be read). The name is read under the library's
+/// locale critical section.
+bool RuntimeLocaleIsNeutral();
+
+/// SeparatorsInForce - the decimal and thousands separators and the group
+/// size of the locale record, with the system flag the number format
+/// callback chooses (GetDecimalSeparator's rule), in one refresh.
+void SeparatorsInForce(wchar_t* decimal, wchar_t* thousands, short* group);
+
+/// AutomaticPrecision - the "%g" precision for `value`: trunc(log10|value|)
+/// + 3, or 6 when that is below 6 or above 14, for 0 and for non-finite
+/// values.
+int AutomaticPrecision(double value);
+
+/// Neutralise - the runtime's printf text made canonical into `out` (at most
+/// `size` units): in a runtime locale other than "C" through
+/// DeformatNumberFromUI, else a bounded copy.
+void Neutralise(const wchar_t* text, wchar_t* out, unsigned int size);
+
+} // namespace qx::number
+
+#endif // QXUTIL_LOCALE_NUMBER_INTERNAL_H

@@ -1,0 +1,328 @@
+// Provides: wcstol, wcstoul, _wcstoi64, _wcstoui64, wcstod, swprintf %e/%f/%g, LC_NUMERIC queries.
+#include "platform/crt_number.h"
+
+#include "platform/crt_string.h"
+#include "platform/utf8.h"
+
+#include <cerrno>
+#include <cfloat>
+#include <charconv>
+#include <clocale>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <locale.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+// ---- Integers --------------------------------------------------------------
+
+// The zeros of the digit scripts the runtime's wide number parsers read,
+// ascending; each is followed by nine more digits. (The same list as the
+// runtime's _wtoi reads in crt_string.cpp.)
+constexpr uint32_t kDigitZeros[] = {0x0030, 0x0660, 0x06F0, 0x0966, 0x09E6, 0x0A66,
+                                    0x0AE6, 0x0B66, 0x0C66, 0x0CE6, 0x0D66, 0x0E50,
+                                    0x0ED0, 0x0F20, 0x1040, 0x17E0, 0x1810, 0xFF10};
+
+// DigitOf - the value of a digit or an ASCII letter (A = 10), or 99.
+unsigned DigitOf(wchar_t c) {
+  uint32_t u = static_cast<uint32_t>(c);
+  if (u - '0' < 10)
+    return u - '0';
+  if ((u | 0x20) - 'a' < 26)
+    return (u | 0x20) - 'a' + 10;
+  for (uint32_t zero : kDigitZeros) {
+    if (u < zero)
+      break;
+    if (u < zero + 10)
+      return u - zero;
+  }
+  return 99;
+}
+
+struct IntegerScan {
+  uint64_t magnitude = 0; // saturated at `limit` + 1 when overflowed
+  bool negative = false;
+  bool overflow = false;
+  bool ok = false; // at least one digit
+};
+
+// ScanInteger - the Microsoft runtime's integer scan. `limit` is the
+// largest magnitude that does not overflow (for signed types it depends on
+// the sign, so both are given).
+IntegerScan ScanInteger(const wchar_t* text, wchar_t** end, int radix, uint64_t positiveLimit,
+                        uint64_t negativeLimit) {
+  IntegerScan r;
+  if (end)
+    *end = const_cast<wchar_t*>(text);
+  if (!text || (radix != 0 && (radix < 2 || radix > 36))) {
+    errno = EINVAL;
+    return r;
+  }
+  const wchar_t* p = text;
+  while (qx::crt::iswspace(static_cast<wint_t>(*p)))
+    ++p;
+  if (*p == L'-' || *p == L'+')
+    r.negative = *p++ == L'-';
+  if (radix == 0) {
+    if (DigitOf(*p) != 0)
+      radix = 10;
+    else if (p[1] == L'x' || p[1] == L'X')
+      radix = 16;
+    else
+      radix = 8;
+  }
+  if (radix == 16 && DigitOf(*p) == 0 && (p[1] == L'x' || p[1] == L'X'))
+    p += 2;
+  const uint64_t limit = r.negative ? negativeLimit : positiveLimit;
+  for (unsigned d; (d = DigitOf(*p)) < static_cast<unsigned>(radix); ++p) {
+    r.ok = true;
+    if (r.overflow)
+      continue;
+    if (r.magnitude > (limit - d) / static_cast<unsigned>(radix))
+      r.overflow = true;
+    else
+      r.magnitude = r.magnitude * static_cast<unsigned>(radix) + d;
+  }
+  if (!r.ok)
+    return r; // *end stays at the start
+  if (end)
+    *end = const_cast<wchar_t*>(p);
+  if (r.overflow)
+    errno = ERANGE;
+  return r;
+}
+
+// ---- Runtime numeric locale ------------------------------------------------
+
+thread_local const char* tOverrideName = nullptr;
+thread_local wchar_t tOverridePoint = L'.';
+
+// The "C" locale, for the conversions glibc does on our behalf.
+locale_t CLocale() {
+  static locale_t c = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
+  return c;
+}
+
+// ---- Floating point --------------------------------------------------------
+
+bool IsAsciiSpace(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
+
+// GlibcWcstod - glibc's conversion in the "C" locale (the reference).
+double GlibcWcstod(const wchar_t* text, wchar_t** end) { return wcstod_l(text, end, CLocale()); }
+
+// FastWcstod - plain decimal text ([space][sign]digits[.digits][e[sign]digits])
+// through std::from_chars; false when the text or its value needs glibc.
+bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
+  constexpr size_t kMax = 400;
+  char buf[kMax];
+  size_t n = 0;
+  const wchar_t* p = text;
+  while (IsAsciiSpace(*p))
+    ++p;
+  bool negative = false;
+  if (*p == L'-' || *p == L'+')
+    negative = *p++ == L'-';
+  if (p[0] == L'0' && (p[1] == L'x' || p[1] == L'X'))
+    return false; // hexadecimal
+  bool digits = false, nonzero = false;
+  for (; *p >= L'0' && *p <= L'9'; ++p) {
+    if (n == kMax)
+      return false;
+    digits = true;
+    nonzero |= *p != L'0';
+    buf[n++] = static_cast<char>(*p);
+  }
+  if (*p == L'.') {
+    if (n == kMax)
+      return false;
+    buf[n++] = '.';
+    for (++p; *p >= L'0' && *p <= L'9'; ++p) {
+      if (n == kMax)
+        return false;
+      digits = true;
+      nonzero |= *p != L'0';
+      buf[n++] = static_cast<char>(*p);
+    }
+  }
+  if (!digits)
+    return false; // nothing, hexadecimal, inf or nan: glibc decides
+  if (*p == L'e' || *p == L'E') {
+    const wchar_t* q = p + 1;
+    if (*q == L'-' || *q == L'+')
+      ++q;
+    if (*q >= L'0' && *q <= L'9') {
+      size_t m = n;
+      if (m == kMax)
+        return false;
+      buf[m++] = 'e';
+      for (const wchar_t* s = p + 1; s < q; ++s)
+        buf[m++] = static_cast<char>(*s);
+      for (; *q >= L'0' && *q <= L'9'; ++q) {
+        if (m == kMax)
+          return false;
+        buf[m++] = static_cast<char>(*q);
+      }
+      n = m;
+      p = q;
+    }
+  }
+  double v = 0;
+  auto [ptr, ec] = std::from_chars(buf, buf + n, v, std::chars_format::general);
+  if (ec != std::errc() || ptr != buf + n)
+    return false;
+  // Near the bounds glibc decides whether the result is a range error.
+  if (nonzero && !(std::fabs(v) >= 2 * DBL_MIN && std::fabs(v) <= DBL_MAX))
+    return false;
+  *value = negative ? -v : v;
+  *end = p;
+  return true;
+}
+
+// PointWcstod - the conversion with "." as the decimal point.
+double PointWcstod(const wchar_t* text, wchar_t** end) {
+  double value;
+  const wchar_t* stop;
+  if (FastWcstod(text, &value, &stop)) {
+    if (end)
+      *end = const_cast<wchar_t*>(stop);
+    return value;
+  }
+  return GlibcWcstod(text, end);
+}
+
+} // namespace
+
+namespace qx::crt {
+
+long wcstol(const wchar_t* text, wchar_t** end, int radix) {
+  IntegerScan r = ScanInteger(text, end, radix, 0x7FFFFFFF, 0x80000000);
+  if (r.overflow)
+    return r.negative ? -2147483647L - 1 : 2147483647L;
+  return r.negative ? -static_cast<long>(r.magnitude) : static_cast<long>(r.magnitude);
+}
+
+unsigned long wcstoul(const wchar_t* text, wchar_t** end, int radix) {
+  IntegerScan r = ScanInteger(text, end, radix, 0xFFFFFFFF, 0xFFFFFFFF);
+  if (r.overflow)
+    return 0xFFFFFFFFUL;
+  uint32_t v = static_cast<uint32_t>(r.magnitude);
+  return r.negative ? static_cast<uint32_t>(0u - v) : v;
+}
+
+long long _wcstoi64(const wchar_t* text, wchar_t** end, int radix) {
+  IntegerScan r = ScanInteger(text, end, radix, INT64_MAX, uint64_t{1} << 63);
+  if (r.overflow)
+    return r.negative ? INT64_MIN : INT64_MAX;
+  return r.negative ? static_cast<long long>(0 - r.magnitude) : static_cast<long long>(r.magnitude);
+}
+
+unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int radix) {
+  IntegerScan r = ScanInteger(text, end, radix, UINT64_MAX, UINT64_MAX);
+  if (r.overflow)
+    return UINT64_MAX;
+  return r.negative ? 0 - r.magnitude : r.magnitude;
+}
+
+double wcstod(const wchar_t* text, wchar_t** end) {
+  if (!text) {
+    if (end)
+      *end = nullptr;
+    errno = EINVAL;
+    return 0.0;
+  }
+  wchar_t point = qx::platform::CrtDecimalPoint();
+  if (point == L'.')
+    return PointWcstod(text, end);
+  // Another decimal point: read a copy in which it is "." and "." is not.
+  std::wstring copy(text);
+  for (wchar_t& c : copy) {
+    if (c == point)
+      c = L'.';
+    else if (c == L'.')
+      c = L'\x1';
+  }
+  wchar_t* stop = nullptr;
+  double value = PointWcstod(copy.c_str(), &stop);
+  if (end)
+    *end = const_cast<wchar_t*>(text) + (stop - copy.c_str());
+  return value;
+}
+
+int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int precision,
+                 double value) {
+  if (precision < 0)
+    precision = 6;
+  std::chars_format format = conversion == 'e'   ? std::chars_format::scientific
+                             : conversion == 'f' ? std::chars_format::fixed
+                                                 : std::chars_format::general;
+  char local[512];
+  std::vector<char> heap;
+  char* first = local;
+  char* last = local + sizeof local;
+  std::to_chars_result r = std::to_chars(first, last, value, format, precision);
+  if (r.ec != std::errc()) {
+    heap.resize(size + 64);
+    first = heap.data();
+    last = first + heap.size();
+    r = std::to_chars(first, last, value, format, precision);
+    if (r.ec != std::errc()) {
+      if (out && size)
+        out[0] = 0;
+      return -1;
+    }
+  }
+  size_t len = static_cast<size_t>(r.ptr - first);
+  size_t field = static_cast<size_t>(width < 0 ? -static_cast<long long>(width) : width);
+  size_t total = len > field ? len : field;
+  if (!out || total >= size) {
+    if (out && size)
+      out[0] = 0;
+    return -1;
+  }
+  wchar_t point = qx::platform::CrtDecimalPoint();
+  size_t pad = total - len;
+  wchar_t* o = out;
+  if (width >= 0)
+    for (size_t i = 0; i < pad; ++i)
+      *o++ = L' ';
+  for (const char* c = first; c < r.ptr; ++c)
+    *o++ = *c == '.' ? point : static_cast<wchar_t>(*c);
+  if (width < 0)
+    for (size_t i = 0; i < pad; ++i)
+      *o++ = L' ';
+  *o = 0;
+  return static_cast<int>(total);
+}
+
+} // namespace qx::crt
+
+namespace qx::platform {
+
+size_t CrtNumericLocaleName(char* buf, size_t size) {
+  const char* name = tOverrideName ? tOverrideName : std::setlocale(LC_NUMERIC, nullptr);
+  // snprintf copies what fits and returns the full length.
+  return static_cast<size_t>(std::snprintf(buf, buf ? size : 0, "%s", name ? name : "C"));
+}
+
+wchar_t CrtDecimalPoint() {
+  if (tOverrideName)
+    return tOverridePoint;
+  const char* point = std::localeconv()->decimal_point;
+  if (!point || !*point)
+    return L'.';
+  if (static_cast<unsigned char>(*point) < 0x80)
+    return static_cast<wchar_t>(*point);
+  std::wstring wide = Utf8ToWide(point);
+  return wide.empty() ? L'.' : wide[0];
+}
+
+void SetThreadNumericLocaleOverride(const char* name, wchar_t decimalPoint) {
+  tOverrideName = name;
+  tOverridePoint = decimalPoint ? decimalPoint : L'.';
+}
+
+} // namespace qx::platform

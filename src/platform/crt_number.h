@@ -1,0 +1,78 @@
+//===- platform/crt_number.h - Microsoft C-runtime number calls -*- C++ -*-===//
+//
+// Provides: wcstol, wcstoul, _wcstoi64, _wcstoui64, wcstod and the
+// "%*.*e/f/g" conversions of swprintf, with the Microsoft runtime's
+// contracts, plus the runtime's LC_NUMERIC locale name and decimal point.
+//
+// The integer parsers have Windows' widths: `long` and `unsigned long` are
+// 32 bits there, so wcstol saturates at 2147483647 / -2147483648 and wcstoul
+// at 4294967295 (with errno ERANGE) although `long` is 64 bits here; the
+// 64-bit parsers saturate the same way. They skip leading white space
+// (iswspace of the runtime), take one sign, the "0x" prefix for radix 16
+// and 0, and read the digits of the runtime's digit scripts (ASCII, Arabic-
+// Indic, ..., fullwidth) and the ASCII letters. When no digit is read the
+// end pointer is the start of the text (even after "0x") and the result 0.
+// A bad radix or a null text returns 0 with errno EINVAL.
+//
+// wcstod is correctly rounded and gives the same value, end and errno as
+// glibc's wcstod in the "C" locale (hexadecimal, "inf", "nan" spellings
+// included), except that the decimal point is the runtime locale's. Plain
+// decimal text takes a fast path (std::from_chars); anything else, and any
+// result near the overflow or underflow bounds, goes to glibc.
+//
+// These names collide with glibc's, whose contracts differ, so they live in
+// qx::crt and are always called qualified.
+//
+//===----------------------------------------------------------------------===//
+#ifndef QXUTIL_PLATFORM_CRT_NUMBER_H
+#define QXUTIL_PLATFORM_CRT_NUMBER_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qx::crt {
+
+/// wcstol - a signed 32-bit value (returned widened to `long`).
+long wcstol(const wchar_t* text, wchar_t** end, int radix);
+/// wcstoul - an unsigned 32-bit value; a leading "-" negates modulo 2^32
+/// (L"-1" => 4294967295).
+unsigned long wcstoul(const wchar_t* text, wchar_t** end, int radix);
+long long _wcstoi64(const wchar_t* text, wchar_t** end, int radix);
+unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int radix);
+
+/// wcstod - see the header comment. errno is ERANGE after an overflow (the
+/// result is +-HUGE_VAL) or an inexact underflow, as glibc sets it.
+double wcstod(const wchar_t* text, wchar_t** end);
+
+/// FormatDouble - what swprintf(out, size, L"%*.*<conversion>", width,
+/// precision, value) writes, `conversion` being 'e', 'f' or 'g': the text
+/// of the C runtime (glibc's digits, "inf", "-nan"), with the runtime
+/// locale's decimal point. A negative precision means 6; a negative width
+/// pads on the right. Returns the length, or -1 (with `out` emptied when
+/// `size` > 0) when the text and its terminator do not fit in `size` units.
+int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int precision,
+                 double value);
+
+} // namespace qx::crt
+
+namespace qx::platform {
+
+/// CrtNumericLocaleName - copies the runtime's LC_NUMERIC locale name into
+/// `buf` (at most `size` - 1 bytes and a terminator) and returns its full
+/// length; "C" until the host calls setlocale. The caller serialises.
+size_t CrtNumericLocaleName(char* buf, size_t size);
+
+/// CrtDecimalPoint - the runtime locale's decimal point (localeconv), one
+/// wide character; '.' when the locale gives none.
+wchar_t CrtDecimalPoint();
+
+/// SetThreadNumericLocaleOverride - a test seam: until cleared (null name),
+/// the calling thread sees `name` as the LC_NUMERIC locale name and
+/// `decimalPoint` as the runtime decimal point, so that the behaviour under
+/// a runtime locale that this machine does not have installed can be
+/// exercised. Only this thread is affected.
+void SetThreadNumericLocaleOverride(const char* name, wchar_t decimalPoint);
+
+} // namespace qx::platform
+
+#endif // QXUTIL_PLATFORM_CRT_NUMBER_H

@@ -1,0 +1,241 @@
+// Number formatting: DoubleToString's pictures and precision, UI text both
+// ways, coordinates, database columns and EqualDoubles.
+#include "common/thread_runner.h"
+#include "locale/number_fixture.h"
+#include "qxutil/locale.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+using qxtest::RunOnNewThread;
+using qxtest::RuntimeNumericLocale;
+using qxtest::Sentinelled;
+
+namespace {
+
+const double kInf = std::numeric_limits<double>::infinity();
+
+struct ToStringCase {
+  LCID locale;
+  double value;
+  bool forUI;
+  int precision;
+  PRINTF_FORMAT format;
+  int width;
+  const wchar_t* expected;
+};
+
+TEST(DoubleToString, PicturesPrecisionAndUiText) {
+  const ToStringCase cases[] = {
+      {1033, 1234567.891, true, 2, PRINTF_F, -1, L"1,234,567.89"},
+      {1033, 1234567.891, false, 2, PRINTF_F, -1, L"1234567.89"},
+      {1031, 1234567.891, true, 2, PRINTF_F, -1, L"1.234.567,89"},
+      {1031, 1234567.891, false, 2, PRINTF_F, -1, L"1234567.89"},
+      {1036, 1234567.891, true, 2, PRINTF_F, -1, L"1\u00A0234\u00A0567,89"},
+      {1033, 12345.678, false, -1, PRINTF_G, -1, L"12345.68"}, // precision 4 + 3
+      {1033, 0.0, false, -1, PRINTF_G, -1, L"0"},
+      {1033, 1e20, false, -1, PRINTF_G, -1, L"1e+20"},                  // 23 is too many: 6
+      {1033, 123456789012.0, false, -1, PRINTF_G, -1, L"123456789012"}, // 14
+      {1033, 0.000123456789, false, -1, PRINTF_G, -1, L"0.000123457"},  // -3 + 3: 6
+      {1033, 3.14159265, false, -1, PRINTF_F, -1, L"3.141593"},
+      {1033, 123.456, false, 2, PRINTF_E, -1, L"1.23e+02"},
+      {1033, 123.456, false, 2, PRINTF_E, 12, L"    1.23e+02"},
+      {1033, -5.5, false, 0, PRINTF_F, -1, L"-6"},
+      {1033, 2.5, false, 0, PRINTF_F, -1, L"2"},                        // printf's ties go to even
+      {1033, 1.5, false, 3, static_cast<PRINTF_FORMAT>(7), -1, L"1.5"}, // acts as %g
+      {1033, std::nan(""), false, -1, PRINTF_G, -1, L"nan"},
+      {1033, -kInf, true, -1, PRINTF_G, -1, L"-inf"},
+      {1033, -1234.5, true, 1, PRINTF_F, 10, L"   -1,234.5"},
+      {1033, 1234.5, true, 1, PRINTF_F, -10, L"1,234.5    "}, // grouped after padding,
+  };
+  for (const ToStringCase& c : cases) {
+    RunOnNewThread([&] {
+      SetThreadLocale(c.locale);
+      wchar_t buffer[64];
+      EXPECT_EQ(DoubleToString(c.value, buffer, 64, c.forUI, c.precision, c.format, c.width),
+                buffer);
+      EXPECT_STREQ(buffer, c.expected) << c.value << " locale " << c.locale;
+    });
+  }
+}
+
+TEST(DoubleToString, RespectsTheBufferSize) {
+  RunOnNewThread([] {
+    SetThreadLocale(1033);
+    Sentinelled b(5);
+    DoubleToString(1234567.0, b.data(), b.usable(), false, 0, PRINTF_F, -1);
+    EXPECT_STREQ(b.data(), L"1234");
+    EXPECT_TRUE(b.GuardIntact());
+    // UI grouping stops when a separator would not fit.
+    Sentinelled g(12);
+    DoubleToString(1234567.89, g.data(), g.usable(), true, 2, PRINTF_F, -1);
+    EXPECT_STREQ(g.data(), L"1234,567.89");
+    EXPECT_TRUE(g.GuardIntact());
+    Sentinelled z(0);
+    DoubleToString(1.0, z.data(), 0, true, 2, PRINTF_F, -1);
+    EXPECT_TRUE(z.GuardIntact());
+    wchar_t small[8];
+    DoubleToStringEditCtl(1.0 / 3, small, 8, false);
+    EXPECT_STREQ(small, L"0.33333");
+  });
+}
+
+TEST(DoubleToString, RuntimeLocaleOutputIsNeutralisedByTheThreadLocale) {
+  RunOnNewThread([] {
+    RuntimeNumericLocale comma("de_DE.UTF-8", L',');
+    SetThreadLocale(1031); // agrees with the runtime: "," decimal
+    wchar_t buffer[32];
+    EXPECT_STREQ(DoubleToString(1234.5, buffer, 32, false, 1, PRINTF_F, -1), L"1234.5");
+    EXPECT_STREQ(DoubleToString(1234.5, buffer, 32, true, 1, PRINTF_F, -1), L"1.234,5");
+    // When they disagree, the runtime's comma is taken for a thousands
+    // separator and removed.
+    SetThreadLocale(1033);
+    EXPECT_STREQ(DoubleToString(1234.5, buffer, 32, false, 1, PRINTF_F, -1), L"12345");
+  });
+}
+
+struct UiCase {
+  const wchar_t* canonical;
+  unsigned int size;
+  const wchar_t* ui;
+};
+
+TEST(FormatNumberForUI, SeparatorsGoBetweenDigitsOnly) {
+  const UiCase cases[] = {
+      {L"-1234", 16, L"-1,234"},
+      {L"-123", 16, L"-123"},
+      {L"1234567", 16, L"1,234,567"},
+      {L"123456.7", 16, L"123,456.7"},
+      {L"12345678901", 32, L"12,345,678,901"},
+      {L"1e+20", 16, L"1e+20"},
+      {L"$1234", 16, L"$1,234"},
+      {L".5", 16, L".5"},
+      {L"1234", 6, L"1,234"},
+      {L"1234", 5, L"1234"}, // no room
+      {L"1234567", 9, L"1234,567"},
+      {L"1234567", 10, L"1,234,567"},
+      {L"", 4, L""},
+  };
+  RunOnNewThread([&] {
+    SetThreadLocale(1033);
+    for (const UiCase& c : cases) {
+      Sentinelled b(c.size);
+      std::wstring(c.canonical).copy(b.data(), std::wcslen(c.canonical));
+      b.data()[std::wcslen(c.canonical)] = 0;
+      FormatNumberForUI(b.data(), c.size);
+      EXPECT_STREQ(b.data(), c.ui) << c.canonical;
+      EXPECT_TRUE(b.GuardIntact()) << c.canonical;
+    }
+    FormatNumberForUI(nullptr, 10);
+  });
+}
+
+TEST(DeformatNumberFromUI, RemovesGroupsAndNeutralisesTheLastDecimal) {
+  RunOnNewThread([] {
+    SetThreadLocale(1031);
+    struct {
+      const wchar_t* in;
+      const wchar_t* out;
+    } cases[] = {{L"1.234,5", L"1234.5"},
+                 {L"1,2,3", L"1,2.3"},
+                 {L"-1.000", L"-1000"},
+                 {L"", L""},
+                 {L"abc", L"abc"}};
+    for (const auto& c : cases) {
+      Sentinelled b(std::wcslen(c.in) + 1);
+      DeformatNumberFromUI(c.in, b.data());
+      EXPECT_STREQ(b.data(), c.out) << c.in;
+      EXPECT_TRUE(b.GuardIntact());
+    }
+    wchar_t out[4] = L"xyz";
+    DeformatNumberFromUI(nullptr, out);
+    EXPECT_STREQ(out, L"");
+    DeformatNumberFromUI(L"1", nullptr);
+  });
+}
+
+TEST(CoordinateToString, TrimsTrailingZerosAndPoint) {
+  struct {
+    double value;
+    const wchar_t* text;
+  } cases[] = {
+      {-0.5, L"-0.5"},
+      {3.0, L"3"},
+      {0.0, L"0"},
+      {1.0 / 3, L"0.333333333333"},
+      {1e20, L"100000000000000000000"},
+      {1e25, L"10000000000000000905969664"}, // cut to 29 characters first
+      {-1234.000000000001, L"-1234.000000000001"},
+      {123456789.0000001, L"123456789.000000104308"},
+  };
+  RunOnNewThread([&] {
+    SetThreadLocale(1031); // no UI formatting, whatever the locale
+    for (const auto& c : cases) {
+      wchar_t buffer[64];
+      EXPECT_STREQ(CoordinateToString(c.value, buffer, 64), c.text) << c.value;
+    }
+    Sentinelled b(4);
+    CoordinateToString(-0.125, b.data(), b.usable());
+    EXPECT_STREQ(b.data(), L"-0.");
+    EXPECT_TRUE(b.GuardIntact());
+  });
+}
+
+TEST(DoubleToDBString, ValuesAreKeptWithinTheColumn) {
+  struct {
+    int width, decimals;
+    double value;
+    const wchar_t* text;
+  } cases[] = {
+      {8, 2, 12345.678, L"12345.68"},
+      {8, 2, 123456.0, L"99999.99"},
+      {8, 2, -1234.567, L"-1234.57"},
+      {8, 2, -12345.0, L"-9999.99"},
+      {8, 2, 1.5, L"    1.50"},
+      {5, 0, 123456.0, L"99999"},
+      {5, 0, -123456.0, L"-9999"},
+      {5, 0, 12.5, L"   12"},
+      {20, 0, 1e25, L"99999999999999901696"}, // 1e20 - 1e5: the step keeps 15 digits
+      {20, 10, 3.25, L"        3.2500000000"},
+  };
+  RunOnNewThread([&] {
+    SetThreadLocale(1033);
+    for (const auto& c : cases) {
+      Sentinelled b(static_cast<size_t>(c.width) + 1);
+      DoubleToDBString(b.data(), c.width, c.decimals, c.value);
+      EXPECT_STREQ(b.data(), c.text) << c.value << " in " << c.width << "," << c.decimals;
+      EXPECT_TRUE(b.GuardIntact());
+    }
+    Sentinelled none(4);
+    DoubleToDBString(none.data(), -1, 2, 1.0);
+    EXPECT_TRUE(none.UntouchedFrom(0));
+  });
+}
+
+TEST(EqualDoubles, ComparesBinaryMantissas) {
+  struct {
+    double a, b;
+    int digits;
+    bool equal;
+  } cases[] = {
+      {1.0, 1.0000001, 5, true},
+      {1.0, 1.0000001, 8, false},
+      {-1.0, -1.0000001, 5, true},
+      {0.9999999, 1.0, 0, false}, // either side of 2^0
+      {0.0, -0.0, 14, true},
+      {0.0, 1e-300, 0, false},
+      {kInf, kInf, 0, true},
+      {std::nan(""), std::nan(""), 0, false},
+      {1.5, 1.55, 0, true},
+      {1.5, 1.55, 1, false},
+      {3.0, 3.0000000000000004, 14, true},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(EqualDoubles(c.a, c.b, static_cast<SIGNIFICANTDIGITS>(c.digits)), c.equal)
+        << c.a << " vs " << c.b << " at " << c.digits;
+}
+
+} // namespace
