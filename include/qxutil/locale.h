@@ -204,4 +204,343 @@ bool EqualDoubles(double a, double b, SIGNIFICANTDIGITS digits);
 bool qxSQLStringToDouble(const wchar_t* text, const wchar_t* picture, double* result);
 bool qxSQLDoubleToString(double value, const wchar_t* picture, wchar_t* buffer, unsigned int size);
 
+// ---- Calendar dates and date-time objects ----
+//
+// qxDATE is a four-byte calendar date (proleptic Gregorian throughout). All
+// date arithmetic goes through day numbers: day 0 is 1 January of year 1,
+// and 31 December 9999 is day 3,652,058. A date literal packs a date into
+// one integer, year * 10000 + month * 100 + day (20240229); 0 is the null
+// date (month or day 0).
+//
+// qxDateTime, qxTime and qxTimeSpan are value objects counted in ticks of
+// 100 nanoseconds, made only by the Create... factories below (a new object
+// from the memory manager, released with `delete`, or null). Every
+// operation that would leave a class's range returns null or false and
+// leaves the object as it was; nothing wraps.
+//
+// Failure rule: functions return false or null and leave the null date in
+// the caller's record (LiteralToDate keeps the fields it stored). Only
+// Days2MDY and LiteralToDate record an error: level eErrorLevelError,
+// message resource 9986, number 5002. The slot order of the three classes
+// and the picture language of qxSQLStringToDate / qxSQLDateToString are in
+// docs/dates.md.
+
+/// qxDATE - year 0..9999, month 1..12, day 1..month length when valid.
+struct qxDATE {
+  int16_t year;
+  int8_t month;
+  int8_t day;
+};
+
+/// IsValidDate - year 0..9999, month 1..12, a day of that month (29
+/// February only in leap years: 2000 yes, 1900 no).
+bool IsValidDate(const qxDATE* date);
+/// SetDate - stores the fields; an invalid date stores the null date and
+/// returns false.
+bool SetDate(short year, char month, char day, qxDATE* date);
+void SetNullDate(qxDATE* date);
+/// NullDate - month or day is 0.
+bool NullDate(const qxDATE* date);
+/// SystemDate - today in local time; 19 January 2038 when the 32-bit clock
+/// cannot say (past 03:14:07 UTC that day). Returns `date`.
+qxDATE* SystemDate(qxDATE* date);
+/// MDY2Days - the day number (1 January 1 => 0); -1 when the month or day
+/// is 0 or the year negative. Dates of year 0 give -366..-1.
+long MDY2Days(const qxDATE* date);
+/// Days2MDY - the date of a day number; a negative number, or one past
+/// year 32767, stores the null date, records the error and returns false.
+/// 145790 => 29 February 400.
+bool Days2MDY(long days, qxDATE* date);
+/// DateAdd, DateSubtract - Days2MDY(MDY2Days(date) +- n, date); return
+/// `date`.
+qxDATE* DateAdd(long n, qxDATE* date);
+qxDATE* DateSubtract(long n, qxDATE* date);
+/// DateDiff - MDY2Days(a) - MDY2Days(b).
+int DateDiff(const qxDATE* a, const qxDATE* b);
+/// DateCmp - 1 a later, -1 earlier, 0 equal or both null, -2 exactly one
+/// null.
+int DateCmp(const qxDATE* a, const qxDATE* b);
+/// DayOfWeek - 1 Sunday, 2 Monday ... 7 Saturday (day 0 was a Monday).
+int DayOfWeek(long dayNumber);
+/// DateToLiteral - (year * 100 + month) * 100 + day, unchecked.
+long DateToLiteral(const qxDATE* date);
+/// LiteralToDate - 0 gives the null date and true. Otherwise the fields
+/// are stored and checked (year >= 0, a day of the month); when they fail,
+/// the error is recorded, false returned and the fields kept (20230230 =>
+/// 2023, 2, 30).
+bool LiteralToDate(long literal, qxDATE* date);
+/// Str2Date - text to date: eight digits as a literal, else the neutral
+/// form M/D[/Y] (or M-D[-Y]) when the host's date format callback asks for
+/// neutral settings, else the thread locale's order and delimiter (day
+/// month year with "." in de-DE: "5.3.24" => 5 March 2024, "5.3" => 5 March
+/// this year). Two-digit years fall in the current century, without pivot.
+/// Returns `date`, or null with the null date stored.
+qxDATE* Str2Date(const wchar_t* text, qxDATE* date);
+/// Str2DateEx - Str2Date in the locale form only (the callback chooses the
+/// neutral or the locale's settings). With `end`, text may follow the date:
+/// *end is the first unit after the year and its blanks; when the second
+/// number is followed by anything but the delimiter, the year is this
+/// year's and *end points just past that unit; and when the text ends after
+/// the second number, *end points one past its terminator (never read
+/// through it). *end is null on failure.
+qxDATE* Str2DateEx(const wchar_t* text, qxDATE* date, wchar_t** end);
+/// MakeDateString - "MM/DD/YYYY" (order 0), "DD/MM/YYYY" (1), "YYYY/MM/DD"
+/// (2), "YYYY/DD/MM" (5) with `delimiter` (none when 0); other orders write
+/// nothing. A buffer of `size` units too small for the text gets "".
+void MakeDateString(wchar_t* buffer, unsigned int size, qxDATE* date, short order,
+                    wchar_t delimiter);
+/// MakeDateStringEx - the same layouts with separator strings (null is
+/// ""); false, writing nothing, for orders 3, 4 and outside 0..5; false
+/// with "" when the text does not fit.
+bool MakeDateStringEx(wchar_t* buffer, unsigned int size, qxDATE* date, short order,
+                      const wchar_t* separator1, const wchar_t* separator2);
+/// FormatDateString - GetDateFormatW with `picture` (null: the locale's
+/// short date) for the locale of GetLocaleIdentifier(), cut to `size`
+/// units; false when the system refuses the date (years before 1601) or the
+/// picture. The second form formats with the locale string of `lctype`
+/// (LOCALE_SLONGDATE, ...).
+bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, wchar_t* picture);
+bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, short lctype);
+/// qxSQLStringToDate, qxSQLDateToString - dates by database pictures such
+/// as "dd-mon-yyyy" or "dddd, d mmmm yyyy" (yyyy yy mmmm mmm mm m dddd ddd
+/// dd d, "quoted" or 'quoted' literals, separators " \t\n`~!@#$%^&*()-+=[]
+/// {}:;<>,.|/\\"). Reading fails on text left over or missing; writing
+/// fails, with "", for an invalid date or a buffer too small.
+bool qxSQLStringToDate(const wchar_t* text, const wchar_t* picture, qxDATE* date);
+bool qxSQLDateToString(qxDATE date, const wchar_t* picture, wchar_t* buffer, unsigned int size);
+
+/// QX_CMP - result of the Compare functions (the values of DateCmp).
+enum QX_CMP : int {
+  QX_CMP_NULL = -2, // exactly one of the two is null
+  QX_CMP_LESS = -1,
+  QX_CMP_EQUAL = 0, // also two nulls
+  QX_CMP_GREATER = 1,
+};
+
+class qxTime;
+class qxDateTime;
+
+/// qxTimeSpan - a signed duration in ticks. Parts are truncated toward 0,
+/// so every part of a negative span is <= 0 (minus 90 minutes: hours -1,
+/// minutes -30). Virtual slots are in declaration order (docs/dates.md).
+class qxTimeSpan : public QXHeapObject {
+public:
+  virtual ~qxTimeSpan();
+  virtual int Days() const = 0;
+  virtual int Hours() const = 0;
+  virtual int Minutes() const = 0;
+  virtual int Seconds() const = 0;
+  virtual int Milliseconds() const = 0;
+  /// FractionTicks - the fraction of the second in ticks.
+  virtual int FractionTicks() const = 0;
+  virtual long long Ticks() const = 0;
+  virtual double TotalDays() const = 0;
+  virtual double TotalHours() const = 0;
+  virtual double TotalMinutes() const = 0;
+  virtual double TotalSeconds() const = 0;
+  virtual double TotalMilliseconds() const = 0;
+  /// Set - the sum of the parts; false (unchanged) when it overflows.
+  virtual bool Set(int days, int hours, int minutes, int seconds, int milliseconds) = 0;
+  virtual void SetTicks(long long ticks) = 0;
+  virtual QX_CMP CompareTo(const qxTimeSpan* other) const = 0;
+  /// Add, Subtract - this +- other; false (unchanged) on overflow or null.
+  virtual bool Add(const qxTimeSpan* other) = 0;
+  virtual bool Subtract(const qxTimeSpan* other) = 0;
+  /// Negate, Duration - -this and |this|; false for the most negative span.
+  virtual bool Negate() = 0;
+  virtual bool Duration() = 0;
+  /// Multiply, Divide - by a factor, truncated to ticks; false (unchanged)
+  /// for a NaN, a zero divisor or a result out of range.
+  virtual bool Multiply(double factor) = 0;
+  virtual bool Divide(double divisor) = 0;
+  virtual bool Equals(const qxTimeSpan* other) const = 0;
+  /// ToTime - a new qxTime for a span of 0 up to one day less a tick, else
+  /// null.
+  virtual qxTime* ToTime() const = 0;
+  /// Parse - reads text as CreateTimeSpanFromString; false (unchanged) when
+  /// it cannot.
+  virtual bool Parse(const wchar_t* text) = 0;
+  /// Format - "[-]D[.]hh:mm:ss.fffffff" (the time part by `picture`, in
+  /// which each "f" is a fraction digit); `daySeparator` puts "." after the
+  /// days. Minus 90 minutes => "-0.01:30:00.0000000". False when it does
+  /// not fit.
+  virtual bool Format(wchar_t* buffer, unsigned int size, const wchar_t* picture,
+                      bool daySeparator) const = 0;
+  /// Literal - days and the clock literal HHMMSSfffffff (negative parts for
+  /// a negative span); true.
+  virtual bool Literal(int* days, long long* clock) const = 0;
+
+  static QX_CMP Compare(const qxTimeSpan* a, const qxTimeSpan* b);
+};
+
+/// qxTime - a time of day: 00:00:00 to 23:59:59.9999999.
+class qxTime : public QXHeapObject {
+public:
+  virtual ~qxTime();
+  virtual int Hours() const = 0;
+  virtual int Minutes() const = 0;
+  virtual int Seconds() const = 0;
+  virtual int Milliseconds() const = 0;
+  virtual int FractionTicks() const = 0;
+  virtual long long Ticks() const = 0;
+  virtual double TotalHours() const = 0;
+  virtual double TotalMinutes() const = 0;
+  virtual double TotalSeconds() const = 0;
+  virtual double TotalMilliseconds() const = 0;
+  virtual QX_CMP CompareTo(const qxTime* other) const = 0;
+  /// Set, SetTicks - false (unchanged) for a part or a value out of range.
+  virtual bool Set(int hours, int minutes, int seconds, int milliseconds) = 0;
+  virtual bool SetTicks(long long ticks) = 0;
+  /// Add, Subtract - false (unchanged) when the result leaves the day.
+  virtual bool Add(const qxTimeSpan* span) = 0;
+  virtual bool Subtract(const qxTimeSpan* span) = 0;
+  /// Difference - a new span this - other; null when other is null.
+  virtual qxTimeSpan* Difference(const qxTime* other) const = 0;
+  /// ToTimeSpan - a new span: the time since midnight.
+  virtual qxTimeSpan* ToTimeSpan() const = 0;
+  virtual bool Equals(const qxTime* other) const = 0;
+  /// IsBetween - start <= this < end, across midnight when end < start.
+  virtual bool IsBetween(const qxTime* start, const qxTime* end) const = 0;
+  /// Parse - reads text as CreateTimeFromString; false (unchanged) when it
+  /// cannot.
+  virtual bool Parse(const wchar_t* text) = 0;
+  /// OnDate - a new qxDateTime of `date` at this time; null for an invalid
+  /// date.
+  virtual qxDateTime* OnDate(const qxDATE* date) const = 0;
+  /// Literal - (hours * 100 + minutes) * 10^9 + seconds * 10^7 + fraction.
+  virtual long long Literal() const = 0;
+  /// Format - GetTimeFormatW for the system default locale with `picture`
+  /// (24-hour unless it has a "t"; null: the locale's format), each "f"
+  /// then replaced by a fraction digit (seven at most). False when the
+  /// system refuses it or it does not fit.
+  virtual bool Format(wchar_t* buffer, unsigned int size, const wchar_t* picture) const = 0;
+
+  static qxTime* MinValue();
+  static qxTime* MaxValue();
+  static QX_CMP Compare(const qxTime* a, const qxTime* b);
+};
+
+/// qxDateTime - a date and time of day, 1 January 1 00:00 to the last tick
+/// of 31 December 9999.
+class qxDateTime : public QXHeapObject {
+public:
+  virtual ~qxDateTime();
+  virtual int Year() const = 0;
+  virtual int Month() const = 0;
+  virtual int Day() const = 0;
+  virtual int Hours() const = 0;
+  virtual int Minutes() const = 0;
+  virtual int Seconds() const = 0;
+  virtual int Milliseconds() const = 0;
+  virtual int FractionTicks() const = 0;
+  virtual long long Ticks() const = 0;
+  virtual double TotalDays() const = 0;
+  virtual double TotalHours() const = 0;
+  virtual double TotalMinutes() const = 0;
+  virtual double TotalSeconds() const = 0;
+  virtual double TotalMilliseconds() const = 0;
+  /// Date, Time - its own date record and time of day (not copies).
+  virtual const qxDATE* Date() const = 0;
+  virtual const qxTime* Time() const = 0;
+  virtual long DayNumber() const = 0;
+  virtual QX_CMP CompareTo(const qxDateTime* other) const = 0;
+  virtual bool Equals(const qxDateTime* other) const = 0;
+  /// Add, Subtract, AddMonths - false (unchanged) when the result leaves
+  /// the range. AddMonths keeps the day, or the month's last day when the
+  /// month is shorter (31 January + 1 month => 29 February 2024).
+  virtual bool Add(const qxTimeSpan* span) = 0;
+  virtual bool Subtract(const qxTimeSpan* span) = 0;
+  virtual bool AddMonths(int months) = 0;
+  virtual bool SetTicks(long long ticks) = 0;
+  /// Difference - a new span this - other; null when other is null.
+  virtual qxTimeSpan* Difference(const qxDateTime* other) const = 0;
+  /// DayOfWeek - 1 Sunday ... 7 Saturday, as ::DayOfWeek.
+  virtual int DayOfWeek() const = 0;
+  /// DayOfYear - 1..366.
+  virtual int DayOfYear() const = 0;
+  /// TimeOfDay - a new span: the time since midnight.
+  virtual qxTimeSpan* TimeOfDay() const = 0;
+  /// Parse - reads text as CreateDateTimeFromString; false (unchanged) when
+  /// it cannot.
+  virtual bool Parse(const wchar_t* text) = 0;
+  /// Literal - the date literal and the clock literal; true.
+  virtual bool Literal(long* date, long long* clock) const = 0;
+  /// Format - the date by MakeDateStringEx (its failure is the result),
+  /// then, when the buffer has room, a blank and the time by qxTime::Format
+  /// with `timePicture`: always with `withTime`, else only when the time is
+  /// not midnight. False when the time does not fit (the date stays).
+  virtual bool Format(wchar_t* buffer, unsigned int size, short order, const wchar_t* separator1,
+                      const wchar_t* separator2, const wchar_t* timePicture,
+                      bool withTime) const = 0;
+
+  static qxDateTime* MinValue();
+  static qxDateTime* MaxValue();
+  static QX_CMP Compare(const qxDateTime* a, const qxDateTime* b);
+};
+
+/// The factories: a new object, or null for a part out of range, an
+/// invalid date, an overflow or text that cannot be read. Counts in
+/// doubles are multiplied by the unit's ticks and truncated toward zero;
+/// a NaN or a result out of the class's range gives null. Clock literals
+/// are HHMMSSfffffff (hours, minutes, seconds, seven fraction digits).
+qxTimeSpan* CreateTimeSpan(long long ticks);
+qxTimeSpan* CreateTimeSpan(const qxTimeSpan* span);
+qxTimeSpan* CreateTimeSpan(int hours, int minutes, int seconds);
+qxTimeSpan* CreateTimeSpan(int days, int hours, int minutes, int seconds);
+qxTimeSpan* CreateTimeSpan(int days, int hours, int minutes, int seconds, int milliseconds);
+qxTimeSpan* CreateTimeSpanFromDays(double days);
+qxTimeSpan* CreateTimeSpanFromHours(double hours);
+qxTimeSpan* CreateTimeSpanFromMinutes(double minutes);
+qxTimeSpan* CreateTimeSpanFromSeconds(double seconds);
+qxTimeSpan* CreateTimeSpanFromMilliseconds(double milliseconds);
+/// CreateTimeSpanFromLiteral - days plus the clock literal's parts:
+/// (1, 1020304000005) => 1.10:20:30 and 4,000,005 ticks.
+qxTimeSpan* CreateTimeSpanFromLiteral(int days, long long clock);
+/// CreateTimeSpanFromString - [+|-]DDD...HHMMSSfffffff (14 digits or
+/// more), else [-][D.]time as ParseTimeString reads it ("-1.12:30").
+qxTimeSpan* CreateTimeSpanFromString(const wchar_t* text);
+
+qxTime* CreateTime(long long ticks);
+qxTime* CreateTime(const qxTime* time);
+qxTime* CreateTime(int hours, int minutes, int seconds);
+qxTime* CreateTime(int hours, int minutes, int seconds, int milliseconds);
+qxTime* CreateTimeFromHours(double hours);
+qxTime* CreateTimeFromMinutes(double minutes);
+qxTime* CreateTimeFromSeconds(double seconds);
+qxTime* CreateTimeFromMilliseconds(double milliseconds);
+qxTime* CreateTimeFromLiteral(long long clock);
+/// CreateTimeFromString - as ParseTimeString reads it.
+qxTime* CreateTimeFromString(const wchar_t* text);
+/// CreateTimeFromSystemTime - the local time now, to the millisecond.
+qxTime* CreateTimeFromSystemTime();
+
+qxDateTime* CreateDateTime(long long ticks);
+qxDateTime* CreateDateTime(const qxDateTime* dateTime);
+qxDateTime* CreateDateTime(qxDATE* date);
+qxDateTime* CreateDateTime(qxDATE* date, qxTime* time);
+qxDateTime* CreateDateTime(int year, int month, int day);
+qxDateTime* CreateDateTime(int year, int month, int day, int hours, int minutes, int seconds);
+qxDateTime* CreateDateTime(int year, int month, int day, int hours, int minutes, int seconds,
+                           int milliseconds);
+qxDateTime* CreateDateTimeFromDays(double days);
+qxDateTime* CreateDateTimeFromHours(double hours);
+qxDateTime* CreateDateTimeFromMinutes(double minutes);
+qxDateTime* CreateDateTimeFromSeconds(double seconds);
+qxDateTime* CreateDateTimeFromMilliseconds(double milliseconds);
+/// CreateDateTimeFromLiteral - a date literal (20240229) and a clock
+/// literal; records no error.
+qxDateTime* CreateDateTimeFromLiteral(int date, long long clock);
+/// CreateDateTimeFromString - 21 digits (date and clock literals), or a
+/// date as Str2Date reads it, optionally followed by blanks and a time as
+/// ParseTimeString reads it.
+qxDateTime* CreateDateTimeFromString(const wchar_t* text);
+qxDateTime* CreateDateTimeFromSystemTime();
+
+/// ParseTimeString - a time of day: the clock literal (13 digits), or
+/// hours[sep minutes[sep2 seconds]] with the time separators in force
+/// (the date format callback chooses neutral ":" or the locale's), seconds
+/// possibly with a fraction, and an optional AM/PM designator (the
+/// locale's or "am"/"pm") before or after. False for anything else.
+bool ParseTimeString(const wchar_t* text, int* hours, int* minutes, double* seconds);
+
 #endif // QXUTIL_LOCALE_H
