@@ -9,6 +9,8 @@
 #include "locale/date_internal.h"
 #include "platform/time32.h"
 
+#include <array>
+#include <cstdint>
 #include <cwchar>
 
 namespace {
@@ -24,9 +26,19 @@ constexpr int kCycleMonthStart[49] = {0,    31,   61,   92,   122,  153,  184,  
                                       914,  944,  975,  1005, 1036, 1067, 1095, 1126, 1156, 1187,
                                       1217, 1248, 1279, 1309, 1340, 1370, 1401, 1432, 1461};
 
-constexpr long kDaysPer400Years = 146097;
-constexpr long kDaysPer100Years = 36524;
-constexpr long kDaysPer4Years = 1461;
+// kCycleMonthIndex - the month index (0..47) of each day of the four-year
+// cycle, so that finding the month is one look-up.
+constexpr auto kCycleMonthIndex = [] {
+  std::array<uint8_t, 1461> index{};
+  for (int i = 0; i < 48; ++i)
+    for (int d = kCycleMonthStart[i]; d < kCycleMonthStart[i + 1]; ++d)
+      index[d] = static_cast<uint8_t>(i);
+  return index;
+}();
+
+constexpr uint32_t kDaysPer400Years = 146097;
+constexpr uint32_t kDaysPer100Years = 36524;
+constexpr uint32_t kDaysPer4Years = 1461;
 // Days from 1 March of year 0 to 1 January of year 1.
 constexpr long kMarchToJanuary = 306;
 
@@ -135,6 +147,16 @@ long MDY2Days(const qxDATE* date) {
     m += 12;
     y -= 1;
   }
+  if (y >= 0 && m >= 3 && m <= 14) {
+    // The common case, in unsigned 32-bit arithmetic (divisions by
+    // constants become multiplications).
+    uint32_t uy = static_cast<uint32_t>(y);
+    return date->day +
+           static_cast<long>(kDaysPer400Years * (uy / 400) + kDaysPer100Years * (uy % 400 / 100) +
+                             kDaysPer4Years * (uy % 100 / 4) +
+                             kCycleMonthStart[uy % 4 * 12 + static_cast<uint32_t>(m) - 3]) -
+           307;
+  }
   long index = FloorMod(FloorMod(y, 100), 4) * 12 + m - 3;
   if (index < 0 || index > 47) // a month outside 1..12
     return -1;
@@ -153,8 +175,8 @@ bool Days2MDY(long days, qxDATE* date) {
     ReportDateError();
     return false;
   }
-  long r = days + kMarchToJanuary;
-  long year = 400 * (r / kDaysPer400Years);
+  uint32_t r = static_cast<uint32_t>(days + kMarchToJanuary);
+  uint32_t year = 400 * (r / kDaysPer400Years);
   r %= kDaysPer400Years;
   if (r == kDaysPer400Years - 1) { // the leap day that ends a 400-year cycle
     *date = qxDATE{static_cast<int16_t>(year + 400), 2, 29};
@@ -164,15 +186,11 @@ bool Days2MDY(long days, qxDATE* date) {
   r %= kDaysPer100Years;
   year += 4 * (r / kDaysPer4Years);
   r %= kDaysPer4Years;
-  // The month: 30.6 days a month on average, so r / 31 is the index or one
-  // below it.
-  int i = static_cast<int>(r / 31);
-  if (kCycleMonthStart[i + 1] <= r)
-    ++i;
+  uint32_t i = kCycleMonthIndex[r];
   year += (i + 2) / 12;
   date->year = static_cast<int16_t>(year);
   date->month = static_cast<int8_t>((i + 2) % 12 + 1);
-  date->day = static_cast<int8_t>(r - kCycleMonthStart[i] + 1);
+  date->day = static_cast<int8_t>(r - static_cast<uint32_t>(kCycleMonthStart[i]) + 1);
   return true;
 }
 
