@@ -330,36 +330,28 @@ private:
     size_t i = *pi;
     size_t o = *po;
     while (i < limit) {
-      uint8_t b = s[i];
-      if (b < 0x80) {
-        if (limit - i >= 16) {
-          unsigned high = HighBytes16(s + i);
-          if (high == 0) {
-            Widen16(s + i, dst + o);
-            i += 16;
-            o += 16;
-            continue;
-          }
-          // Only the ASCII prefix: a unit past it may not be rewritten later.
-          for (unsigned k = static_cast<unsigned>(std::countr_zero(high)); k != 0; --k) {
-            dst[o++] = s[i++];
-          }
-          continue;
-        }
-        dst[o++] = b;
-        ++i;
+      // All-ASCII blocks of 16 at once; otherwise the characters that start
+      // in the block, one by one (a pair may end past it).
+      if (limit - i >= 16 && HighBytes16(s + i) == 0) {
+        Widen16(s + i, dst + o);
+        i += 16;
+        o += 16;
         continue;
       }
-      const uint16_t* row = rowOf[b];
-      if (row == nullptr) {
-        dst[o++] = decode[b];
-        ++i;
-      } else if (i + 1 < n && s[i + 1] != 0) {
-        dst[o++] = row[s[i + 1]];
-        i += 2;
-      } else { // a lead byte at the end or before a NUL
-        dst[o++] = default_;
-        ++i;
+      size_t end = limit - i >= 16 ? i + 16 : limit;
+      while (i < end) {
+        uint8_t b = s[i];
+        const uint16_t* row = rowOf[b];
+        if (row == nullptr) {
+          dst[o++] = decode[b];
+          ++i;
+        } else if (i + 1 < n && s[i + 1] != 0) {
+          dst[o++] = row[s[i + 1]];
+          i += 2;
+        } else { // a lead byte at the end or before a NUL
+          dst[o++] = default_;
+          ++i;
+        }
       }
     }
     *pi = i;
@@ -651,33 +643,44 @@ private:
   // its length (a one-byte character's second byte is overwritten by the
   // next), which saves a branch per character.
   size_t DbcsSpan(const wchar_t* s, size_t n, char* d) {
+    // Locals, not members: stores through char* could alias them.
+    const uint16_t* hi = hi_;
+    const uint16_t(*blocks)[256] = dbcsBlocks_;
+    const uint16_t fallback = default_.code;
     bool used = false;
     size_t o = 0;
-    for (size_t i = 0; i < n;) {
-      uint32_t u = static_cast<uint32_t>(s[i]);
-      if (u < 0x80 && ascii_ && n - i >= 16) {
-        // The bytes past the ASCII prefix are rewritten by the units after it.
-        unsigned other = NonAscii16(s + i);
+    auto put = [&](uint32_t u) {
+      uint16_t code = u <= 0xFFFF ? blocks[hi[u >> 8]][u & 0xFF] : 0;
+      if (code == 0 && u != 0) [[unlikely]] {
+        used = true;
+        code = fallback;
+      }
+      bool two = code > 0xFF;
+      d[o] = static_cast<char>(two ? code >> 8 : code);
+      d[o + 1] = static_cast<char>(code & 0xFF);
+      o += two ? 2 : 1;
+    };
+    // Blocks of 16 while a unit follows them (it rewrites the last spare byte).
+    size_t i = 0;
+    for (; n - i > 16; i += 16) {
+      if (ascii_ && NonAscii16(s + i) == 0) {
         Narrow16(s + i, d + o);
-        unsigned k = other == 0 ? 16 : static_cast<unsigned>(std::countr_zero(other));
-        i += k;
-        o += k;
+        o += 16;
         continue;
       }
-      uint16_t code = Code(u, &used);
-      bool two = code > 0xFF;
-      if (i + 1 < n) {
-        d[o] = static_cast<char>(two ? code >> 8 : code);
-        d[o + 1] = static_cast<char>(code & 0xFF);
-        o += two ? 2 : 1;
-      } else {
-        if (two) {
-          d[o++] = static_cast<char>(code >> 8);
-        }
-        d[o++] = static_cast<char>(code & 0xFF);
+      for (size_t k = i; k < i + 16; ++k) {
+        put(static_cast<uint32_t>(s[k]));
       }
-      ++i;
     }
+    for (; i + 1 < n; ++i) {
+      put(static_cast<uint32_t>(s[i]));
+    }
+    // The last unit: no spare byte.
+    uint16_t code = Code(static_cast<uint32_t>(s[i]), &used);
+    if (code > 0xFF) {
+      d[o++] = static_cast<char>(code >> 8);
+    }
+    d[o++] = static_cast<char>(code & 0xFF);
     usedDefault_ |= used;
     return o;
   }
