@@ -35,99 +35,141 @@ namespace {
 constexpr int kMalformedPatternError = 61;
 constexpr int kMalformedPatternResource = 19;
 
-// What ends a segment.
-enum class SegmentEnd { kPercent, kPatternEnd, kBadEscape };
+bool Malformed() {
+  qx::ReportError(eErrorLevelError, kMalformedPatternResource, kMalformedPatternError);
+  return false;
+}
 
-// Segment - a run of literal and "_" tokens of the pattern.
-struct Segment {
-  const wchar_t* begin = nullptr; // its first pattern unit
-  size_t length = 0;              // its tokens, i.e. the subject units it takes
-  bool plain = true;              // no escape and no "_": the units are the literals
-  wchar_t first = 0;              // the first token's literal; 0 for "_" or none
-  SegmentEnd end = SegmentEnd::kPatternEnd;
-  const wchar_t* next = nullptr; // the pattern after the "%" that ends it
+// How a walk over one segment stopped.
+enum class Stop {
+  kPercent,   // every token matched and a "%" follows
+  kEnd,       // every token matched and the pattern ends
+  kBadEscape, // every token matched and a malformed escape follows
+  kMismatch,  // a token did not match
 };
 
-class Pattern {
+struct Walk {
+  Stop stop;
+  const wchar_t* next; // kPercent: the pattern after the "%"
+  size_t length;       // subject units matched
+};
+
+// Matcher - Like for one escape unit (kEscape: there is one, `esc`, never
+// 0). With an escape of "%" or "_" that unit is always read as the escape,
+// so the wildcard it stands for does not occur.
+template <bool kEscape> class Matcher {
 public:
-  explicit Pattern(wchar_t escape) : escape_(escape) {}
+  explicit Matcher(wchar_t esc) : esc_(esc) {}
 
-  /// Read - the segment starting at `p`.
-  Segment Read(const wchar_t* p) const {
-    Segment seg;
-    seg.begin = p;
-    for (;; ++seg.length) {
-      wchar_t c = *p, literal = c;
-      if (escape_ && c == escape_) {
-        wchar_t after = p[1];
-        if (after != L'%' && after != L'_' && after != escape_) {
-          seg.end = SegmentEnd::kBadEscape;
-          return seg;
-        }
-        seg.plain = false;
-        literal = after;
-        p += 2;
-      } else if (c == 0) {
-        seg.end = SegmentEnd::kPatternEnd;
-        return seg;
-      } else if (c == L'%') {
-        seg.end = SegmentEnd::kPercent;
-        seg.next = p + 1;
-        return seg;
-      } else {
-        if (c == L'_') {
-          seg.plain = false;
-          literal = 0;
-        }
-        ++p;
-      }
-      if (seg.length == 0)
-        seg.first = literal;
-    }
-  }
-
-  /// MatchAt - whether the segment matches the units at `s`. A literal is
-  /// never 0, so the subject's terminator stops the comparison.
-  bool MatchAt(const Segment& seg, const wchar_t* s) const {
-    const wchar_t* p = seg.begin;
-    if (seg.plain) {
-      for (size_t i = 0; i < seg.length; ++i)
-        if (s[i] != p[i])
-          return false;
+  bool Run(const wchar_t* s, const wchar_t* p, bool* match) const {
+    // The segment before the first "%" is anchored at the start.
+    Walk w = WalkSegment(p, s);
+    switch (w.stop) {
+    case Stop::kMismatch:
       return true;
+    case Stop::kEnd:
+      *match = s[w.length] == 0;
+      return true;
+    case Stop::kBadEscape:
+      return Malformed();
+    case Stop::kPercent:
+      break;
     }
-    for (size_t i = 0; i < seg.length; ++i) {
-      wchar_t c = *p++;
-      if (escape_ && c == escape_)
-        c = *p++;
-      else if (c == L'_') {
-        if (!s[i])
-          return false;
-        continue;
+    s += w.length;
+    p = w.next;
+    for (;;) {
+      unsigned int run = 1; // "%" tokens before the next segment
+      for (; IsPercent(p); ++p)
+        ++run;
+      if (*p == 0) { // a trailing run; two or more need a unit left over
+        *match = run == 1 || *s != 0;
+        return true;
       }
-      if (s[i] != c)
-        return false;
+      if (IsBadEscape(p)) // read unless the run is at the end of the subject
+        return *s == 0 ? true : Malformed();
+      // A non-empty segment: its leftmost occurrence at or after s.
+      const wchar_t* at = Find(p, s, &w);
+      if (!at)
+        return true;
+      switch (w.stop) {
+      case Stop::kBadEscape:
+        return Malformed();
+      case Stop::kEnd: {
+        // The last segment must end the subject; it fits at or after `at`.
+        const wchar_t* last = at + std::wcslen(at + w.length);
+        *match = last == at || WalkSegment(p, last).stop == Stop::kEnd;
+        return true;
+      }
+      default:
+        s = at + w.length;
+        p = w.next;
+      }
     }
-    return true;
-  }
-
-  /// Find - the leftmost position at or after `s` where the (non-empty)
-  /// segment matches; null if none.
-  const wchar_t* Find(const Segment& seg, const wchar_t* s) const {
-    if (seg.first) {
-      for (; (s = std::wcschr(s, seg.first)) != nullptr; ++s)
-        if (MatchAt(seg, s))
-          return s;
-      return nullptr;
-    }
-    for (; *s; ++s)
-      if (MatchAt(seg, s))
-        return s;
-    return nullptr;
   }
 
 private:
-  wchar_t escape_; // 0: no escape
+  bool IsPercent(const wchar_t* p) const { return *p == L'%' && (!kEscape || esc_ != L'%'); }
+
+  bool IsBadEscape(const wchar_t* p) const {
+    return kEscape && *p == esc_ && p[1] != L'%' && p[1] != L'_' && p[1] != esc_;
+  }
+
+  bool IsAnyOne(const wchar_t* p) const { return *p == L'_' && (!kEscape || esc_ != L'_'); }
+
+  // Find - the leftmost position at or after s where the non-empty segment
+  // at p matches (*w: how), or null. Candidates are found with wcschr on
+  // the segment's first literal, after the "_" tokens that lead it.
+  const wchar_t* Find(const wchar_t* p, const wchar_t* s, Walk* w) const {
+    size_t lead = 0;
+    const wchar_t* q = p;
+    for (; IsAnyOne(q); ++q)
+      ++lead;
+    wchar_t literal = 0;
+    if (kEscape && *q == esc_)
+      literal = IsBadEscape(q) ? 0 : q[1];
+    else if (*q != L'%')
+      literal = *q; // 0 at the end of the pattern
+    if (!literal) {
+      for (; *s; ++s)
+        if ((*w = WalkSegment(p, s)).stop != Stop::kMismatch)
+          return s;
+      return nullptr;
+    }
+    for (size_t i = 0; i < lead; ++i)
+      if (!s[i])
+        return nullptr;
+    for (const wchar_t* hit = s + lead; (hit = std::wcschr(hit, literal)) != nullptr; ++hit)
+      if ((*w = WalkSegment(p, hit - lead)).stop != Stop::kMismatch)
+        return hit - lead;
+    return nullptr;
+  }
+
+  // WalkSegment - compares the tokens from p with the units from s up to
+  // the end of the segment. A literal is never 0, so the subject's
+  // terminator stops the comparison.
+  Walk WalkSegment(const wchar_t* p, const wchar_t* s) const {
+    const wchar_t* const start = s;
+    for (;; ++p, ++s) {
+      const wchar_t c = *p;
+      if (kEscape && c == esc_) {
+        if (IsBadEscape(p))
+          return {Stop::kBadEscape, nullptr, static_cast<size_t>(s - start)};
+        if (*s != *++p)
+          return {Stop::kMismatch, nullptr, 0};
+        continue;
+      }
+      if (c == *s && c != 0 && c != L'%' && c != L'_')
+        continue; // the common case: an equal literal
+      if (c == L'%')
+        return {Stop::kPercent, p + 1, static_cast<size_t>(s - start)};
+      if (c == 0)
+        return {Stop::kEnd, nullptr, static_cast<size_t>(s - start)};
+      if (c != L'_' || *s == 0)
+        return {Stop::kMismatch, nullptr, 0};
+    }
+  }
+
+  wchar_t esc_;
 };
 
 } // namespace
@@ -138,45 +180,8 @@ bool Like(const wchar_t* subject, const wchar_t* pattern, const wchar_t* escape,
   *match = false;
   if (!subject || !pattern)
     return false;
-  const Pattern pat(escape ? escape[0] : 0);
-  const wchar_t* s = subject; // where the next segment may start
-  const wchar_t* p = pattern;
-  bool afterPercent = false; // a "%" has been read
-  unsigned int run = 0;      // "%" tokens since the last non-empty segment
-  for (;;) {
-    Segment seg = pat.Read(p);
-    if (seg.length > 0) {
-      if (!afterPercent) {
-        if (!pat.MatchAt(seg, s))
-          return true;
-        s += seg.length;
-      } else if (seg.end == SegmentEnd::kPatternEnd) {
-        size_t left = std::wcslen(s);
-        *match = left >= seg.length && pat.MatchAt(seg, s + (left - seg.length));
-        return true;
-      } else {
-        s = pat.Find(seg, s);
-        if (!s)
-          return true;
-        s += seg.length;
-      }
-      run = 0;
-    }
-    switch (seg.end) {
-    case SegmentEnd::kPercent:
-      afterPercent = true;
-      ++run;
-      p = seg.next;
-      break;
-    case SegmentEnd::kPatternEnd:
-      *match = run == 0 ? *s == 0 : (run == 1 || *s != 0);
-      return true;
-    case SegmentEnd::kBadEscape:
-      // After a run of "%" at the end of the subject nothing more is read.
-      if (run > 0 && *s == 0)
-        return true;
-      qx::ReportError(eErrorLevelError, kMalformedPatternResource, kMalformedPatternError);
-      return false;
-    }
-  }
+  const wchar_t esc = escape ? escape[0] : 0;
+  if (esc)
+    return Matcher<true>(esc).Run(subject, pattern, match);
+  return Matcher<false>(0).Run(subject, pattern, match);
 }

@@ -11,7 +11,9 @@ namespace {
 // after that by shifting it right over the content's last unit.
 void QuoteInPlace(wchar_t* s, unsigned int size, wchar_t quote) {
   size_t room = size - 3;
-  size_t len = wcsnlen(s, room);
+  size_t len = 0; // read no further than the room
+  while (len < room && s[len])
+    ++len;
   std::wmemmove(s + 1, s, len);
   s[0] = quote;
   room -= len;
