@@ -9,5 +9,11 @@ show --help
 show charsets
 show message "Cannot open ^0 (^1 blocks, 100^^ sure)" roads.dat 512
 show like "Riverside Drive 12" "River%Drive __"
+echo "# samples/roads-cp1252.txt is Windows Latin 1 with CR LF line ends:"
+od -c samples/roads-cp1252.txt | sed -n 3,4p
+echo
+show convert --from WindowsLatin1 --to UTF-8 --line-ends lf samples/roads-cp1252.txt
+show convert --from WindowsLatin1 --to CodePage437 samples/roads-cp1252.txt /tmp/roads-cp437.txt
+show convert --from XASCII --to UTF-8 /tmp/roads-cp437.txt
 show date --locale de-DE 5.3.24 20240229 31.2.2024
 show date --locale en-US --format "dddd, MMMM d, yyyy" 3/5/2024
