@@ -83,13 +83,9 @@ TEST(ConvertLFToPlatformCRLF, CRLFSystem) {
     std::wstring in;
     Result expected;
   } cases[] = {
-      {L"a\nb", L"a\r\nb"},
-      {L"abc", std::nullopt},
-      {L"", std::nullopt},
+      {L"a\nb", L"a\r\nb"},   {L"abc", std::nullopt},         {L"", std::nullopt},
       {L"a\r\nb", L"a\r\nb"}, // already right: still a new buffer
-      {L"\r", L"\r\n"},
-      {L"\n\r\n\r", L"\r\n\r\n\r\n"},
-      {L"\r\r\n\n", L"\r\n\r\n\r\n"},
+      {L"\r", L"\r\n"},       {L"\n\r\n\r", L"\r\n\r\n\r\n"}, {L"\r\r\n\n", L"\r\n\r\n\r\n"},
   };
   InUSEnglish([&] {
     for (Case& c : cases)

@@ -269,9 +269,9 @@ TEST(IsStrConvertNecessary, Cases) {
     int from, to;
     bool expected;
   } cases[] = {
-      {10, 0, false},  {0, 10, false}, {10, 10, false}, {10, 34, true},  {1, 56, true},
-      {56, 1, true},   {57, 1, false}, {1, 57, false},  {-1, 1, false},  {17, 19, true},
-      {21, 21, false}, {0, 0, false},
+      {10, 0, false}, {0, 10, false}, {10, 10, false}, {10, 34, true},
+      {1, 56, true},  {56, 1, true},  {57, 1, false},  {1, 57, false},
+      {-1, 1, false}, {17, 19, true}, {21, 21, false}, {0, 0, false},
   };
   for (const Case& c : cases)
     EXPECT_EQ(IsStrConvertNecessary(Cs(c.from), Cs(c.to)), c.expected) << c.from << "," << c.to;

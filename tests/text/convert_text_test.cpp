@@ -48,7 +48,10 @@ TEST(ConvertMBCSCharToSystem, Cases) {
       {kEnglishUS, "\xE9", 1, 1, 4, true, std::wstring(L"\u00e9\0", 2)},  // 28591
       {kEnglishUS, "\xC0", 1, 13, 4, true, std::wstring(L"\u0410\0", 2)}, // 1251
       {kJapanese, "\x82\xA0", 2, 0, 4, true, std::wstring(L"\u3042\0", 2)},
-      {kEnglishUS, "\x82\xA0" "a", 3, 19, 4, true, std::wstring(L"\u3042a\0", 3)},
+      {kEnglishUS,
+       "\x82\xA0"
+       "a",
+       3, 19, 4, true, std::wstring(L"\u3042a\0", 3)},
       {kEnglishUS, "a\x82", 2, 19, 4, true, std::wstring(L"a\u30fb\0", 3)}, // cut pair
       {kEnglishUS, "\xA4\x40", 2, 17, 4, true, std::wstring(L"\u4e00\0", 2)},
       {kEnglishUS, "\xB0\xA1", 2, 20, 4, true, std::wstring(L"\uac00\0", 2)},
@@ -103,8 +106,8 @@ TEST(ConvertSystemToMBCSChar, Cases) {
       {kEnglishUS, L"caf\u00e9", 10, 16, false, true, std::string("caf\xE9\0", 5)},
       {kEnglishUS, L"e\u0301", 10, 16, false, true, std::string("\xE9\0", 2)}, // composed
       {kEnglishUS, L"\u20ac", 10, 16, false, true, std::string("\x80\0", 2)},
-      {kEnglishUS, L"\u4e00", 10, 16, false, true, std::string("?\0", 2)}, // the page's '?'
-      {kEnglishUS, L"\uff21", 10, 16, false, true, std::string("A\0", 2)}, // best fit
+      {kEnglishUS, L"\u4e00", 10, 16, false, true, std::string("?\0", 2)},    // the page's '?'
+      {kEnglishUS, L"\uff21", 10, 16, false, true, std::string("A\0", 2)},    // best fit
       {kEnglishUS, L"\u00e9", 34, 16, false, true, std::string("\x82\0", 2)}, // OEM 437
       {kEnglishUS, L"\u00e9", 0, 16, false, true, std::string("\xE9\0", 2)},  // ANSI 1252
       {kEnglishUS, L"\u3042", 19, 16, false, true, std::string("\x82\xA0\0", 3)},
@@ -148,14 +151,16 @@ TEST(ConvertSystemToMBCSChar, Cases) {
 // The conversion must equal the platform call with WC_COMPOSITECHECK, with
 // and without nonspacing marks in the text.
 TEST(ConvertSystemToMBCSChar, SameAsTheCompositeCheckCall) {
-  const wchar_t pool[] = {L'a',     L'e',     L'Z',     L' ',     L'\u00e9', L'\u0301',
+  const wchar_t pool[] = {L'a',      L'e',      L'Z',      L' ',      L'\u00e9', L'\u0301',
                           L'\u0300', L'\u0308', L'\u20ac', L'\u3042', L'\u3099', L'\u4e00',
                           L'\uff21', L'\u0152', L'\u05b4', L'\u0e31', L'\u2026', L'\u00a0'};
   struct Page {
     QXCHARSET cs;
     UINT cp;
-  } pages[] = {{QXCHARSET_WINDOWS_LATIN1, 1252}, {QXCHARSET_WINDOWS_JAPANESE, 932},
-               {QXCHARSET_WINDOWS_VIETNAMESE, 1258}, {QXCHARSET_WINDOWS_HEBREW, 1255},
+  } pages[] = {{QXCHARSET_WINDOWS_LATIN1, 1252},
+               {QXCHARSET_WINDOWS_JAPANESE, 932},
+               {QXCHARSET_WINDOWS_VIETNAMESE, 1258},
+               {QXCHARSET_WINDOWS_HEBREW, 1255},
                {QXCHARSET_WINDOWS_THAI, 874}};
   InLocale(kEnglishUS, [&] {
     std::mt19937 rng(7);
@@ -194,7 +199,8 @@ TEST(ConvertRoundTrip, EverySingleBytePage) {
         char back[4];
         std::fill(std::begin(back), std::end(back), kByteSentinel);
         ASSERT_TRUE(ConvertSystemToMBCSChar(wide, back, cs, 4, false));
-        EXPECT_EQ(static_cast<unsigned char>(back[0]), b) << v << " U+" << std::hex << static_cast<unsigned>(wide[0]);
+        EXPECT_EQ(static_cast<unsigned char>(back[0]), b)
+            << v << " U+" << std::hex << static_cast<unsigned>(wide[0]);
         EXPECT_EQ(back[1], 0);
         EXPECT_EQ(back[2], kByteSentinel);
         ++mapped;
@@ -260,8 +266,8 @@ TEST(ConvertWideCharToSystem, Cases) {
   } cases[] = {
       {L"abc", 3, 8, true, std::wstring(L"abc\0\0\0\0\0", 8)}, // strcpyn zero-fills
       {L"abc", 3, 4, true, std::wstring(L"abc\0", 4)},
-      {L"abc", 3, 3, false, L"abc"},                           // wcsncpy, no terminator
-      {L"abcdef", 2, 4, true, std::wstring(L"abc\0", 4)},       // srcLen only decides
+      {L"abc", 3, 3, false, L"abc"},                      // wcsncpy, no terminator
+      {L"abcdef", 2, 4, true, std::wstring(L"abc\0", 4)}, // srcLen only decides
       {L"ab", 5, 4, false, std::wstring(L"ab\0\0", 4)},
       {L"abc", 0, 0, false, L""},
       {nullptr, 0, 3, true, std::wstring(L"\0\0\0", 3)},
