@@ -1,0 +1,79 @@
+// Random input into the conversions: bytes into ConvertMBCSCharToSystem for
+// each double-byte member (bad lead and trail bytes, cut sequences) and a
+// single-byte one, random units into ConvertSystemToMBCSChar, with every
+// buffer size from 0 to a small bound; the bytes past each size must stay
+// untouched (dstLen + 1 units for the wide side).
+#include "qxutil/text.h"
+#include "qxutil/winlocale.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr unsigned int kMaxSize = 24;
+constexpr QXCHARSET kMembers[] = {QXCHARSET_WINDOWS_TRAD_CHINESE,
+                                  QXCHARSET_WINDOWS_SIMP_CHINESE,
+                                  QXCHARSET_WINDOWS_JAPANESE,
+                                  QXCHARSET_WINDOWS_KOREAN,
+                                  QXCHARSET_WINDOWS_LATIN1,
+                                  QXCHARSET_MAC_ROMAN,
+                                  QXCHARSET_NEUTRAL,
+                                  QXCHARSET_CODEPAGE_437};
+
+void Check(bool ok) {
+  if (!ok)
+    std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool pinned = SetThreadLocale(1041) != 0; // system page 932
+  (void)pinned;
+  if (size < 1)
+    return 0;
+  QXCHARSET cs = kMembers[data[0] % (sizeof kMembers / sizeof kMembers[0])];
+  const char* bytes = reinterpret_cast<const char*>(data + 1);
+  size_t n = size - 1;
+
+  // Bytes => wide, every size: nothing written past dstLen + 1 units.
+  for (unsigned int len = 0; len <= kMaxSize; ++len) {
+    std::vector<wchar_t> dst(kMaxSize + 4, 0x5A5A);
+    ConvertMBCSCharToSystem(bytes, static_cast<unsigned int>(n), cs, dst.data(), len);
+    for (size_t i = len + 1; i < dst.size(); ++i)
+      Check(dst[i] == 0x5A5A);
+  }
+
+  // Units => bytes: the input read as 16-bit units (the library's range).
+  std::vector<wchar_t> wide;
+  for (size_t i = 0; i + 1 < n; i += 2) {
+    wchar_t u = static_cast<wchar_t>(data[1 + i] | data[2 + i] << 8);
+    if (u != 0)
+      wide.push_back(u);
+  }
+  wide.push_back(0);
+  for (unsigned int len = 0; len <= kMaxSize; ++len) {
+    for (bool truncate : {false, true}) {
+      std::vector<char> dst(kMaxSize + 4, '\x5A');
+      ConvertSystemToMBCSChar(wide.data(), dst.data(), cs, len, truncate);
+      for (size_t i = len; i < dst.size(); ++i)
+        Check(dst[i] == '\x5A');
+    }
+  }
+
+  // The byte tables and the line-end rewriters on the same input.
+  int count = 0;
+  unsigned char* table = nullptr;
+  if (n >= 2 && ConvertCharset(static_cast<QXCHARSET>(data[1] % 58),
+                               static_cast<QXCHARSET>(data[2 % size] % 58), &count, &table))
+    Check(table[0] == '_');
+  if (wchar_t* out = ConvertPlatformCRLFToLF(wide.data()))
+    ffree(&out);
+  if (wchar_t* out = ConvertLFToPlatformCRLF(wide.data()))
+    ffree(&out);
+  return 0;
+}
