@@ -202,7 +202,8 @@ TEST(TimeSpan, Arithmetic) {
   ASSERT_TRUE(t);
   EXPECT_EQ(t->Hours(), 1);
   EXPECT_FALSE(Own(b->ToTime()));
-  EXPECT_FALSE(Own(CreateTimeSpan(kDay)->ToTime()));
+  auto day = Own(CreateTimeSpan(kDay));
+  EXPECT_FALSE(Own(day->ToTime()));
 }
 
 TEST(Compare, NullsAndOrder) {

@@ -1,0 +1,68 @@
+// Fuzz target for the date readers: Str2Date and Str2DateEx on random text
+// in several locales and date settings. Checks that a success stores a
+// valid date and a failure the null date, and that Str2DateEx's end
+// pointer is null on failure and otherwise within the text or one past its
+// terminator.
+#include "locale/date_order_override.h"
+#include "platform/time32.h"
+#include "qxutil/locale.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cwchar>
+#include <vector>
+
+namespace {
+
+void Check(bool ok) {
+  if (!ok)
+    std::abort();
+}
+
+bool Neutral() { return true; }
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size < 1)
+    return 0;
+  static const LCID kLocales[] = {1033, 1031, 1041, 1036};
+  static bool once = [] {
+    qx::platform::TimeSource source{1773576000, 0, 0}; // 15 March 2026
+    qx::platform::SetThreadTimeSource(&source);
+    return true;
+  }();
+  (void)once;
+  uint8_t mode = data[0];
+  SetThreadLocale(kLocales[mode % 4]);
+  SetDateFormatCallback((mode & 4) ? Neutral : nullptr);
+  // The text: pairs of bytes as units, mostly ASCII.
+  std::vector<wchar_t> text;
+  for (size_t i = 1; i + 1 < size + 1; i += 2) {
+    wchar_t c = (mode & 8) && i + 1 < size ? static_cast<wchar_t>(data[i] | data[i + 1] << 8)
+                                           : static_cast<wchar_t>(data[i]);
+    if (c != 0)
+      text.push_back(c);
+  }
+  text.push_back(0);
+  const wchar_t* s = text.data();
+  size_t length = text.size() - 1;
+
+  qxDATE d{1, 1, 1};
+  if (Str2Date(s, &d))
+    Check(IsValidDate(&d));
+  else
+    Check(NullDate(&d) && d.year == 0);
+
+  wchar_t* end = reinterpret_cast<wchar_t*>(&d);
+  if (Str2DateEx(s, &d, &end)) {
+    Check(IsValidDate(&d));
+    Check(end >= s && end <= s + length + 1);
+  } else {
+    Check(NullDate(&d) && end == nullptr);
+  }
+  if (Str2DateEx(s, &d, nullptr))
+    Check(IsValidDate(&d));
+  ClearErrors();
+  return 0;
+}
