@@ -57,10 +57,20 @@ wchar_t* DoubleToString(double value, wchar_t* buffer, unsigned int size, bool f
     return buffer;
   if (precision == -1)
     precision = format == PRINTF_G ? qx::number::AutomaticPrecision(value) : 6;
-  wchar_t work[kWorkSize];
-  qx::crt::FormatDouble(work, kWorkSize, Conversion(format), width == -1 ? 0 : width, precision,
-                        value);
-  qx::number::Neutralise(work, buffer, size);
+  const char conversion = Conversion(format);
+  const int field = width == -1 ? 0 : width;
+  const bool neutral = qx::number::RuntimeLocaleIsNeutral();
+  int length = -1;
+  if (neutral) // straight into the caller's buffer when the text fits
+    length = qx::crt::FormatDouble(buffer, size, conversion, field, precision, value, L'.');
+  if (length >= 0) {
+    std::wmemset(buffer + length + 1, 0, size - static_cast<unsigned int>(length) - 1);
+  } else {
+    wchar_t work[kWorkSize];
+    qx::crt::FormatDouble(work, kWorkSize, conversion, field, precision, value,
+                          qx::number::RuntimePoint(neutral));
+    qx::number::Neutralise(work, buffer, size, neutral);
+  }
   if (forUI)
     FormatNumberForUI(buffer, size);
   return buffer;
@@ -76,8 +86,9 @@ wchar_t* CoordinateToString(double value, wchar_t* buffer, unsigned int size) {
     return buffer;
   wchar_t work[kWorkSize];
   wchar_t text[kWorkSize];
-  qx::crt::FormatDouble(work, kWorkSize, 'f', 0, 12, value);
-  qx::number::Neutralise(work, text, 30);
+  const bool neutral = qx::number::RuntimeLocaleIsNeutral();
+  qx::crt::FormatDouble(work, kWorkSize, 'f', 0, 12, value, qx::number::RuntimePoint(neutral));
+  qx::number::Neutralise(work, text, 30, neutral);
   if (std::wcschr(text, L'.')) {
     size_t length = std::wcslen(text);
     while (length > 0 && text[length - 1] == L'0')
@@ -110,8 +121,10 @@ void DoubleToDBString(wchar_t* buffer, int width, int decimals, double value) {
   if (decimals == -1)
     decimals = 6;
   wchar_t work[kWorkSize];
-  qx::crt::FormatDouble(work, kWorkSize, 'f', width, decimals, value);
-  qx::number::Neutralise(work, buffer, static_cast<unsigned int>(width) + 1);
+  const bool neutral = qx::number::RuntimeLocaleIsNeutral();
+  qx::crt::FormatDouble(work, kWorkSize, 'f', width, decimals, value,
+                        qx::number::RuntimePoint(neutral));
+  qx::number::Neutralise(work, buffer, static_cast<unsigned int>(width) + 1, neutral);
 }
 
 bool EqualDoubles(double a, double b, SIGNIFICANTDIGITS digits) {

@@ -29,10 +29,13 @@ void SeparatorsInForce(wchar_t* decimal, wchar_t* thousands, short* group);
 /// values.
 int AutomaticPrecision(double value);
 
+/// RuntimePoint - the runtime's decimal point: "." in the neutral locale.
+wchar_t RuntimePoint(bool neutral);
+
 /// Neutralise - the runtime's printf text made canonical into `out` (at most
-/// `size` units): in a runtime locale other than "C" through
-/// DeformatNumberFromUI, else a bounded copy.
-void Neutralise(const wchar_t* text, wchar_t* out, unsigned int size);
+/// `size` units): in a runtime locale other than "C" (`neutral` false)
+/// through DeformatNumberFromUI, else a bounded copy.
+void Neutralise(const wchar_t* text, wchar_t* out, unsigned int size, bool neutral);
 
 } // namespace qx::number
 

@@ -167,7 +167,7 @@ bool StringToDouble(const wchar_t* text, double* result, wchar_t** end) {
   if (qx::number::RuntimeLocaleIsNeutral()) {
     wchar_t* stop = nullptr;
     errno = 0;
-    double value = qx::crt::wcstod(text, &stop);
+    double value = qx::crt::WcstodWithPoint(text, &stop, L'.');
     return Converted(text, stop, value, result, end, true, [](double) { return true; });
   }
   *result = 0.0;

@@ -12,17 +12,28 @@
 #include "platform/crt_number.h"
 #include "qxutil/text.h"
 
+#include <atomic>
 #include <cstring>
 #include <cwchar>
 
 namespace {
 
 // The library's locale critical section: held only while the runtime's
-// locale name is read.
-QXGuard& NumberLocaleGuard() {
-  static QXGuard guard;
-  return guard;
-}
+// locale name is read, which takes a few nanoseconds, so it spins. It sits
+// on the path of every number conversion.
+class LocaleSection {
+public:
+  void Lock() {
+    while (busy_.test_and_set(std::memory_order_acquire))
+      __builtin_ia32_pause();
+  }
+  void Unlock() { busy_.clear(std::memory_order_release); }
+
+private:
+  std::atomic_flag busy_ = ATOMIC_FLAG_INIT;
+};
+
+LocaleSection gLocaleSection;
 
 bool AllDigits(const wchar_t* from, const wchar_t* to) {
   for (const wchar_t* p = from; p < to; ++p)
@@ -36,14 +47,13 @@ bool AllDigits(const wchar_t* from, const wchar_t* to) {
 namespace qx::number {
 
 bool RuntimeLocaleIsNeutral() {
-  char name[4];
-  size_t length;
-  {
-    QXGuardLock hold(&NumberLocaleGuard());
-    length = qx::platform::CrtNumericLocaleName(name, sizeof name);
-  }
-  return length == 1 && name[0] == 'C';
+  gLocaleSection.Lock();
+  const bool neutral = qx::platform::CrtNumericLocaleIsC();
+  gLocaleSection.Unlock();
+  return neutral;
 }
+
+wchar_t RuntimePoint(bool neutral) { return neutral ? L'.' : qx::platform::CrtDecimalPoint(); }
 
 void SeparatorsInForce(wchar_t* decimal, wchar_t* thousands, short* group) {
   bool (*callback)() = GetNumberFormatCallback();
@@ -54,8 +64,8 @@ void SeparatorsInForce(wchar_t* decimal, wchar_t* thousands, short* group) {
   GetQXLocaleNumInfo(system, decimal, thousands, group);
 }
 
-void Neutralise(const wchar_t* text, wchar_t* out, unsigned int size) {
-  if (RuntimeLocaleIsNeutral()) {
+void Neutralise(const wchar_t* text, wchar_t* out, unsigned int size, bool neutral) {
+  if (neutral) {
     strcpyn(out, text, size);
     return;
   }

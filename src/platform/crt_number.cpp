@@ -9,7 +9,6 @@
 #include <charconv>
 #include <clocale>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <locale.h>
@@ -98,8 +97,8 @@ IntegerScan ScanInteger(const wchar_t* text, wchar_t** end, int radix, uint64_t 
 
 // ---- Runtime numeric locale ------------------------------------------------
 
-thread_local const char* tOverrideName = nullptr;
-thread_local wchar_t tOverridePoint = L'.';
+__thread const char* tOverrideName __attribute__((tls_model("initial-exec"))) = nullptr;
+__thread wchar_t tOverridePoint __attribute__((tls_model("initial-exec"))) = L'.';
 
 // The "C" locale, for the conversions glibc does on our behalf.
 locale_t CLocale() {
@@ -114,11 +113,29 @@ bool IsAsciiSpace(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 // GlibcWcstod - glibc's conversion in the "C" locale (the reference).
 double GlibcWcstod(const wchar_t* text, wchar_t** end) { return wcstod_l(text, end, CLocale()); }
 
+bool IsAsciiDigit(wchar_t c) { return static_cast<uint32_t>(c) - L'0' < 10; }
+
+// CopyDigits - appends the run of ASCII digits at `p` to buf[*n]; false when
+// more than `room` would be needed.
+bool CopyDigits(const wchar_t*& p, char* buf, size_t* n, size_t room) {
+  const wchar_t* q = p;
+  while (IsAsciiDigit(*q))
+    ++q;
+  size_t count = static_cast<size_t>(q - p);
+  if (*n + count > room)
+    return false;
+  for (size_t i = 0; i < count; ++i)
+    buf[*n + i] = static_cast<char>(p[i]);
+  *n += count;
+  p = q;
+  return true;
+}
+
 // FastWcstod - plain decimal text ([space][sign]digits[.digits][e[sign]digits])
 // through std::from_chars; false when the text or its value needs glibc.
 bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
   constexpr size_t kMax = 400;
-  char buf[kMax];
+  char buf[kMax + 8]; // the point, 'e' and '-' come on top of kMax digits
   size_t n = 0;
   const wchar_t* p = text;
   while (IsAsciiSpace(*p))
@@ -128,45 +145,29 @@ bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
     negative = *p++ == L'-';
   if (p[0] == L'0' && (p[1] == L'x' || p[1] == L'X'))
     return false; // hexadecimal
-  bool digits = false, nonzero = false;
-  for (; *p >= L'0' && *p <= L'9'; ++p) {
-    if (n == kMax)
-      return false;
-    digits = true;
-    nonzero |= *p != L'0';
-    buf[n++] = static_cast<char>(*p);
-  }
+  if (!CopyDigits(p, buf, &n, kMax))
+    return false;
+  bool point = false;
   if (*p == L'.') {
-    if (n == kMax)
-      return false;
+    point = true;
     buf[n++] = '.';
-    for (++p; *p >= L'0' && *p <= L'9'; ++p) {
-      if (n == kMax)
-        return false;
-      digits = true;
-      nonzero |= *p != L'0';
-      buf[n++] = static_cast<char>(*p);
-    }
+    ++p;
+    if (!CopyDigits(p, buf, &n, kMax))
+      return false;
   }
-  if (!digits)
-    return false; // nothing, hexadecimal, inf or nan: glibc decides
+  const size_t mantissaLength = n;
+  if (n == (point ? 1u : 0u))
+    return false; // no digit: nothing, inf or nan; glibc decides
   if (*p == L'e' || *p == L'E') {
     const wchar_t* q = p + 1;
     if (*q == L'-' || *q == L'+')
       ++q;
-    if (*q >= L'0' && *q <= L'9') {
-      size_t m = n;
-      if (m == kMax)
+    if (IsAsciiDigit(*q)) {
+      buf[n++] = 'e';
+      if (q[-1] == L'-')
+        buf[n++] = '-';
+      if (!CopyDigits(q, buf, &n, kMax))
         return false;
-      buf[m++] = 'e';
-      for (const wchar_t* s = p + 1; s < q; ++s)
-        buf[m++] = static_cast<char>(*s);
-      for (; *q >= L'0' && *q <= L'9'; ++q) {
-        if (m == kMax)
-          return false;
-        buf[m++] = static_cast<char>(*q);
-      }
-      n = m;
       p = q;
     }
   }
@@ -174,9 +175,15 @@ bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
   auto [ptr, ec] = std::from_chars(buf, buf + n, v, std::chars_format::general);
   if (ec != std::errc() || ptr != buf + n)
     return false;
-  // Near the bounds glibc decides whether the result is a range error.
-  if (nonzero && !(std::fabs(v) >= 2 * DBL_MIN && std::fabs(v) <= DBL_MAX))
-    return false;
+  if (v == 0) {
+    // Zero is exact only when every mantissa digit is 0; otherwise glibc
+    // decides about the underflow.
+    for (size_t i = 0; i < mantissaLength; ++i)
+      if (buf[i] != '0' && buf[i] != '.')
+        return false;
+  } else if (!(std::fabs(v) >= 2 * DBL_MIN && std::fabs(v) <= DBL_MAX)) {
+    return false; // near the bounds glibc decides about the range error
+  }
   *value = negative ? -v : v;
   *end = p;
   return true;
@@ -228,13 +235,16 @@ unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int radix) {
 }
 
 double wcstod(const wchar_t* text, wchar_t** end) {
+  return WcstodWithPoint(text, end, qx::platform::CrtDecimalPoint());
+}
+
+double WcstodWithPoint(const wchar_t* text, wchar_t** end, wchar_t point) {
   if (!text) {
     if (end)
       *end = nullptr;
     errno = EINVAL;
     return 0.0;
   }
-  wchar_t point = qx::platform::CrtDecimalPoint();
   if (point == L'.')
     return PointWcstod(text, end);
   // Another decimal point: read a copy in which it is "." and "." is not.
@@ -252,8 +262,8 @@ double wcstod(const wchar_t* text, wchar_t** end) {
   return value;
 }
 
-int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int precision,
-                 double value) {
+int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int precision, double value,
+                 wchar_t point) {
   if (precision < 0)
     precision = 6;
   std::chars_format format = conversion == 'e'   ? std::chars_format::scientific
@@ -283,7 +293,6 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
       out[0] = 0;
     return -1;
   }
-  wchar_t point = qx::platform::CrtDecimalPoint();
   size_t pad = total - len;
   wchar_t* o = out;
   if (width >= 0)
@@ -302,10 +311,9 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
 
 namespace qx::platform {
 
-size_t CrtNumericLocaleName(char* buf, size_t size) {
+bool CrtNumericLocaleIsC() {
   const char* name = tOverrideName ? tOverrideName : std::setlocale(LC_NUMERIC, nullptr);
-  // snprintf copies what fits and returns the full length.
-  return static_cast<size_t>(std::snprintf(buf, buf ? size : 0, "%s", name ? name : "C"));
+  return !name || (name[0] == 'C' && name[1] == 0);
 }
 
 wchar_t CrtDecimalPoint() {

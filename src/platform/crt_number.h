@@ -43,24 +43,29 @@ unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int radix);
 /// wcstod - see the header comment. errno is ERANGE after an overflow (the
 /// result is +-HUGE_VAL) or an inexact underflow, as glibc sets it.
 double wcstod(const wchar_t* text, wchar_t** end);
+/// WcstodWithPoint - wcstod for a caller that already knows the runtime
+/// locale's decimal point (L'.' in the "C" locale).
+double WcstodWithPoint(const wchar_t* text, wchar_t** end, wchar_t point);
 
 /// FormatDouble - what swprintf(out, size, L"%*.*<conversion>", width,
 /// precision, value) writes, `conversion` being 'e', 'f' or 'g': the text
 /// of the C runtime (glibc's digits, "inf", "-nan"), with the runtime
-/// locale's decimal point. A negative precision means 6; a negative width
-/// pads on the right. Returns the length, or -1 (with `out` emptied when
-/// `size` > 0) when the text and its terminator do not fit in `size` units.
-int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int precision,
-                 double value);
+/// locale's decimal point, which the caller passes (CrtDecimalPoint(), or
+/// L'.' when it knows the locale is "C"). A negative precision means 6; a
+/// negative width pads on the right. Returns the length, or -1 (with `out`
+/// emptied when `size` > 0) when the text and its terminator do not fit in
+/// `size` units.
+int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int precision, double value,
+                 wchar_t point);
 
 } // namespace qx::crt
 
 namespace qx::platform {
 
-/// CrtNumericLocaleName - copies the runtime's LC_NUMERIC locale name into
-/// `buf` (at most `size` - 1 bytes and a terminator) and returns its full
-/// length; "C" until the host calls setlocale. The caller serialises.
-size_t CrtNumericLocaleName(char* buf, size_t size);
+/// CrtNumericLocaleIsC - true when the runtime's LC_NUMERIC locale name is
+/// exactly "C" (as it is until the host calls setlocale) or cannot be read.
+/// The caller serialises: the name is process-wide.
+bool CrtNumericLocaleIsC();
 
 /// CrtDecimalPoint - the runtime locale's decimal point (localeconv), one
 /// wide character; '.' when the locale gives none.
