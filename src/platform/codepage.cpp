@@ -155,42 +155,41 @@ inline void Narrow16(const wchar_t* s, char* d) {
 #endif
 }
 
-// BelowMarks16 - true when none of the 16 units at s can be a nonspacing mark
-// (all below U+0300, the first; negative wchar_t values are no marks either).
-inline bool BelowMarks16(const wchar_t* s) {
+// MarkCandidates16 - bit k set when the unit s[k] could be a nonspacing mark
+// (U+0300, the first, or above; negative wchar_t values are no marks).
+inline unsigned MarkCandidates16(const wchar_t* s) {
 #if defined(__SSE2__)
   const auto* p = reinterpret_cast<const __m128i*>(s);
   const __m128i first = _mm_set1_epi32(0x300);
-  __m128i below = _mm_and_si128(_mm_and_si128(_mm_cmplt_epi32(_mm_loadu_si128(p), first),
-                                              _mm_cmplt_epi32(_mm_loadu_si128(p + 1), first)),
-                                _mm_and_si128(_mm_cmplt_epi32(_mm_loadu_si128(p + 2), first),
-                                              _mm_cmplt_epi32(_mm_loadu_si128(p + 3), first)));
-  return _mm_movemask_epi8(below) == 0xFFFF;
+  auto below = [&](int k) { return _mm_cmplt_epi32(_mm_loadu_si128(p + k), first); };
+  __m128i packed =
+      _mm_packs_epi16(_mm_packs_epi32(below(0), below(1)), _mm_packs_epi32(below(2), below(3)));
+  return ~static_cast<unsigned>(_mm_movemask_epi8(packed)) & 0xFFFF;
 #else
+  unsigned m = 0;
   for (unsigned k = 0; k < 16; ++k) {
-    if (s[k] >= 0x300) {
-      return false;
-    }
+    m |= (s[k] >= 0x300 ? 1u : 0u) << k;
   }
-  return true;
+  return m;
 #endif
 }
 
 // FirstMark - the index of the first nonspacing mark among the n units at s,
-// or n.
+// or n. Only the units at U+0300 and above are looked up.
 size_t FirstMark(const wchar_t* s, size_t n) {
   size_t k = 0;
-  while (k < n) {
-    size_t end = n - k >= 16 ? k + 16 : n;
-    if (end - k == 16 && BelowMarks16(s + k)) {
-      k = end;
-      continue;
-    }
-    for (; k < end; ++k) {
-      uint32_t u = static_cast<uint32_t>(s[k]);
-      if (u >= 0x300 && qx::platform::IsNonSpacingMark(u)) {
-        return k;
+  for (; n - k >= 16; k += 16) {
+    for (unsigned m = MarkCandidates16(s + k); m != 0; m &= m - 1) {
+      size_t at = k + static_cast<size_t>(std::countr_zero(m));
+      if (qx::platform::IsNonSpacingMark(static_cast<uint32_t>(s[at]))) {
+        return at;
       }
+    }
+  }
+  for (; k < n; ++k) {
+    uint32_t u = static_cast<uint32_t>(s[k]);
+    if (u >= 0x300 && qx::platform::IsNonSpacingMark(u)) {
+      return k;
     }
   }
   return n;
