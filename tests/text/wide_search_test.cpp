@@ -1,6 +1,7 @@
 // Comparison, length and search: the mode-dependent functions are run in
 // both modes, with the cases where DBCS walking or narrowing changes the
 // answer.
+#include "platform/heap.h"
 #include "text/wide_test_support.h"
 
 #include <gtest/gtest.h>
@@ -157,6 +158,16 @@ TEST(WideCompare, LongPrefixesUseTheHeapScratch) {
   b[299] = L'A';
   EXPECT_TRUE(strniequ(a.c_str(), b.c_str(), 100000));
   EXPECT_FALSE(strniequ(a.c_str(), (b + L"x").c_str(), 301));
+  // Without memory for the scratch the answers stay the same.
+  qx::platform::FailAllocations(1, true);
+  bool equal = strniequ(a.c_str(), b.c_str(), 100000);
+  bool longer = strniequ(a.c_str(), (b + L"x").c_str(), 301);
+  b[299] = L'Z';
+  bool differ = strniequ(a.c_str(), b.c_str(), 300);
+  qx::platform::FailAllocations(0, false);
+  EXPECT_TRUE(equal);
+  EXPECT_FALSE(longer);
+  EXPECT_FALSE(differ);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 // White space, trimming and line ends.
+#include "platform/heap.h"
 #include "qxutil/frame.h"
 #include "text/wide_test_support.h"
 
@@ -136,6 +137,16 @@ TEST(LineEnds, AddCrs) {
   EXPECT_EQ(TextAddCrs(&untouched, nullptr, 3), 0u);
   EXPECT_EQ(untouched, reinterpret_cast<wchar_t*>(0x1));
   EXPECT_EQ(TextAddCrs(nullptr, L"a", 1), 0u);
+}
+
+TEST(LineEnds, AddCrsWithoutMemory) {
+  wchar_t keep[] = L"old";
+  wchar_t* out = keep;
+  qx::platform::FailAllocations(1, true);
+  unsigned int n = TextAddCrs(&out, L"a\nb", 3);
+  qx::platform::FailAllocations(0, false);
+  EXPECT_EQ(n, 0u);
+  EXPECT_EQ(out, keep);
 }
 
 TEST(LineEnds, FilterNewline) {
