@@ -17,3 +17,4 @@ show convert --from WindowsLatin1 --to CodePage437 samples/roads-cp1252.txt /tmp
 show convert --from XASCII --to UTF-8 /tmp/roads-cp437.txt
 show date --locale de-DE 5.3.24 20240229 31.2.2024
 show date --locale en-US --format "dddd, MMMM d, yyyy" 3/5/2024
+show number --locale de-DE --ui "1.234.567,891" -0,5 1e300

@@ -286,14 +286,20 @@ bool qxSQLDoubleToString(double value, const wchar_t* picture, wchar_t* buffer, 
   while (fractionShown > 0 && p.fraction[fractionShown - 1] == kDigit9 &&
          d.fraction[fractionShown - 1] == '0')
     --fractionShown;
-  const bool pointShown = p.point && fractionShown > 0;
+  bool pointShown = p.point && fractionShown > 0;
 
   // Integer positions written, counted from the right.
   int written = static_cast<int>(d.integer.size());
   if (written < p.alwaysWritten)
     written = p.alwaysWritten;
-  if (written == 0 && !pointShown)
-    written = 1; // a number is never empty: "0"
+  if (written == 0 && !pointShown) { // a number is never empty: one zero is written
+    if (p.integerDigits > 0) {
+      written = 1;
+    } else {
+      fractionShown = 1;
+      pointShown = true;
+    }
+  }
 
   std::wstring out;
   if (!p.sign && negative)

@@ -56,10 +56,11 @@ std::string ExactDecimal(long double v, int digits) {
   return buf.data();
 }
 
-TEST(Differential, StringToDoubleMatchesWcstod) {
+// CompareStringToDouble - `scale` 1 checks about 1.1 million texts.
+void CompareStringToDouble(int scale) {
   // The runtime locale is "C" here (tests never call setlocale), so the
   // whole wcstod syntax is compared.
-  std::mt19937_64 random(20240601);
+  std::mt19937_64 random(20240601 + static_cast<unsigned>(scale));
   int failures = 0;
   auto check = [&](const std::string& s) {
     if (!SameAsWcstod(Widen(s)) && ++failures > 20)
@@ -129,7 +130,7 @@ TEST(Differential, StringToDoubleMatchesWcstod) {
     check(s);
 
   char buf[64];
-  for (int i = 0; i < 400000; ++i) {
+  for (int i = 0; i < 200000 * scale; ++i) {
     double d = FromBits(random());
     auto r = std::to_chars(buf, buf + sizeof buf, d); // shortest
     check(std::string(buf, r.ptr));
@@ -146,7 +147,7 @@ TEST(Differential, StringToDoubleMatchesWcstod) {
     check(buf);
   }
   // Halfway points and their close neighbours, with long mantissas.
-  for (int i = 0; i < 40000; ++i) {
+  for (int i = 0; i < 20000 * scale; ++i) {
     double d = FromBits(random() & 0x7FEFFFFFFFFFFFFFull);
     double next = std::nextafter(d, HUGE_VAL);
     long double mid = (static_cast<long double>(d) + next) / 2;
@@ -161,7 +162,7 @@ TEST(Differential, StringToDoubleMatchesWcstod) {
     check(mantissa + "000000000000000000001" + exponent);
   }
   // Long random digit strings.
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 10000 * scale; ++i) {
     std::string s = (random() & 1) ? "-" : "";
     size_t n = 1 + random() % 600;
     for (size_t k = 0; k < n; ++k)
@@ -173,6 +174,12 @@ TEST(Differential, StringToDoubleMatchesWcstod) {
   }
 }
 
+TEST(Differential, StringToDoubleMatchesWcstod) { CompareStringToDouble(1); }
+
+// About eleven million texts with another seed: run with
+// --gtest_also_run_disabled_tests --gtest_filter=*Differential*.
+TEST(Differential, DISABLED_StringToDoubleMatchesWcstodAtLength) { CompareStringToDouble(10); }
+
 TEST(Differential, DoubleToStringMatchesSwprintf) {
   std::mt19937_64 random(7);
   const struct {
@@ -183,7 +190,7 @@ TEST(Differential, DoubleToStringMatchesSwprintf) {
       {PRINTF_G, L"%.*g", L"%*.*g"}, {PRINTF_F, L"%.*f", L"%*.*f"}, {PRINTF_E, L"%.*e", L"%*.*e"}};
   int failures = 0;
   wchar_t ours[1100], ref[1100];
-  for (int i = 0; i < 300000; ++i) {
+  for (int i = 0; i < 200000; ++i) {
     double d;
     switch (i % 4) {
     case 0:

@@ -59,6 +59,7 @@ TEST(SqlNumberFormat, DigitsGroupsAndPoint) {
       {L"9.00", 1.125, true, L"1.13"},
       {L"999", -0.4, true, L"0"}, // no minus for a value that rounds to 0
       {L".999", 0.1234, true, L".123"},
+      {L".99", 0.001, true, L".0"},  // no integer position: the zero goes after the point
       {L"  999  ", 12, true, L"12"}, // blanks around the picture are ignored
   };
   RunFormatCases(1033, cases, std::size(cases));

@@ -1,0 +1,113 @@
+// StringToDouble in both runtime-locale paths, differential against glibc's
+// wcstod, and the integer parsers: any text, no crash, no difference, and
+// the text is left as it was.
+#include "platform/crt_number.h"
+#include "qxutil/locale.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <string>
+
+namespace {
+
+// Bytes become units one by one; a few bytes stand for units that matter
+// to number text beyond ASCII.
+std::wstring Text(const uint8_t* data, size_t size) {
+  std::wstring s;
+  for (size_t i = 0; i < size; ++i) {
+    switch (data[i]) {
+    case 0xF0:
+      s += L'\u3000';
+      break; // ideographic space
+    case 0xF1:
+      s += L'\u0661';
+      break; // Arabic-Indic one
+    case 0xF2:
+      s += L'\u0301';
+      break; // combining acute
+    case 0xF3:
+      s += L'\uFF15';
+      break; // fullwidth five
+    case 0:
+      s += L'0';
+      break;
+    default:
+      s += static_cast<wchar_t>(data[i]);
+    }
+  }
+  return s;
+}
+
+uint64_t Bits(double d) {
+  uint64_t b;
+  std::memcpy(&b, &d, sizeof b);
+  return b;
+}
+
+void Check(bool condition) {
+  if (!condition)
+    std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size < 1 || size > 2000)
+    return 0;
+  const std::wstring original = Text(data + 1, size - 1);
+  std::wstring text = original;
+
+  // The "C" runtime locale: identical to wcstod.
+  double value = 0, ref;
+  wchar_t *end = nullptr, *refEnd = nullptr;
+  bool ok = StringToDouble(text.data(), &value, &end);
+  errno = 0;
+  ref = std::wcstod(text.c_str(), &refEnd);
+  bool refOk = refEnd != text.c_str() && errno != ERANGE;
+  Check(ok == refOk);
+  Check(!ok || (Bits(value) == Bits(ref) && end == refEnd));
+  Check(ok || (value == 0 && end == nullptr));
+
+  // Another runtime locale: the own scan, with a comma or a full stop as the
+  // runtime's point. A success reads what wcstod reads in the span alone.
+  const wchar_t point = (data[0] & 1) ? L',' : L'.';
+  qx::platform::SetThreadNumericLocaleOverride("xx_XX.UTF-8", point);
+  ok = StringToDouble(text.data(), &value, &end);
+  qx::platform::SetThreadNumericLocaleOverride(nullptr, 0);
+  Check(text == original);
+  if (ok) {
+    // The span starts at the sign or the first digit (the white space before
+    // it is the runtime's, which includes more than glibc's).
+    const wchar_t* start = text.c_str();
+    while (!std::wcschr(L"+-.0123456789", *start))
+      ++start;
+    std::wstring span(start, static_cast<size_t>(end - start));
+    Check(Bits(std::wcstod(span.c_str(), nullptr)) == Bits(value));
+  } else {
+    Check(value == 0 && end == nullptr);
+  }
+
+  // The integer parsers and the UI path.
+  int i = 0;
+  long l = 0;
+  long long ll = 0;
+  unsigned long ul = 0;
+  unsigned long long ull = 0;
+  short s = 0;
+  if (StringToInt(text.c_str(), &i, &end))
+    Check(end > text.c_str() && end <= text.c_str() + text.size());
+  StringToLong(text.c_str(), &l, nullptr, -5, 5);
+  Check(l >= -5 && l <= 5);
+  StringToShort(text.c_str(), &s, nullptr);
+  StringToUnsignedLong(text.c_str(), &ul, &end, data[0] % 40);
+  Check(ul <= 0xFFFFFFFFul);
+  StringToInt64(text.c_str(), &ll);
+  StringToUnsignedInt64(text.c_str(), &ull);
+  StringToDoubleFmtCtl(text.c_str(), &value, true);
+  StringToIntFmtCtl(text.c_str(), &i, true);
+  Check(text == original);
+  return 0;
+}
