@@ -115,28 +115,23 @@ double GlibcWcstod(const wchar_t* text, wchar_t** end) { return wcstod_l(text, e
 
 bool IsAsciiDigit(wchar_t c) { return static_cast<uint32_t>(c) - L'0' < 10; }
 
-// CopyDigits - appends the run of ASCII digits at `p` to buf[*n]; false when
-// more than `room` would be needed.
-bool CopyDigits(const wchar_t*& p, char* buf, size_t* n, size_t room) {
-  const wchar_t* q = p;
-  while (IsAsciiDigit(*q))
-    ++q;
-  size_t count = static_cast<size_t>(q - p);
-  if (*n + count > room)
-    return false;
-  for (size_t i = 0; i < count; ++i)
-    buf[*n + i] = static_cast<char>(p[i]);
-  *n += count;
-  p = q;
-  return true;
+// Narrow - appends the units [from, to) (ASCII) to buf at *n.
+void Narrow(const wchar_t* from, const wchar_t* to, char* buf, size_t* n) {
+  for (const wchar_t* p = from; p < to; ++p)
+    buf[(*n)++] = static_cast<char>(*p);
 }
 
 // FastWcstod - plain decimal text ([space][sign]digits[.digits][e[sign]digits])
-// through std::from_chars; false when the text or its value needs glibc.
+// without glibc; false, with nothing stored, when the text or its value
+// needs glibc (no digits, hexadecimal, inf, nan, results near the range
+// bounds). When the significant digits form an integer w <= 2^53 and the
+// decimal exponent e is within -22..22, w * 10^e (or w / 10^-e) is one
+// correctly rounded operation on exact operands; otherwise std::from_chars
+// converts a narrow copy.
 bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
-  constexpr size_t kMax = 400;
-  char buf[kMax + 8]; // the point, 'e' and '-' come on top of kMax digits
-  size_t n = 0;
+  static const double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
   const wchar_t* p = text;
   while (IsAsciiSpace(*p))
     ++p;
@@ -145,44 +140,74 @@ bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
     negative = *p++ == L'-';
   if (p[0] == L'0' && (p[1] == L'x' || p[1] == L'X'))
     return false; // hexadecimal
-  if (!CopyDigits(p, buf, &n, kMax))
-    return false;
-  bool point = false;
-  if (*p == L'.') {
-    point = true;
-    buf[n++] = '.';
-    ++p;
-    if (!CopyDigits(p, buf, &n, kMax))
-      return false;
+  // One scan: the digits' spans, and w and the scale while they fit.
+  uint64_t w = 0;
+  int digits = 0, scale = 0;
+  const wchar_t* const integerBegin = p;
+  for (; IsAsciiDigit(*p); ++p) {
+    unsigned d = static_cast<unsigned>(*p - L'0');
+    if ((w | d) != 0 && ++digits <= 19)
+      w = w * 10 + d;
   }
-  const size_t mantissaLength = n;
-  if (n == (point ? 1u : 0u))
+  const wchar_t* const integerEnd = p;
+  const wchar_t *fractionBegin = p, *fractionEnd = p;
+  if (*p == L'.') {
+    fractionBegin = ++p;
+    for (; IsAsciiDigit(*p); ++p) {
+      unsigned d = static_cast<unsigned>(*p - L'0');
+      --scale;
+      if ((w | d) != 0 && ++digits <= 19)
+        w = w * 10 + d;
+    }
+    fractionEnd = p;
+  }
+  if (integerEnd == integerBegin && fractionEnd == fractionBegin)
     return false; // no digit: nothing, inf or nan; glibc decides
+  const wchar_t *exponentBegin = p, *exponentEnd = p;
+  int exponent = 0;
   if (*p == L'e' || *p == L'E') {
     const wchar_t* q = p + 1;
+    bool minus = false;
     if (*q == L'-' || *q == L'+')
-      ++q;
+      minus = *q++ == L'-';
     if (IsAsciiDigit(*q)) {
-      buf[n++] = 'e';
-      if (q[-1] == L'-')
-        buf[n++] = '-';
-      if (!CopyDigits(q, buf, &n, kMax))
-        return false;
-      p = q;
+      exponentBegin = p + 1;
+      for (; IsAsciiDigit(*q); ++q)
+        if (exponent < 100000)
+          exponent = exponent * 10 + static_cast<int>(*q - L'0');
+      if (minus)
+        exponent = -exponent;
+      exponentEnd = p = q;
     }
   }
-  double v = 0;
-  auto [ptr, ec] = std::from_chars(buf, buf + n, v, std::chars_format::general);
-  if (ec != std::errc() || ptr != buf + n)
-    return false;
-  if (v == 0) {
-    // Zero is exact only when every mantissa digit is 0; otherwise glibc
-    // decides about the underflow.
-    for (size_t i = 0; i < mantissaLength; ++i)
-      if (buf[i] != '0' && buf[i] != '.')
-        return false;
-  } else if (!(std::fabs(v) >= 2 * DBL_MIN && std::fabs(v) <= DBL_MAX)) {
-    return false; // near the bounds glibc decides about the range error
+  double v;
+  if (w == 0) {
+    v = 0.0; // every digit is 0
+  } else if (digits <= 19 && w <= (uint64_t{1} << 53) && scale + exponent >= -22 &&
+             scale + exponent <= 22) {
+    int e = scale + exponent;
+    v = e >= 0 ? static_cast<double>(w) * kPowers[e] : static_cast<double>(w) / kPowers[-e];
+  } else {
+    constexpr size_t kMax = 400;
+    const size_t length =
+        static_cast<size_t>((integerEnd - integerBegin) + (fractionEnd - fractionBegin) +
+                            (exponentEnd - exponentBegin));
+    if (length > kMax)
+      return false;
+    char buf[kMax + 8]; // the point and 'e' come on top
+    size_t n = 0;
+    Narrow(integerBegin, integerEnd, buf, &n);
+    buf[n++] = '.';
+    Narrow(fractionBegin, fractionEnd, buf, &n);
+    if (exponentEnd != exponentBegin) {
+      buf[n++] = 'e';
+      Narrow(exponentBegin + (*exponentBegin == L'+'), exponentEnd, buf, &n);
+    }
+    auto [ptr, ec] = std::from_chars(buf, buf + n, v, std::chars_format::general);
+    if (ec != std::errc() || ptr != buf + n)
+      return false;
+    if (v == 0 || !(std::fabs(v) >= 2 * DBL_MIN && std::fabs(v) <= DBL_MAX))
+      return false; // near the bounds glibc decides about the range error
   }
   *value = negative ? -v : v;
   *end = p;

@@ -17,7 +17,8 @@
 // wcstod is correctly rounded and gives the same value, end and errno as
 // glibc's wcstod in the "C" locale (hexadecimal, "inf", "nan" spellings
 // included), except that the decimal point is the runtime locale's. Plain
-// decimal text takes a fast path (std::from_chars); anything else, and any
+// decimal text takes a fast path (an exact product of at most 2^53 and a
+// power of ten up to 10^22, or std::from_chars); anything else, and any
 // result near the overflow or underflow bounds, goes to glibc.
 //
 // These names collide with glibc's, whose contracts differ, so they live in
