@@ -176,7 +176,8 @@ wchar_t* DoubleToString(double value, wchar_t* buffer, unsigned int size, bool f
 /// DoubleToStringEditCtl - DoubleToString with "%.*g" and precision 14.
 wchar_t* DoubleToStringEditCtl(double value, wchar_t* buffer, int size, bool forUI);
 /// CoordinateToString - "%.12f" without trailing zeros (and point): 3.0 =>
-/// "3", -0.5 => "-0.5". Canonical; at most 29 characters.
+/// "3", -0.5 => "-0.5". Canonical, never UI text. In the "C" runtime locale
+/// the printed text is first cut to 29 characters (1e29 and more lose digits).
 wchar_t* CoordinateToString(double value, wchar_t* buffer, unsigned int size);
 /// DoubleToDBString - a value for a numeric column of `width` characters
 /// with `decimals` digits after the point, kept within the column (a value

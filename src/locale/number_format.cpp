@@ -88,7 +88,8 @@ wchar_t* CoordinateToString(double value, wchar_t* buffer, unsigned int size) {
   wchar_t text[kWorkSize];
   const bool neutral = qx::number::RuntimeLocaleIsNeutral();
   qx::crt::FormatDouble(work, kWorkSize, 'f', 0, 12, value, qx::number::RuntimePoint(neutral));
-  qx::number::Neutralise(work, text, 30, neutral);
+  // Only the neutral copy is cut to 30 units (29 characters).
+  qx::number::Neutralise(work, text, neutral ? 30 : kWorkSize, neutral);
   if (std::wcschr(text, L'.')) {
     size_t length = std::wcslen(text);
     while (length > 0 && text[length - 1] == L'0')
