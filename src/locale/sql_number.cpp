@@ -234,6 +234,16 @@ Digits DecimalDigits(double value, size_t fractionDigits, bool scientific) {
   return d;
 }
 
+// BeyondDouble - true when a scientific form rounded up past the largest
+// double (9.99E writes 1.79e308 as 1.80E+308), which could not be read back.
+bool BeyondDouble(const Digits& d, bool scientific) {
+  if (!scientific || d.exponent < 308)
+    return false;
+  std::string text = d.integer + "." + d.fraction + "e" + std::to_string(d.exponent);
+  double value;
+  return std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc();
+}
+
 bool Emit(const std::wstring& text, wchar_t* buffer, unsigned int size) {
   if (text.size() + 1 > size) {
     buffer[0] = 0;
@@ -276,7 +286,7 @@ bool qxSQLDoubleToString(double value, const wchar_t* picture, wchar_t* buffer, 
   if (!std::isfinite(value))
     return Overflow(p, buffer, size);
   Digits d = DecimalDigits(value, p.fraction.size(), p.exponent);
-  if (d.integer.size() > static_cast<size_t>(p.integerDigits))
+  if (d.integer.size() > static_cast<size_t>(p.integerDigits) || BeyondDouble(d, p.exponent))
     return Overflow(p, buffer, size);
   const bool negative = value < 0 && !d.zero;
   const Symbols s = CurrentSymbols();

@@ -96,6 +96,7 @@ TEST(SqlNumberFormat, OverflowBadPicturesAndSmallBuffers) {
       {L"999", 1234, false, L"###"},
       {L"9,999", 12345, false, L"#####"},
       {L"999.9", 999.96, false, L"#####"}, // rounding adds an integer digit
+      {L"0E", -1.7e308, false, L"##"},     // rounds to 2E+308, beyond a double
       {L"L999", nan, false, L"####"},
       {L"999", std::numeric_limits<double>::infinity(), false, L"###"},
       {L"", 1, false, L""},
