@@ -13,7 +13,7 @@
 
 #include "platform/crt_number.h"
 #include "platform/crt_string.h"
-#include "platform/unicode.h"
+#include "qxutil/text.h"
 
 #include <cerrno>
 #include <cwchar>
@@ -24,7 +24,7 @@ bool IsDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
 // Next - one character on (a base character and its combining marks are one
 // character).
-wchar_t* Next(wchar_t* p) { return CharNextW(p); }
+wchar_t* Next(wchar_t* p) { return qxNextChar(p); }
 
 template <class T> bool Fail(T* result, wchar_t** end) {
   if (result)
