@@ -226,6 +226,73 @@ double PointWcstod(const wchar_t* text, wchar_t** end) {
   return GlibcWcstod(text, end);
 }
 
+// GeneralFromScientific - printf's "%.*g" made from the "%.*e" digits (the
+// style-e conversion decides the exponent X; with P > X >= -4 the fixed
+// form rounds at the same digit, so the digits are the same). Writes into
+// out[0, 500) and returns the length; -1 for precisions it does not take.
+int GeneralFromScientific(double value, int precision, char* out) {
+  const int p = precision == 0 ? 1 : precision;
+  if (p > 400 || !std::isfinite(value))
+    return -1;
+  char sci[480];
+  auto r = std::to_chars(sci, sci + sizeof sci, value, std::chars_format::scientific, p - 1);
+  if (r.ec != std::errc())
+    return -1;
+  const char* c = sci;
+  char* o = out;
+  if (*c == '-')
+    *o++ = *c++;
+  char digits[404];
+  int n = 0;
+  for (; *c != 'e'; ++c)
+    if (*c != '.')
+      digits[n++] = *c;
+  ++c; // 'e'
+  const bool negativeExponent = *c++ == '-';
+  int x = 0;
+  for (; c < r.ptr; ++c)
+    x = x * 10 + (*c - '0');
+  if (negativeExponent)
+    x = -x;
+  while (n > 1 && digits[n - 1] == '0')
+    --n; // no '#' flag: trailing zeros go
+  if (p > x && x >= -4) {
+    if (x >= 0) {
+      for (int i = 0; i <= x; ++i)
+        *o++ = i < n ? digits[i] : '0';
+      if (n > x + 1) {
+        *o++ = '.';
+        for (int i = x + 1; i < n; ++i)
+          *o++ = digits[i];
+      }
+    } else {
+      *o++ = '0';
+      if (!(n == 1 && digits[0] == '0')) {
+        *o++ = '.';
+        for (int i = 0; i < -x - 1; ++i)
+          *o++ = '0';
+        for (int i = 0; i < n; ++i)
+          *o++ = digits[i];
+      }
+    }
+  } else {
+    *o++ = digits[0];
+    if (n > 1) {
+      *o++ = '.';
+      for (int i = 1; i < n; ++i)
+        *o++ = digits[i];
+    }
+    *o++ = 'e';
+    *o++ = x < 0 ? '-' : '+';
+    int magnitude = x < 0 ? -x : x;
+    if (magnitude >= 100)
+      *o++ = static_cast<char>('0' + magnitude / 100);
+    *o++ = static_cast<char>('0' + magnitude / 10 % 10);
+    *o++ = static_cast<char>('0' + magnitude % 10);
+  }
+  return static_cast<int>(o - out);
+}
+
 } // namespace
 
 namespace qx::crt {
@@ -298,7 +365,14 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
   std::vector<char> heap;
   char* first = local;
   char* last = local + sizeof local;
-  std::to_chars_result r = std::to_chars(first, last, value, format, precision);
+  std::to_chars_result r{first, std::errc::value_too_large};
+  if (format == std::chars_format::general) {
+    int n = GeneralFromScientific(value, precision, local);
+    if (n >= 0)
+      r = {local + n, std::errc()};
+  }
+  if (r.ec != std::errc())
+    r = std::to_chars(first, last, value, format, precision);
   if (r.ec != std::errc()) {
     heap.resize(size + 64);
     first = heap.data();
