@@ -177,32 +177,36 @@ TEST(NaN, TheLibraryPatternAndTheTest) {
   EXPECT_FALSE(IsNaN(0.0));
 }
 
+// The CRC catalogue's check input, and a table guard value.
+const unsigned char kCheckInput[] = {'1', '2', '3', '4', '5', '6', '7', '8', '9'};
+constexpr unsigned short kUnwritten = 0xEEEE;
+
 TEST(Crc16, ArcCheckValueAndTable) {
-  const unsigned char digits[] = {'1', '2', '3', '4', '5', '6', '7', '8', '9'};
   unsigned short table[256 + 4];
-  std::fill(std::begin(table), std::end(table), 0xEEEE);
-  EXPECT_EQ(calculate_crc16(digits, 9, table, true, 256), 0xBB3D);
+  std::fill(std::begin(table), std::end(table), kUnwritten);
+  EXPECT_EQ(calculate_crc16(kCheckInput, 9, table, true, 256), 0xBB3D);
   EXPECT_EQ(table[0], 0x0000);
   EXPECT_EQ(table[1], 0xC0C1);
   EXPECT_EQ(table[128], 0xA001);
   EXPECT_EQ(table[255], 0x4040);
-  EXPECT_EQ(table[256], 0xEEEE); // nothing past the stated size
+  EXPECT_EQ(table[256], kUnwritten); // nothing past the stated size
   // The kept table serves later calls.
   const unsigned char a[] = {'A'};
   EXPECT_EQ(calculate_crc16(a, 1, table, false, 256), 0x30C0);
-  EXPECT_EQ(calculate_crc16(digits, 0, table, false, 256), 0);
+  EXPECT_EQ(calculate_crc16(kCheckInput, 0, table, false, 256), 0);
   EXPECT_EQ(calculate_crc16(nullptr, 5, table, false, 256), 0);
-  EXPECT_EQ(calculate_crc16(digits, 9, nullptr, true, 256), 0);
+  EXPECT_EQ(calculate_crc16(kCheckInput, 9, nullptr, true, 256), 0);
 }
 
 TEST(Crc16, ASmallTableIsNeitherOverrunNorWrong) {
-  const unsigned char digits[] = {'1', '2', '3', '4', '5', '6', '7', '8', '9'};
   unsigned short small[16 + 2];
-  std::fill(std::begin(small), std::end(small), 0xEEEE);
-  EXPECT_EQ(calculate_crc16(digits, 9, small, true, 16), 0xBB3D);
+  std::fill(std::begin(small), std::end(small), kUnwritten);
+  EXPECT_EQ(calculate_crc16(kCheckInput, 9, small, true, 16), 0xBB3D);
   EXPECT_EQ(small[1], 0xC0C1);
-  EXPECT_EQ(small[16], 0xEEEE);
-  EXPECT_EQ(small[17], 0xEEEE);
+  EXPECT_EQ(small[16], kUnwritten);
+  EXPECT_EQ(small[17], kUnwritten);
+  // A table never built is never read beyond its size either.
+  EXPECT_EQ(calculate_crc16(kCheckInput, 9, small, false, 0), 0xBB3D);
 }
 
 TEST(Time, HundredthsFollowTheTickCount) {
