@@ -426,13 +426,6 @@ void GetDateTime(SYSTEMTIME* time);
 /// last error ERROR_PRIVILEGE_NOT_HELD (1314).
 BOOL SetDateTime(SYSTEMTIME* time);
 
-#ifndef _WIN32
-struct HMETAFILE__;
-typedef HMETAFILE__* HMETAFILE;
-struct HENHMETAFILE__;
-typedef HENHMETAFILE__* HENHMETAFILE;
-typedef void* HGLOBAL;
-#endif
 /// GetMetaFileBits, GetEnhancedMetaFileBits - a global block holding the
 /// metafile's bits. There are no metafiles here: always null.
 HGLOBAL GetMetaFileBits(HMETAFILE metafile);

@@ -62,6 +62,13 @@ struct HINSTANCE__;
 typedef HINSTANCE__* HINSTANCE;
 typedef HINSTANCE HMODULE;
 typedef INT_PTR (*FARPROC)();
+struct HMETAFILE__;
+typedef HMETAFILE__* HMETAFILE;
+struct HENHMETAFILE__;
+typedef HENHMETAFILE__* HENHMETAFILE;
+typedef void* HGLOBAL;
+
+#define LOAD_WITH_ALTERED_SEARCH_PATH 0x00000008
 
 // ---- Records ---------------------------------------------------------------
 
@@ -120,6 +127,7 @@ struct CRITICAL_SECTION {
 #define ERROR_PROC_NOT_FOUND 127
 #define ERROR_INVALID_FLAGS 1004
 #define ERROR_NO_UNICODE_TRANSLATION 1113
+#define ERROR_PRIVILEGE_NOT_HELD 1314
 
 // ---- Locale database (see GetLocaleInfoW) ----------------------------------
 
@@ -153,6 +161,8 @@ struct CURRENCYFMTW {
 
 #define CP_ACP 0
 #define CP_OEMCP 1
+#define CP_MACCP 2
+#define CP_THREAD_ACP 3
 
 #define MB_PRECOMPOSED 0x00000001
 #define MB_COMPOSITE 0x00000002

@@ -12,10 +12,6 @@
 
 #include "qxutil/wintypes.h"
 
-#ifndef ERROR_PRIVILEGE_NOT_HELD
-#define ERROR_PRIVILEGE_NOT_HELD 1314
-#endif
-
 /// GetTickCount - milliseconds since an arbitrary start, modulo 2^32.
 DWORD GetTickCount();
 

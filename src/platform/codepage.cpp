@@ -22,10 +22,10 @@ using qx::platform::CodePageTable;
 namespace {
 
 // The code-page placeholders beyond CP_ACP and CP_OEMCP.
-constexpr UINT kMacCodePage = 2;     // CP_MACCP: no Macintosh pages here
-constexpr UINT kThreadAnsiCp = 3;    // CP_THREAD_ACP: the same as CP_ACP here
-constexpr UINT kFallbackAnsi = 1252; // when the thread's locale has no ANSI page
-constexpr UINT kFallbackOem = 437;   // when it has no OEM page we have a table for
+constexpr UINT kMacCodePage = CP_MACCP;       // no Macintosh pages here
+constexpr UINT kThreadAnsiCp = CP_THREAD_ACP; // the same as CP_ACP here
+constexpr UINT kFallbackAnsi = 1252;          // when the thread's locale has no ANSI page
+constexpr UINT kFallbackOem = 437;            // when it has no OEM page we have a table for
 
 constexpr DWORD kMbFlags = MB_PRECOMPOSED | MB_COMPOSITE | MB_USEGLYPHCHARS | MB_ERR_INVALID_CHARS;
 constexpr DWORD kWcExceptionFlags = WC_DISCARDNS | WC_SEPCHARS | WC_DEFAULTCHAR;

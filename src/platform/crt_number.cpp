@@ -19,13 +19,6 @@ namespace {
 
 // ---- Integers --------------------------------------------------------------
 
-// The zeros of the digit scripts the runtime's wide number parsers read,
-// ascending; each is followed by nine more digits. (The same list as the
-// runtime's _wtoi reads in crt_string.cpp.)
-constexpr uint32_t kDigitZeros[] = {0x0030, 0x0660, 0x06F0, 0x0966, 0x09E6, 0x0A66,
-                                    0x0AE6, 0x0B66, 0x0C66, 0x0CE6, 0x0D66, 0x0E50,
-                                    0x0ED0, 0x0F20, 0x1040, 0x17E0, 0x1810, 0xFF10};
-
 // DigitOf - the value of a digit or an ASCII letter (A = 10), or 99.
 unsigned DigitOf(wchar_t c) {
   uint32_t u = static_cast<uint32_t>(c);
@@ -33,13 +26,8 @@ unsigned DigitOf(wchar_t c) {
     return u - '0';
   if ((u | 0x20) - 'a' < 26)
     return (u | 0x20) - 'a' + 10;
-  for (uint32_t zero : kDigitZeros) {
-    if (u < zero)
-      break;
-    if (u < zero + 10)
-      return u - zero;
-  }
-  return 99;
+  int digit = qx::crt::DigitValue(c);
+  return digit >= 0 ? static_cast<unsigned>(digit) : 99;
 }
 
 struct IntegerScan {

@@ -61,41 +61,6 @@ bool IsDelimiter(wchar_t c, const wchar_t* delimiters) {
   return false;
 }
 
-// The zeros of the digit scripts the runtime's wide number parsers read,
-// ascending; each is followed by nine more digits.
-constexpr uint32_t kDigitZeros[] = {
-    0x0030, // ASCII
-    0x0660, // Arabic-Indic
-    0x06F0, // Extended Arabic-Indic
-    0x0966, // Devanagari
-    0x09E6, // Bengali
-    0x0A66, // Gurmukhi
-    0x0AE6, // Gujarati
-    0x0B66, // Oriya
-    0x0C66, // Telugu
-    0x0CE6, // Kannada
-    0x0D66, // Malayalam
-    0x0E50, // Thai
-    0x0ED0, // Lao
-    0x0F20, // Tibetan
-    0x1040, // Myanmar
-    0x17E0, // Khmer
-    0x1810, // Mongolian
-    0xFF10, // fullwidth
-};
-
-// DigitValue - 0..9 for a digit of those scripts, -1 otherwise.
-int DigitValue(wchar_t c) {
-  uint32_t u = Unit(c);
-  for (uint32_t zero : kDigitZeros) {
-    if (u < zero)
-      return -1;
-    if (u < zero + 10)
-      return static_cast<int>(u - zero);
-  }
-  return -1;
-}
-
 // ParseInt32 - the conversion of _wtoi and _wtol, saturating at the range of
 // a 32-bit int.
 int32_t ParseInt32(const wchar_t* s) {
@@ -131,6 +96,43 @@ int32_t ParseInt32(const wchar_t* s) {
 thread_local wchar_t* tTokenNext = nullptr;
 
 } // namespace
+
+namespace {
+// The zeros of the digit scripts the runtime's wide number parsers read,
+// ascending; each is followed by nine more digits.
+constexpr uint32_t kDigitZeros[] = {
+    0x0030, // ASCII
+    0x0660, // Arabic-Indic
+    0x06F0, // Extended Arabic-Indic
+    0x0966, // Devanagari
+    0x09E6, // Bengali
+    0x0A66, // Gurmukhi
+    0x0AE6, // Gujarati
+    0x0B66, // Oriya
+    0x0C66, // Telugu
+    0x0CE6, // Kannada
+    0x0D66, // Malayalam
+    0x0E50, // Thai
+    0x0ED0, // Lao
+    0x0F20, // Tibetan
+    0x1040, // Myanmar
+    0x17E0, // Khmer
+    0x1810, // Mongolian
+    0xFF10, // fullwidth
+};
+
+} // namespace
+
+int DigitValue(wchar_t c) {
+  uint32_t u = static_cast<uint32_t>(c);
+  for (uint32_t zero : kDigitZeros) {
+    if (u < zero)
+      return -1;
+    if (u < zero + 10)
+      return static_cast<int>(u - zero);
+  }
+  return -1;
+}
 
 int iswalpha(wint_t c) { return static_cast<int>(Bits(c) & kAlphaMask); }
 

@@ -87,6 +87,11 @@ wchar_t* wcstok(wchar_t* string, const wchar_t* delimiters);
 /// errno to ERANGE. No digits => 0; null => 0 with errno EINVAL.
 int _wtoi(const wchar_t* string);
 
+/// DigitValue - 0..9 for a decimal digit of the scripts the runtime's wide
+/// number parsers read (ASCII, Arabic-Indic, Devanagari, ..., Thai,
+/// fullwidth), -1 for anything else.
+int DigitValue(wchar_t c);
+
 /// _wtol - _wtoi for `long`, with the range of Windows' 32-bit long.
 long _wtol(const wchar_t* string);
 

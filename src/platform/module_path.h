@@ -10,9 +10,6 @@
 
 #include "qxutil/wintypes.h"
 
-#ifndef LOAD_WITH_ALTERED_SEARCH_PATH
-#define LOAD_WITH_ALTERED_SEARCH_PATH 0x00000008
-#endif
 #ifndef SEM_FAILCRITICALERRORS
 #define SEM_FAILCRITICALERRORS 0x0001
 #endif
