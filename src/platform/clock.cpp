@@ -31,14 +31,7 @@ void GetLocalTime(SYSTEMTIME* time) {
   tm local{};
   time_t seconds = now.tv_sec;
   localtime_r(&seconds, &local);
-  time->wYear = static_cast<WORD>(local.tm_year + 1900);
-  time->wMonth = static_cast<WORD>(local.tm_mon + 1);
-  time->wDayOfWeek = static_cast<WORD>(local.tm_wday);
-  time->wDay = static_cast<WORD>(local.tm_mday);
-  time->wHour = static_cast<WORD>(local.tm_hour);
-  time->wMinute = static_cast<WORD>(local.tm_min);
-  time->wSecond = static_cast<WORD>(local.tm_sec);
-  time->wMilliseconds = static_cast<WORD>(now.tv_nsec / 1000000);
+  qx::platform::FillSystemTime(local, now.tv_nsec, time);
 }
 
 BOOL SetLocalTime(const SYSTEMTIME* time) {
@@ -79,5 +72,18 @@ BOOL SetLocalTime(const SYSTEMTIME* time) {
 UINT GetDoubleClickTime() { return 500; }
 
 namespace qx::platform {
+
 void SetThreadClockSetHook(ClockSetHook hook) { tClockSetHook = hook; }
+
+void FillSystemTime(const struct tm& local, long nanoseconds, SYSTEMTIME* out) {
+  out->wYear = static_cast<WORD>(local.tm_year + 1900);
+  out->wMonth = static_cast<WORD>(local.tm_mon + 1);
+  out->wDayOfWeek = static_cast<WORD>(local.tm_wday);
+  out->wDay = static_cast<WORD>(local.tm_mday);
+  out->wHour = static_cast<WORD>(local.tm_hour);
+  out->wMinute = static_cast<WORD>(local.tm_min);
+  out->wSecond = static_cast<WORD>(local.tm_sec > 59 ? 59 : local.tm_sec);
+  out->wMilliseconds = static_cast<WORD>(nanoseconds / 1000000);
+}
+
 } // namespace qx::platform

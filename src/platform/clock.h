@@ -30,7 +30,13 @@ BOOL SetLocalTime(const SYSTEMTIME* time);
 /// Windows' default, as there is no pointer device to ask.
 UINT GetDoubleClickTime();
 
+struct tm;
+
 namespace qx::platform {
+
+/// FillSystemTime - a SYSTEMTIME from a broken-down local time and the
+/// nanoseconds of its second (a leap second reads as second 59).
+void FillSystemTime(const struct tm& local, long nanoseconds, SYSTEMTIME* out);
 
 /// ClockSetHook - a test seam: while installed on the calling thread,
 /// SetLocalTime hands the seconds and nanoseconds since 1970 (UTC) to the

@@ -1,6 +1,8 @@
 // Provides: _time32, _localtime32 (Microsoft's 32-bit time calls) and the local time now.
 #include "platform/time32.h"
 
+#include "platform/clock.h"
+
 #include <climits>
 #include <ctime>
 
@@ -73,14 +75,7 @@ bool CurrentLocalTime(SYSTEMTIME* out) {
     return false;
   if (local.tm_year + 1900 < 1 || local.tm_year + 1900 > 30827)
     return false;
-  out->wYear = static_cast<WORD>(local.tm_year + 1900);
-  out->wMonth = static_cast<WORD>(local.tm_mon + 1);
-  out->wDayOfWeek = static_cast<WORD>(local.tm_wday);
-  out->wDay = static_cast<WORD>(local.tm_mday);
-  out->wHour = static_cast<WORD>(local.tm_hour);
-  out->wMinute = static_cast<WORD>(local.tm_min);
-  out->wSecond = static_cast<WORD>(local.tm_sec > 59 ? 59 : local.tm_sec);
-  out->wMilliseconds = static_cast<WORD>(nanoseconds / 1000000);
+  FillSystemTime(local, nanoseconds, out);
   return true;
 }
 

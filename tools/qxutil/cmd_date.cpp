@@ -1,5 +1,6 @@
 // qxutil date: reads dates as the library does and shows what it made of
 // them, or formats one with a date picture.
+#include "cli_locale.h"
 #include "command.h"
 #include "locale/date_order_override.h"
 #include "platform/utf8.h"
@@ -15,15 +16,6 @@ namespace {
 
 const char* const kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                  "Thursday", "Friday", "Saturday"};
-
-// PinLocale - the thread locale from a name (de-DE) or an LCID (1031).
-bool PinLocale(const char* arg) {
-  char* end = nullptr;
-  unsigned long lcid = std::strtoul(arg, &end, 0);
-  if (end == arg || *end != 0)
-    lcid = LocaleNameToLCID(qx::platform::Utf8ToWide(arg).c_str(), 0);
-  return lcid != 0 && SetThreadLocale(static_cast<LCID>(lcid));
-}
 
 void PrintDate(const std::wstring& text) {
   qxDATE date{};
@@ -61,7 +53,7 @@ int RunDate(int argc, char** argv) {
     return qxcli::Fail(2, "usage: qxutil date [--locale NAME|LCID] [--order N --delim C] "
                           "[--format PICTURE] TEXT...");
   // The locale is pinned before the library's first call on this thread.
-  if (locale && !PinLocale(locale))
+  if (locale && !qxcli::PinThreadLocale(locale))
     return qxcli::Fail(2, "unknown locale %s", locale);
   if (order >= 0 || delimiter) {
     short fixedOrder = 0;

@@ -1,5 +1,6 @@
 // qxutil number: reads numbers as canonical text (or, with --ui, as the
 // locale's UI text) and prints their canonical, UI and database forms.
+#include "cli_locale.h"
 #include "command.h"
 #include "platform/utf8.h"
 
@@ -14,16 +15,6 @@ namespace {
 
 // The picture of the "sql" line: currency, groups, two decimals.
 const wchar_t kPicture[] = L"L999G999G999G990D00";
-
-// LocaleFromArgument - an LCID given as a number (1031) or a name (de-DE);
-// 0 when neither.
-LCID LocaleFromArgument(const char* arg) {
-  char* end = nullptr;
-  unsigned long number = std::strtoul(arg, &end, 0);
-  if (end != arg && *end == 0)
-    return static_cast<LCID>(number);
-  return LocaleNameToLCID(qx::platform::Utf8ToWide(arg).c_str(), 0);
-}
 
 std::string Utf8(const wchar_t* text) { return qx::platform::WideToUtf8(text); }
 
@@ -64,8 +55,7 @@ int RunNumber(int argc, char** argv) {
     return qxcli::Fail(2, "usage: qxutil number [--locale NAME|LCID] [--ui] VALUE...");
   // The thread locale is pinned before the library's first call.
   if (locale) {
-    LCID lcid = LocaleFromArgument(locale);
-    if (lcid == 0 || !SetThreadLocale(lcid))
+    if (!qxcli::PinThreadLocale(locale))
       return qxcli::Fail(2, "unknown locale %s", locale);
   }
   for (int i = first; i < argc; ++i)
