@@ -20,8 +20,13 @@ void PrintHelp(FILE* out) {
                     "Commands:\n");
   int count = 0;
   const Command* const* list = Commands(&count);
-  for (int i = 0; i < count; ++i)
-    std::fprintf(out, "  %-44s %s\n", list[i]->usage, list[i]->summary);
+  constexpr int kUsageWidth = 44;
+  for (int i = 0; i < count; ++i) {
+    if (std::strlen(list[i]->usage) <= kUsageWidth)
+      std::fprintf(out, "  %-*s %s\n", kUsageWidth, list[i]->usage, list[i]->summary);
+    else
+      std::fprintf(out, "  %s\n  %-*s %s\n", list[i]->usage, kUsageWidth, "", list[i]->summary);
+  }
   std::fprintf(out, "\nA file argument of \"-\" means standard input or output.\n");
 }
 } // namespace
