@@ -215,7 +215,7 @@ Digits DecimalDigits(double value, size_t fractionDigits, bool scientific) {
   std::string all = whole + frac;
   size_t first = all.find_first_not_of('0');
   if (first == std::string::npos) {
-    d.integer = "0";
+    d.integer.assign(1, '0'); // not = "0": g++ 12 -O3 warns falsely (-Wrestrict)
     d.fraction.assign(fractionDigits, '0');
     return d;
   }
