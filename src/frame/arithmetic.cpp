@@ -54,10 +54,10 @@ short ShortAdd(short a, short b) {
 
 long LongAddCoords(long a, long b, long low, long high) {
   long sum = LongAdd(a, b);
-  if (sum < low)
-    return low;
-  if (sum > high)
-    return high;
+  if (sum < Low32(low))
+    return Low32(low);
+  if (sum > Low32(high))
+    return Low32(high);
   return sum;
 }
 

@@ -46,6 +46,9 @@ TEST(Arithmetic, ShortAddAndCoordinateClamp) {
   EXPECT_EQ(LongAddCoords(5, -10, 0, 12), 0);
   EXPECT_EQ(LongAddCoords(5, 5, 0, 12), 10);
   EXPECT_EQ(LongAddCoords(2147483647, 10, -5, 2147483647), 2147483647);
+  // The limits, too, count only by their low 32 bits: 0 and 12.
+  EXPECT_EQ(LongAddCoords(5, 10, 0x100000000L, 0x10000000CL), 12);
+  EXPECT_EQ(LongAddCoords(5, -10, 0x100000000L, 0x10000000CL), 0);
 }
 
 struct MulDivCase {
