@@ -142,13 +142,10 @@ public:
 
   void SetError(eErrorLevel level, int resourceId, const wchar_t* message, const GUID& module,
                 int number, const wchar_t* arg0, const wchar_t* arg1) override {
-    bool keepDuplicates = false;
-    if (funcs_) {
-      if (funcs_->IsSuppressed())
-        return;
-      keepDuplicates = funcs_->KeepDuplicates();
-    }
-    if (number != kSeparator && !keepDuplicates) {
+    if (funcs_ && funcs_->IsSuppressed())
+      return;
+    // Separators are never merged; the host is asked only about real errors.
+    if (number != kSeparator && !(funcs_ && funcs_->KeepDuplicates())) {
       for (int i = 0; i < count_; ++i) {
         if (records_[i].number == number) {
           records_[i].level = std::max(records_[i].level, level);

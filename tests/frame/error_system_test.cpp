@@ -39,13 +39,17 @@ class HostFuncs : public cErrorFuncs {
 public:
   void Report(const wchar_t* text) override { reports.push_back(text); }
   bool IsSuppressed() override { return suppressed; }
-  bool KeepDuplicates() override { return keepDuplicates; }
+  bool KeepDuplicates() override {
+    ++keepDuplicatesCalls;
+    return keepDuplicates;
+  }
   const wchar_t* GetContext(int episodeCount) override {
     contextCalls.push_back(episodeCount);
     return context;
   }
   std::vector<std::wstring> reports;
   std::vector<int> contextCalls;
+  int keepDuplicatesCalls = 0;
   bool suppressed = false;
   bool keepDuplicates = false;
   const wchar_t* context = nullptr;
@@ -70,6 +74,10 @@ TEST_F(ErrorList, KeepDuplicatesStoresRepeats) {
   SetError(eErrorLevelWarning, L"a", kModule, 42, nullptr, nullptr);
   SetError(eErrorLevelError, L"a", kModule, 42, nullptr, nullptr);
   EXPECT_EQ(NumErrors(), 2);
+  EXPECT_EQ(host.keepDuplicatesCalls, 2);
+  EndError(); // a separator is never merged, so the host is not asked
+  EXPECT_EQ(host.keepDuplicatesCalls, 2);
+  EXPECT_EQ(NumErrors(), 3);
 }
 
 TEST_F(ErrorList, ThirtyRecordsThenLost) {
