@@ -177,13 +177,23 @@ struct InstanceDataStorageSwitch {
 
 InstanceDataStorageSwitch gSwitch;
 
+// The set this thread is filling with services. A service whose construction
+// asks for another service reaches it here also when the storage could not
+// keep the set (no TLS index, a host setter that refuses), instead of
+// starting another set without end.
+thread_local InstanceData* tSetUnderConstruction = nullptr;
+
 // CreateWithSingletons - a new set, installed, with its services.
 InstanceData* CreateWithSingletons() {
   InstanceData* data = new (std::nothrow) InstanceDataImpl;
   if (!data)
     return nullptr;
   gSwitch.Current()->Set(data);
-  return qx::CreateServices(data);
+  InstanceData* outer = tSetUnderConstruction;
+  tSetUnderConstruction = data;
+  InstanceData* result = qx::CreateServices(data);
+  tSetUnderConstruction = outer;
+  return result;
 }
 
 } // namespace
@@ -195,6 +205,8 @@ InstanceData* GetInstanceData() {
   InstanceData* p = current == &gSwitch.thread ? gSwitch.thread.Get() : current->Get();
   if (p)
     return p;
+  if (tSetUnderConstruction)
+    return tSetUnderConstruction;
   if (current == &gSwitch.external) {
     // A set made on this thread before the host installed its storage goes
     // to the host rather than being lost.

@@ -185,6 +185,33 @@ TEST(ExternalStorage, InstallationsNestAndTheFirstPairWins) {
   });
 }
 
+InstanceData* NoneHeld() { return nullptr; }
+bool RefuseToHold(InstanceData*) { return false; }
+
+TEST(ExternalStorage, AStorageThatKeepsNothingGetsAFreshSetEachCall) {
+  RunOnNewThread([] {
+    SetExternalDataStorage(NoneHeld, RefuseToHold);
+    // Services that ask for other services while the set is being built
+    // (the system character set asks for the locale) find the set under
+    // construction instead of building another one.
+    InstanceData* first = GetInstanceData();
+    InstanceData* second = GetInstanceData();
+    ClearExternalDataStorage();
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(first, second);
+    EXPECT_NE(first->GetSlot(cErrorSystem::kSlotKey), nullptr);
+    EXPECT_NE(first->GetSlot(cCheckEsc::kSlotKey), nullptr);
+    // Nobody keeps them: destroy both here.
+    InstanceData* own = GetInstanceData();
+    for (InstanceData* set : {first, second}) {
+      SetInstanceData(set);
+      InstanceData::Destroy(false, false);
+    }
+    SetInstanceData(own);
+  });
+}
+
 TEST(ExternalStorage, ServicesComeFromTheHostsSetWhileInstalled) {
   RunOnNewThread([] {
     InstanceData* mine = GetInstanceData();
