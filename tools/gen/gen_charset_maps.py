@@ -35,13 +35,14 @@ Usage: gen_charset_maps.py [--check]
 
 import os
 import sys
-import tempfile
+
+import gencheck  # tools/gen/gencheck.py
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 DATA = os.path.join(ROOT, "..", "shared", "data", "codepages")
 OUT = os.path.join(ROOT, "src", "text")
 OUT_NAME = "charset_maps.inc"
-SKIP = 77
+SKIP = gencheck.SKIP
 
 MARKER = 0xF000  # UnmappedMarker: the byte has no character
 
@@ -258,19 +259,11 @@ def main(argv):
             print("override " + line)
         print("wrote src/text/" + OUT_NAME)
         return 0
-    with tempfile.TemporaryDirectory() as tmp:
+    def generate_into(tmp):
         generate(tmp)
-        with open(os.path.join(tmp, OUT_NAME), "rb") as a:
-            new = a.read()
-        try:
-            with open(os.path.join(OUT, OUT_NAME), "rb") as b:
-                old = b.read()
-        except OSError:
-            old = None
-    if new != old:
-        sys.stderr.write("gen_charset_maps: src/text/%s differs\n" % OUT_NAME)
-        return 1
-    return 0
+        return [OUT_NAME]
+
+    return gencheck.matches_committed("gen_charset_maps", generate_into, OUT)
 
 
 if __name__ == "__main__":

@@ -27,13 +27,14 @@ Usage: gen_codepages.py [--check]
 import os
 import re
 import sys
-import tempfile
 import unicodedata
+
+import gencheck  # tools/gen/gencheck.py
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 DATA = os.path.join(ROOT, "..", "shared", "data", "codepages")
 OUT = os.path.join(ROOT, "src", "platform")
-SKIP = 77
+SKIP = gencheck.SKIP
 
 # Every Windows code page the library reaches: (number, data file, has a best-fit file).
 SBCS_PAGES = [
@@ -417,20 +418,7 @@ def main(argv):
     if recorded_ucd() != unicodedata.unidata_version:
         sys.stderr.write("gen_codepages: committed tables use another unicodedata version\n")
         return SKIP
-    with tempfile.TemporaryDirectory() as tmp:
-        same = True
-        for name in generate(tmp):
-            with open(os.path.join(tmp, name), "rb") as a:
-                new = a.read()
-            try:
-                with open(os.path.join(OUT, name), "rb") as b:
-                    old = b.read()
-            except OSError:
-                old = None
-            if new != old:
-                sys.stderr.write("gen_codepages: src/platform/%s differs\n" % name)
-                same = False
-    return 0 if same else 1
+    return gencheck.matches_committed("gen_codepages", generate, OUT)
 
 
 if __name__ == "__main__":

@@ -23,8 +23,9 @@ Python 3 standard library only.
 import csv
 import os
 import sys
-import tempfile
 import textwrap
+
+import gencheck  # tools/gen/gencheck.py
 
 ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", ".."))
 DATA = os.path.normpath(os.path.join(ROOT, "..", "shared", "data", "locales"))
@@ -372,25 +373,12 @@ def main(argv):
     check = "--check" in argv[1:]
     if not all(os.path.isfile(os.path.join(DATA, n)) for n in INPUTS):
         print("gen_locales: inputs not available in %s" % DATA)
-        return 77 if check else 2
+        return gencheck.SKIP if check else 2
     if not check:
         for rel in generate(ROOT):
             print("wrote %s" % rel)
         return 0
-    with tempfile.TemporaryDirectory() as tmp:
-        status = 0
-        for rel in generate(tmp):
-            with open(os.path.join(tmp, rel), "rb") as f:
-                fresh = f.read()
-            try:
-                with open(os.path.join(ROOT, rel), "rb") as f:
-                    committed = f.read()
-            except OSError:
-                committed = None
-            if fresh != committed:
-                print("gen_locales: %s differs from the generator's output" % rel)
-                status = 1
-        return status
+    return gencheck.matches_committed("gen_locales", generate, ROOT)
 
 
 if __name__ == "__main__":
