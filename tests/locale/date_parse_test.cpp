@@ -59,6 +59,7 @@ TEST(Str2Date, DayMonthYearWithFullStops) { // de-DE: order 1, "."
                   {L".3.2024", -1},
                   {L"", -1},
                   {L"20240229", 20240229}, // eight digits: a literal
+                  {L"00000000", 0},        // the literal 0: the null date, read successfully
                   {L"20230229", -1},       // a failed literal is not read further
                   {L"2024022", -1},
                   {L"99999999999.1.2024", -1},
