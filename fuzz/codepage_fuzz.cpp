@@ -12,6 +12,8 @@
 #include <iterator>
 #include <vector>
 
+using namespace qx::win;
+
 namespace {
 
 constexpr int kMaxOut = 24;  // output sizes tried: 0..kMaxOut

@@ -19,6 +19,8 @@
 #include <string_view>
 #include <vector>
 
+using namespace qx::win;
+
 namespace {
 
 constexpr size_t kTextBytes = 4096;

@@ -25,7 +25,6 @@
 
 #include "qxutil/wintypes.h"
 
-#include <atomic>
 #include <cstddef>
 #include <new>
 
@@ -33,7 +32,7 @@
 
 /// QXGuard - a recursive critical section. Lock may be called again by the
 /// thread that holds it; each Lock needs its Unlock.
-class QXGuard {
+class QXUTIL_API QXGuard {
 public:
   QXGuard();
   virtual ~QXGuard();
@@ -64,7 +63,7 @@ private:
 /// QXHeapObject - base of the library's service and container objects: they
 /// are allocated zero-filled through the memory manager (falloc_) and freed
 /// through it (ffree), whoever deletes them.
-struct QXHeapObject {
+struct QXUTIL_API QXHeapObject {
   static void* operator new(size_t size);
   static void* operator new(size_t size, const std::nothrow_t&) noexcept;
   static void operator delete(void* block) noexcept;
@@ -78,7 +77,7 @@ struct QXHeapObject {
 /// 9 (cStringResourceBuffers) and 13 (StringNormalizerManager) hold the
 /// library's services; what a host stores under other keys is never deleted
 /// by the library.
-class InstanceData : public QXHeapObject {
+class QXUTIL_API InstanceData : public QXHeapObject {
 public:
   virtual ~InstanceData();
   /// SetSlot - stores `value` under `key`, replacing any earlier value.
@@ -106,64 +105,45 @@ public:
 /// GetInstanceData - the calling context's set, creating it with all its
 /// services on first use. A set made on this thread before the host
 /// installed its own storage is handed over to that storage.
-InstanceData* GetInstanceData();
+QXUTIL_API InstanceData* GetInstanceData();
 
 /// SetInstanceData - makes `p` the calling context's set (the one held
 /// before is not deleted). Returns the storage's result.
-bool SetInstanceData(InstanceData* p);
+QXUTIL_API bool SetInstanceData(InstanceData* p);
 
 /// SetExternalDataStorage - from now on the calling context's set is read
 /// and written through the host's `getter` and `setter`. Calls nest: only the
 /// first installs its pair, and each must be matched by
 /// ClearExternalDataStorage.
-void SetExternalDataStorage(InstanceData* (*getter)(), bool (*setter)(InstanceData*));
+QXUTIL_API void SetExternalDataStorage(InstanceData* (*getter)(), bool (*setter)(InstanceData*));
 
 /// ClearExternalDataStorage - ends one SetExternalDataStorage; the last one
 /// returns to per-thread storage.
-void ClearExternalDataStorage();
+QXUTIL_API void ClearExternalDataStorage();
 
 /// UtilDllEnsureInit - calls "DllEnsureInit" in each companion module that
 /// the process has already loaded (libqxkernel.so, libqxdisplay.so,
 /// libqxdata.so, in that order). Never loads a module; reports nothing.
-void UtilDllEnsureInit();
+QXUTIL_API void UtilDllEnsureInit();
 
 /// UtilDllForceTerm - looks up "DllForceTerm" in the same loaded modules and
 /// deliberately does not call it.
-void UtilDllForceTerm();
-
-namespace qx::detail {
-/// While per-thread storage is in force: the calling thread's service slots
-/// when its set is one the library made, else null. Lets Instance() reach a
-/// service without a call; kept exact by the frame.
-extern __thread void** tServiceSlots __attribute__((tls_model("initial-exec")));
-/// True while per-thread storage (not the host's) is in force.
-extern std::atomic<bool> gThreadStorageInForce;
-} // namespace qx::detail
+QXUTIL_API void UtilDllForceTerm();
 
 /// QXSingleton - the singleton pattern of the library's services. A service
 /// class derives from QXSingleton<itself, its slot key> and declares its own
 /// static Create(); Instance() and Instance(p) come from here.
-template <class Service, unsigned int Key> class QXSingleton : public QXHeapObject {
+template <class Service, unsigned int Key> class QXUTIL_API QXSingleton : public QXHeapObject {
 public:
   static constexpr unsigned int kSlotKey = Key;
 
   /// Instance - the service installed in the calling context's set (built
   /// on the thread's first call), or null when absent.
-  static Service* Instance() {
-    static_assert(Key < 16, "service keys index the fast slot array");
-    if (qx::detail::gThreadStorageInForce.load(std::memory_order_relaxed))
-      if (void** slots = qx::detail::tServiceSlots)
-        return static_cast<Service*>(slots[Key]);
-    InstanceData* data = GetInstanceData();
-    return data ? static_cast<Service*>(data->GetSlot(Key)) : nullptr;
-  }
+  static Service* Instance();
 
   /// Instance(p) - installs `p` in place of the current service, which is
   /// not deleted: its owner keeps it.
-  static bool Instance(Service* p) {
-    InstanceData* data = GetInstanceData();
-    return data && data->SetSlot(Key, p);
-  }
+  static bool Instance(Service* p);
 };
 
 // ---- Memory manager --------------------------------------------------------
@@ -175,23 +155,23 @@ public:
 /// falloc_ - allocates `size` bytes into *out (zero-filled when `zeroFill`);
 /// the first flag has no effect. *out is overwritten, not freed. Returns
 /// *out != null.
-bool falloc_(unsigned int size, void** out, bool unused, bool zeroFill);
+QXUTIL_API bool falloc_(unsigned int size, void** out, bool unused, bool zeroFill);
 
 /// GetMem_ - allocates `size` zero bytes when *block is null; otherwise
 /// resizes it, keeping it as it is when `keepIfLargeEnough` and it is already
 /// at least `size` bytes. Returns *block != null.
-bool GetMem_(unsigned int size, void** block, bool keepIfLargeEnough);
+QXUTIL_API bool GetMem_(unsigned int size, void** block, bool keepIfLargeEnough);
 
 /// frealloc_ - resizes *block to `size` bytes (a null block is a fresh,
 /// zero-filled one). Growth zero-fills. Returns *block != null; on failure
 /// *block is null and the old block is left as the heap leaves it.
-bool frealloc_(unsigned int size, void** block);
+QXUTIL_API bool frealloc_(unsigned int size, void** block);
 
 /// ffree - frees *block (if not null) and sets it to null.
-void ffree(void** block);
+QXUTIL_API void ffree(void** block);
 
 /// memSize - the usable size of `block`, 0 for null.
-unsigned int memSize(const void* block);
+QXUTIL_API unsigned int memSize(const void* block);
 
 template <class T> inline bool falloc_(unsigned int size, T** out, bool unused, bool zeroFill) {
   return falloc_(size, reinterpret_cast<void**>(out), unused, zeroFill);
@@ -230,9 +210,9 @@ enum eErrorMode : int {
 
 /// cErrorFuncs - the host's callbacks for the error list (owned by the
 /// host).
-class cErrorFuncs {
+class QXUTIL_API cErrorFuncs {
 public:
-  virtual ~cErrorFuncs() {}
+  virtual ~cErrorFuncs();
   /// Report - receives the text ReportErrors assembled.
   virtual void Report(const wchar_t* text) = 0;
   /// IsSuppressed - while true, SetError stores nothing and HaveErrors is
@@ -254,7 +234,7 @@ public:
 /// " Too many errors.  Error information has been lost." until the list is
 /// cleared. Templates expand "^0" and "^1" to the record's arguments and
 /// "^^" to one caret; a caret before anything else is literal.
-class cErrorSystem : public QXSingleton<cErrorSystem, 7> {
+class QXUTIL_API cErrorSystem : public QXSingleton<cErrorSystem, 7> {
 public:
   virtual ~cErrorSystem();
   virtual bool HaveErrors() = 0;
@@ -282,35 +262,37 @@ public:
   /// Create - a new, empty error list (not installed); null if memory fails.
   static cErrorSystem* Create();
 };
+extern template class QXSingleton<cErrorSystem, 7>;
 
-bool HaveErrors();
-int NumErrors();
-bool FirstError();
-void ClearErrors();
-bool GetNextError(bool fromStart, wchar_t* out, unsigned int outLen);
-bool ThisErrorOccurred(int number);
-int GetErrorNum(int index);
-int GetResourceID(int index);
-const GUID& GetErrorGUID(int index);
-void GetErrorMsg(const wchar_t* newTemplate, unsigned int index, wchar_t* out, unsigned int outLen);
-void SetError(eErrorLevel level, int resourceId, const wchar_t* message, const GUID& module,
-              int number, const wchar_t* arg0, const wchar_t* arg1);
+QXUTIL_API bool HaveErrors();
+QXUTIL_API int NumErrors();
+QXUTIL_API bool FirstError();
+QXUTIL_API void ClearErrors();
+QXUTIL_API bool GetNextError(bool fromStart, wchar_t* out, unsigned int outLen);
+QXUTIL_API bool ThisErrorOccurred(int number);
+QXUTIL_API int GetErrorNum(int index);
+QXUTIL_API int GetResourceID(int index);
+QXUTIL_API const GUID& GetErrorGUID(int index);
+QXUTIL_API void GetErrorMsg(const wchar_t* newTemplate, unsigned int index, wchar_t* out,
+                            unsigned int outLen);
+QXUTIL_API void SetError(eErrorLevel level, int resourceId, const wchar_t* message,
+                         const GUID& module, int number, const wchar_t* arg0, const wchar_t* arg1);
 /// SetError - the literal-message form; does nothing when `message` is null.
-void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
-              const wchar_t* arg0, const wchar_t* arg1);
-void EndError();
-void SetErrorFunctions(cErrorFuncs* funcs);
-void ReportErrors();
-void SetQXErrorMode(eErrorMode mode);
-eErrorMode GetQXErrorMode();
+QXUTIL_API void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
+                         const wchar_t* arg0, const wchar_t* arg1);
+QXUTIL_API void EndError();
+QXUTIL_API void SetErrorFunctions(cErrorFuncs* funcs);
+QXUTIL_API void ReportErrors();
+QXUTIL_API void SetQXErrorMode(eErrorMode mode);
+QXUTIL_API eErrorMode GetQXErrorMode();
 
 // ---- Escape polling --------------------------------------------------------
 
 /// cCheckEscCallback - the host's answer to "cancel the operation?" (owned
 /// by the host).
-class cCheckEscCallback {
+class QXUTIL_API cCheckEscCallback {
 public:
-  virtual ~cCheckEscCallback() {}
+  virtual ~cCheckEscCallback();
   /// Check - true to cancel; `forUpdate` says the caller is a screen or
   /// data update.
   virtual bool Check(bool forUpdate) = 0;
@@ -318,7 +300,7 @@ public:
 
 /// cCheckEsc - relays cancellation polls to the host's callback (slot key
 /// 1). Without a callback every poll answers false.
-class cCheckEsc : public QXSingleton<cCheckEsc, 1> {
+class QXUTIL_API cCheckEsc : public QXSingleton<cCheckEsc, 1> {
 public:
   virtual ~cCheckEsc();
   virtual void SetCallback(cCheckEscCallback* callback) = 0;
@@ -327,10 +309,11 @@ public:
 
   static cCheckEsc* Create();
 };
+extern template class QXSingleton<cCheckEsc, 1>;
 
-void InitCheckEscCallback(cCheckEscCallback* callback);
-bool CheckEsc();
-bool CheckEsc4Update(bool forUpdate);
+QXUTIL_API void InitCheckEscCallback(cCheckEscCallback* callback);
+QXUTIL_API bool CheckEsc();
+QXUTIL_API bool CheckEsc4Update(bool forUpdate);
 
 // ---- Platform and arithmetic utilities -------------------------------------
 //
@@ -341,22 +324,22 @@ bool CheckEsc4Update(bool forUpdate);
 // records errors.
 
 /// LongAdd - a + b saturated to -2147483648..2147483647.
-long LongAdd(long a, long b);
+QXUTIL_API long LongAdd(long a, long b);
 /// ShortAdd - a + b clipped to -32768..32767.
-short ShortAdd(short a, short b);
+QXUTIL_API short ShortAdd(short a, short b);
 /// LongAddCoords - LongAdd(a, b), then clamped into [low, high].
-long LongAddCoords(long a, long b, long low, long high);
+QXUTIL_API long LongAddCoords(long a, long b, long low, long high);
 /// IntegerMulDiv - (a * b + divisor / 2) / divisor with a wrapping 32-bit
 /// product and sum and truncating divisions: (7, 3, 2) => 11, (-7, 3, 2) =>
 /// -10. A divisor of 0 returns 0 (Windows would raise a division fault).
-int IntegerMulDiv(int a, int b, int divisor);
+QXUTIL_API int IntegerMulDiv(int a, int b, int divisor);
 /// LongRoundDiv - |a| / |b| rounded half up, with the sign of the quotient:
 /// (-7, 2) => -4; b == 0 returns a.
-long LongRoundDiv(long a, long b);
+QXUTIL_API long LongRoundDiv(long a, long b);
 /// IntegerMulDivScale - (a * b + divisor / 2) wrapped to 32 bits, times
 /// `scale`, divided by `divisor`, rounded; then only the low 16 bits are
 /// kept, sign-extended: (1, 40000, 1, 1.0) => -25536.
-int IntegerMulDivScale(int a, int b, int divisor, double scale);
+QXUTIL_API int IntegerMulDivScale(int a, int b, int divisor, double scale);
 
 /// DoubleToLong, DoubleToShort, DoubleToInt64 - rounded, not clipped. A
 /// value outside the 32-bit (64-bit for DoubleToInt64) range, an infinity
@@ -364,80 +347,81 @@ int IntegerMulDivScale(int a, int b, int divisor, double scale);
 /// Windows x86 conversion does: -2147483648 (INT64_MIN for DoubleToInt64).
 /// DoubleToShort keeps the low 16 bits of the 32-bit result: 40000.0 =>
 /// -25536, 1e10 => 0.
-long DoubleToLong(double value);
-short DoubleToShort(double value);
-long long DoubleToInt64(double value);
+QXUTIL_API long DoubleToLong(double value);
+QXUTIL_API short DoubleToShort(double value);
+QXUTIL_API long long DoubleToInt64(double value);
 /// DoubleToLongClip, DoubleToShortClip - rounded, with values beyond the
 /// type's range clipped to its limits. A NaN compares with neither limit
 /// and so converts as DoubleToLong / DoubleToShort do: -2147483648 and 0.
-long DoubleToLongClip(double value);
-short DoubleToShortClip(double value);
+QXUTIL_API long DoubleToLongClip(double value);
+QXUTIL_API short DoubleToShortClip(double value);
 /// qx_round - value rounded to the nearest multiple of `step`, halves
 /// upward: floor((value + step / 2) / step) * step; step 0 returns value.
 /// (7.5, 5) => 10, (-2.5, 1) => -2.
-double qx_round(double value, double step);
+QXUTIL_API double qx_round(double value, double step);
 
 /// The library's no-value double: the quiet NaN 0x7FFFFFFFFFFFFFFF.
-void SetNaN(double& value);
-double GetNaN();
+QXUTIL_API void SetNaN(double& value);
+QXUTIL_API double GetNaN();
 /// IsNaN - true for any NaN, not only the library's pattern.
-bool IsNaN(double value);
+QXUTIL_API bool IsNaN(double value);
 
 /// time_100 - hundredths of a second since the system started: the 32-bit
 /// millisecond tick count (which wraps after 49.7 days) divided by 10.
-long time_100();
+QXUTIL_API long time_100();
 /// DoubleClickTime_100 - the double-click interval in hundredths: 50 (there
 /// is no pointer device to ask; Windows' default of 500 ms).
-long DoubleClickTime_100();
+QXUTIL_API long DoubleClickTime_100();
 /// Sleep100 - busy-waits, without yielding, until `hundredths` (truncated)
 /// hundredths of a second have passed by time_100(); safe across the tick
 /// count's wrap. Zero or negative returns at once.
-void Sleep100(double hundredths);
+QXUTIL_API void Sleep100(double hundredths);
 /// random_number - rand() % n with Microsoft's generator (0..32767), seeded
 /// with time_100() on the first call in the process. n == 0 returns 0.
-int random_number(int n);
+QXUTIL_API int random_number(int n);
 
 /// calculate_crc16 - CRC-16/ARC (reflected 0xA001, initial 0, no final
 /// XOR) of `length` bytes. With `buildTable` the first `tableSize` entries
 /// of `table` are (re)built; callers pass 256 and may keep the table for
 /// later calls. Entries at or beyond `tableSize` are never read (they are
 /// computed). "123456789" => 0xBB3D. Null data or table returns 0.
-unsigned short calculate_crc16(const unsigned char* data, unsigned int length,
-                               unsigned short table[], bool buildTable, int tableSize);
+QXUTIL_API unsigned short calculate_crc16(const unsigned char* data, unsigned int length,
+                                          unsigned short table[], bool buildTable, int tableSize);
 
 /// LoadQXLibrary - loads `fileName` from the directory of the loaded module
 /// `besideModule` (or of the program when that is null or not loaded). Only
 /// the name and extension of `fileName` are used; without an extension
 /// ".so" is appended (where Windows appends ".dll"). `handle` receives the
 /// module or null; false when it could not be loaded.
-bool LoadQXLibrary(const wchar_t* fileName, const wchar_t* besideModule, HINSTANCE& handle);
+QXUTIL_API bool LoadQXLibrary(const wchar_t* fileName, const wchar_t* besideModule,
+                              HINSTANCE& handle);
 
 /// SystemPlatform - the platform identifier Windows reports in
 /// OSVERSIONINFO::dwPlatformId: always 2 (VER_PLATFORM_WIN32_NT), the value
 /// of every Windows a host may have been written for since Windows 2000;
 /// 0 (Win32s), 1 (Windows 9x) and 3 (Windows CE) never occur.
-int SystemPlatform();
+QXUTIL_API int SystemPlatform();
 
 /// GetDateTime - the local date and time (GetLocalTime).
-void GetDateTime(SYSTEMTIME* time);
+QXUTIL_API void GetDateTime(SYSTEMTIME* time);
 /// SetDateTime - sets the local date and time (SetLocalTime, twice, as the
 /// daylight-saving adjustment requires on Windows); the second call's
 /// result. Without the privilege to set the clock it returns FALSE with the
 /// last error ERROR_PRIVILEGE_NOT_HELD (1314).
-BOOL SetDateTime(SYSTEMTIME* time);
+QXUTIL_API BOOL SetDateTime(SYSTEMTIME* time);
 
 /// GetMetaFileBits, GetEnhancedMetaFileBits - a global block holding the
 /// metafile's bits. There are no metafiles here: always null.
-HGLOBAL GetMetaFileBits(HMETAFILE metafile);
-HGLOBAL GetEnhancedMetaFileBits(HENHMETAFILE metafile);
+QXUTIL_API HGLOBAL GetMetaFileBits(HMETAFILE metafile);
+QXUTIL_API HGLOBAL GetEnhancedMetaFileBits(HENHMETAFILE metafile);
 
 /// InitLiterals - once per process, chooses the default rotatable font for
 /// the system character set (see docs/utilities.md for the names); false
 /// when there is no system character set, and then it tries again next
 /// time.
-bool InitLiterals();
+QXUTIL_API bool InitLiterals();
 /// GetDefaultRotatableFont - the font InitLiterals chose (at most 31
 /// characters, a LOGFONT face name); "Arial" until it succeeds.
-const wchar_t* GetDefaultRotatableFont();
+QXUTIL_API const wchar_t* GetDefaultRotatableFont();
 
 #endif // QXUTIL_FRAME_H

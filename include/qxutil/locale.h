@@ -20,9 +20,10 @@
 #define QXUTIL_LOCALE_H
 
 #include "qxutil/frame.h"
+#include "qxutil/winlocale.h"
 
 /// cLocaleInfo - locale information of one context (slot key 3).
-class cLocaleInfo : public QXSingleton<cLocaleInfo, 3> {
+class QXUTIL_API cLocaleInfo : public QXSingleton<cLocaleInfo, 3> {
 public:
   using FormatCallback = bool (*)();
 
@@ -58,36 +59,37 @@ public:
 
   static cLocaleInfo* Create();
 };
+extern template class QXSingleton<cLocaleInfo, 3>;
 
-bool ResetQXLocaleInfo();
-unsigned long GetLocaleIdentifier();
-bool GetLocaleInt(unsigned long type, unsigned int* out);
-bool GetLocaleString(unsigned long type, wchar_t* buffer, unsigned int size);
-bool SetNumberFormatCallback(bool (*callback)());
-bool (*GetNumberFormatCallback())();
-void GetQXLocaleNumInfo(bool system, wchar_t* decimal, wchar_t* thousands, short* group);
-const wchar_t* GetCurrencySymbol();
-bool GetNumberFmt(NUMBERFMTW* format);
+QXUTIL_API bool ResetQXLocaleInfo();
+QXUTIL_API unsigned long GetLocaleIdentifier();
+QXUTIL_API bool GetLocaleInt(unsigned long type, unsigned int* out);
+QXUTIL_API bool GetLocaleString(unsigned long type, wchar_t* buffer, unsigned int size);
+QXUTIL_API bool SetNumberFormatCallback(bool (*callback)());
+QXUTIL_API bool (*GetNumberFormatCallback())();
+QXUTIL_API void GetQXLocaleNumInfo(bool system, wchar_t* decimal, wchar_t* thousands, short* group);
+QXUTIL_API const wchar_t* GetCurrencySymbol();
+QXUTIL_API bool GetNumberFmt(NUMBERFMTW* format);
 /// GetCurrentFmt - the currency format (the name is historical).
-bool GetCurrentFmt(CURRENCYFMTW* format);
-NUMBERFMTW* GetNumberFmtPtr();
-CURRENCYFMTW* GetCurrencyFmtPtr();
-bool SetDateFormatCallback(bool (*callback)());
-bool (*GetDateFormatCallback())();
-void GetQXLocaleDateInfo(bool system, short* order, wchar_t* delimiter);
-void GetQXLocaleTimeFormat(bool system, wchar_t* buffer, unsigned int size);
-void GetQXLocaleTimeInfo(bool system, bool* twelveHour, short* markerPosition, const wchar_t** am,
-                         const wchar_t** pm, const wchar_t** separator,
-                         const wchar_t** secondSeparator);
+QXUTIL_API bool GetCurrentFmt(CURRENCYFMTW* format);
+QXUTIL_API NUMBERFMTW* GetNumberFmtPtr();
+QXUTIL_API CURRENCYFMTW* GetCurrencyFmtPtr();
+QXUTIL_API bool SetDateFormatCallback(bool (*callback)());
+QXUTIL_API bool (*GetDateFormatCallback())();
+QXUTIL_API void GetQXLocaleDateInfo(bool system, short* order, wchar_t* delimiter);
+QXUTIL_API void GetQXLocaleTimeFormat(bool system, wchar_t* buffer, unsigned int size);
+QXUTIL_API void GetQXLocaleTimeInfo(bool system, bool* twelveHour, short* markerPosition,
+                                    const wchar_t** am, const wchar_t** pm,
+                                    const wchar_t** separator, const wchar_t** secondSeparator);
 
 /// The settings in force (the thread's locale, or neutral when the host's
 /// callback asks for it).
-wchar_t GetDecimalSeparator();
-wchar_t GetThousandsSeparator();
-short GetThousandsGroupSize();
+QXUTIL_API wchar_t GetDecimalSeparator();
+QXUTIL_API wchar_t GetThousandsSeparator();
+QXUTIL_API short GetThousandsGroupSize();
 /// GetDateOrder - 0 month-day-year, 1 day-month-year, 2 year-month-day.
-short GetDateOrder();
-wchar_t GetDateDelim();
+QXUTIL_API short GetDateOrder();
+QXUTIL_API wchar_t GetDateDelim();
 
 // ---- Number parsing and formatting -----------------------------------------
 //
@@ -133,19 +135,20 @@ enum SIGNIFICANTDIGITS : int {
 };
 
 /// StringToShort - wcstol, then -32768..32767: L"32768" fails.
-bool StringToShort(const wchar_t* text, short* result, wchar_t** end);
+QXUTIL_API bool StringToShort(const wchar_t* text, short* result, wchar_t** end);
 /// StringToInt - wcstol: L"12abc" => 12, end at 'a'; L"abc" fails.
-bool StringToInt(const wchar_t* text, int* result, wchar_t** end);
-bool StringToUnsignedInt(const wchar_t* text, unsigned int* result, wchar_t** end);
+QXUTIL_API bool StringToInt(const wchar_t* text, int* result, wchar_t** end);
+QXUTIL_API bool StringToUnsignedInt(const wchar_t* text, unsigned int* result, wchar_t** end);
 /// StringToLong - wcstol, then min <= value <= max.
-bool StringToLong(const wchar_t* text, long* result, wchar_t** end, long min, long max);
+QXUTIL_API bool StringToLong(const wchar_t* text, long* result, wchar_t** end, long min, long max);
 /// StringToUnsignedLong - wcstoul with `radix` (0 or 2..36).
-bool StringToUnsignedLong(const wchar_t* text, unsigned long* result, wchar_t** end, int radix);
-bool StringToUnsignedLong16(const wchar_t* text, unsigned long* result);
+QXUTIL_API bool StringToUnsignedLong(const wchar_t* text, unsigned long* result, wchar_t** end,
+                                     int radix);
+QXUTIL_API bool StringToUnsignedLong16(const wchar_t* text, unsigned long* result);
 /// StringToInt64, StringToUnsignedInt64 - an overflow saturates and still
 /// succeeds.
-bool StringToInt64(const wchar_t* text, long long* result);
-bool StringToUnsignedInt64(const wchar_t* text, unsigned long long* result);
+QXUTIL_API bool StringToInt64(const wchar_t* text, long long* result);
+QXUTIL_API bool StringToUnsignedInt64(const wchar_t* text, unsigned long long* result);
 /// StringToDouble - correctly rounded. While the C runtime's numeric locale
 /// is "C" the whole of wcstod's syntax is read (hexadecimal, "inf", "nan");
 /// in any other runtime locale the number is scanned here ([blanks][sign]
@@ -153,48 +156,50 @@ bool StringToUnsignedInt64(const wchar_t* text, unsigned long long* result);
 /// whatever that locale says, and the text is briefly modified during the
 /// call (and restored): it must then be writable. L"1.5d3" => 1.5, end at
 /// 'd'.
-bool StringToDouble(const wchar_t* text, double* result, wchar_t** end);
+QXUTIL_API bool StringToDouble(const wchar_t* text, double* result, wchar_t** end);
 
 /// The FmtCtl parsers: with `fromUI` the text is first turned into
 /// canonical text by DeformatNumberFromUI (text of 1024 units or more then
 /// fails).
-bool StringToLongFmtCtl(const wchar_t* text, long* result, bool fromUI, long min, long max);
-bool StringToShortFmtCtl(const wchar_t* text, short* result, bool fromUI);
-bool StringToIntFmtCtl(const wchar_t* text, int* result, bool fromUI);
-bool StringToUnsignedLongFmtCtl(const wchar_t* text, unsigned long* result, bool fromUI);
-bool StringToInt64FmtCtl(const wchar_t* text, long long* result, bool fromUI);
-bool StringToUnsignedInt64FmtCtl(const wchar_t* text, unsigned long long* result, bool fromUI);
-bool StringToDoubleFmtCtl(const wchar_t* text, double* result, bool fromUI);
+QXUTIL_API bool StringToLongFmtCtl(const wchar_t* text, long* result, bool fromUI, long min,
+                                   long max);
+QXUTIL_API bool StringToShortFmtCtl(const wchar_t* text, short* result, bool fromUI);
+QXUTIL_API bool StringToIntFmtCtl(const wchar_t* text, int* result, bool fromUI);
+QXUTIL_API bool StringToUnsignedLongFmtCtl(const wchar_t* text, unsigned long* result, bool fromUI);
+QXUTIL_API bool StringToInt64FmtCtl(const wchar_t* text, long long* result, bool fromUI);
+QXUTIL_API bool StringToUnsignedInt64FmtCtl(const wchar_t* text, unsigned long long* result,
+                                            bool fromUI);
+QXUTIL_API bool StringToDoubleFmtCtl(const wchar_t* text, double* result, bool fromUI);
 
 /// DoubleToString - printf's "%*.*e", "%*.*f" or "%*.*g" (without the width
 /// when it is -1), made canonical, then UI text when `forUI`. Precision -1
 /// with PRINTF_G is automatic: trunc(log10|value|) + 3, or 6 when that is
 /// below 6 or above 14 (or the value is 0); other formats use 6.
 /// 12345.678, -1, PRINTF_G => "12345.68".
-wchar_t* DoubleToString(double value, wchar_t* buffer, unsigned int size, bool forUI, int precision,
-                        PRINTF_FORMAT format, int width);
+QXUTIL_API wchar_t* DoubleToString(double value, wchar_t* buffer, unsigned int size, bool forUI,
+                                   int precision, PRINTF_FORMAT format, int width);
 /// DoubleToStringEditCtl - DoubleToString with "%.*g" and precision 14.
-wchar_t* DoubleToStringEditCtl(double value, wchar_t* buffer, int size, bool forUI);
+QXUTIL_API wchar_t* DoubleToStringEditCtl(double value, wchar_t* buffer, int size, bool forUI);
 /// CoordinateToString - "%.12f" without trailing zeros (and point): 3.0 =>
 /// "3", -0.5 => "-0.5". Canonical, never UI text. In the "C" runtime locale
 /// the printed text is first cut to 29 characters (1e29 and more lose digits).
-wchar_t* CoordinateToString(double value, wchar_t* buffer, unsigned int size);
+QXUTIL_API wchar_t* CoordinateToString(double value, wchar_t* buffer, unsigned int size);
 /// DoubleToDBString - a value for a numeric column of `width` characters
 /// with `decimals` digits after the point, kept within the column (a value
 /// too large becomes the largest that fits). `buffer` must hold width + 1
 /// units; width -1 writes nothing.
-void DoubleToDBString(wchar_t* buffer, int width, int decimals, double value);
+QXUTIL_API void DoubleToDBString(wchar_t* buffer, int width, int decimals, double value);
 /// FormatNumberForUI - canonical text to UI text in place: group separators
 /// between digits only (-1234 => "-1,234", -123 stays) while `size` leaves
 /// room, and the locale's decimal separator.
-void FormatNumberForUI(wchar_t* text, unsigned int size);
+QXUTIL_API void FormatNumberForUI(wchar_t* text, unsigned int size);
 /// DeformatNumberFromUI - UI text to canonical text: every thousands
 /// separator removed, the last decimal separator made ".". `out` must hold
 /// as many units as `in`.
-void DeformatNumberFromUI(const wchar_t* in, wchar_t* out);
+QXUTIL_API void DeformatNumberFromUI(const wchar_t* in, wchar_t* out);
 /// EqualDoubles - equal, or the same binary exponent and mantissas closer
 /// than the tolerance; NaN is never equal. (1.0, 1.0000001, _6) => true.
-bool EqualDoubles(double a, double b, SIGNIFICANTDIGITS digits);
+QXUTIL_API bool EqualDoubles(double a, double b, SIGNIFICANTDIGITS digits);
 
 /// qxSQLStringToDouble, qxSQLDoubleToString - numbers read and written by a
 /// picture such as "L9G999D00" or "-0.000E" (the picture language is in
@@ -202,8 +207,9 @@ bool EqualDoubles(double a, double b, SIGNIFICANTDIGITS digits);
 /// is written as '#' characters, one per picture character, and false is
 /// returned; so is false with an empty buffer for a bad picture or a
 /// buffer too small.
-bool qxSQLStringToDouble(const wchar_t* text, const wchar_t* picture, double* result);
-bool qxSQLDoubleToString(double value, const wchar_t* picture, wchar_t* buffer, unsigned int size);
+QXUTIL_API bool qxSQLStringToDouble(const wchar_t* text, const wchar_t* picture, double* result);
+QXUTIL_API bool qxSQLDoubleToString(double value, const wchar_t* picture, wchar_t* buffer,
+                                    unsigned int size);
 
 // ---- Calendar dates and date-time objects ----
 //
@@ -235,48 +241,48 @@ struct qxDATE {
 
 /// IsValidDate - year 0..9999, month 1..12, a day of that month (29
 /// February only in leap years: 2000 yes, 1900 no).
-bool IsValidDate(const qxDATE* date);
+QXUTIL_API bool IsValidDate(const qxDATE* date);
 /// SetDate - stores the fields; an invalid date stores the null date and
 /// returns false.
-bool SetDate(short year, char month, char day, qxDATE* date);
-void SetNullDate(qxDATE* date);
+QXUTIL_API bool SetDate(short year, char month, char day, qxDATE* date);
+QXUTIL_API void SetNullDate(qxDATE* date);
 /// NullDate - month or day is 0.
-bool NullDate(const qxDATE* date);
+QXUTIL_API bool NullDate(const qxDATE* date);
 /// SystemDate - today in local time; 19 January 2038 when the 32-bit clock
 /// cannot say (past 03:14:07 UTC that day). Returns `date`.
-qxDATE* SystemDate(qxDATE* date);
+QXUTIL_API qxDATE* SystemDate(qxDATE* date);
 /// MDY2Days - the day number (1 January 1 => 0); -1 when the month or day
 /// is 0 or the year negative. Dates of year 0 give -366..-1.
-long MDY2Days(const qxDATE* date);
+QXUTIL_API long MDY2Days(const qxDATE* date);
 /// Days2MDY - the date of a day number; a negative number, or one past
 /// year 32767, stores the null date, records the error and returns false.
 /// 145790 => 29 February 400.
-bool Days2MDY(long days, qxDATE* date);
+QXUTIL_API bool Days2MDY(long days, qxDATE* date);
 /// DateAdd, DateSubtract - Days2MDY(MDY2Days(date) +- n, date); return
 /// `date`.
-qxDATE* DateAdd(long n, qxDATE* date);
-qxDATE* DateSubtract(long n, qxDATE* date);
+QXUTIL_API qxDATE* DateAdd(long n, qxDATE* date);
+QXUTIL_API qxDATE* DateSubtract(long n, qxDATE* date);
 /// DateDiff - MDY2Days(a) - MDY2Days(b).
-int DateDiff(const qxDATE* a, const qxDATE* b);
+QXUTIL_API int DateDiff(const qxDATE* a, const qxDATE* b);
 /// DateCmp - 1 a later, -1 earlier, 0 equal or both null, -2 exactly one
 /// null.
-int DateCmp(const qxDATE* a, const qxDATE* b);
+QXUTIL_API int DateCmp(const qxDATE* a, const qxDATE* b);
 /// DayOfWeek - 1 Sunday, 2 Monday ... 7 Saturday (day 0 was a Monday).
-int DayOfWeek(long dayNumber);
+QXUTIL_API int DayOfWeek(long dayNumber);
 /// DateToLiteral - (year * 100 + month) * 100 + day, unchecked.
-long DateToLiteral(const qxDATE* date);
+QXUTIL_API long DateToLiteral(const qxDATE* date);
 /// LiteralToDate - 0 gives the null date and true. Otherwise the fields
 /// are stored and checked (year >= 0, a day of the month); when they fail,
 /// the error is recorded, false returned and the fields kept (20230230 =>
 /// 2023, 2, 30).
-bool LiteralToDate(long literal, qxDATE* date);
+QXUTIL_API bool LiteralToDate(long literal, qxDATE* date);
 /// Str2Date - text to date: eight digits as a literal, else the neutral
 /// form M/D[/Y] (or M-D[-Y]) when the host's date format callback asks for
 /// neutral settings, else the thread locale's order and delimiter (day
 /// month year with "." in de-DE: "5.3.24" => 5 March 2024, "5.3" => 5 March
 /// this year). Two-digit years fall in the current century, without pivot.
 /// Returns `date`, or null with the null date stored.
-qxDATE* Str2Date(const wchar_t* text, qxDATE* date);
+QXUTIL_API qxDATE* Str2Date(const wchar_t* text, qxDATE* date);
 /// Str2DateEx - Str2Date in the locale form only (the callback chooses the
 /// neutral or the locale's settings). With `end`, text may follow the date:
 /// *end is the first unit after the year and its blanks; when the second
@@ -284,31 +290,32 @@ qxDATE* Str2Date(const wchar_t* text, qxDATE* date);
 /// year's and *end points just past that unit; and when the text ends after
 /// the second number, *end points one past its terminator (never read
 /// through it). *end is null on failure.
-qxDATE* Str2DateEx(const wchar_t* text, qxDATE* date, wchar_t** end);
+QXUTIL_API qxDATE* Str2DateEx(const wchar_t* text, qxDATE* date, wchar_t** end);
 /// MakeDateString - "MM/DD/YYYY" (order 0), "DD/MM/YYYY" (1), "YYYY/MM/DD"
 /// (2), "YYYY/DD/MM" (5) with `delimiter` (none when 0); other orders write
 /// nothing. A buffer of `size` units too small for the text gets "".
-void MakeDateString(wchar_t* buffer, unsigned int size, qxDATE* date, short order,
-                    wchar_t delimiter);
+QXUTIL_API void MakeDateString(wchar_t* buffer, unsigned int size, qxDATE* date, short order,
+                               wchar_t delimiter);
 /// MakeDateStringEx - the same layouts with separator strings (null is
 /// ""); false, writing nothing, for orders 3, 4 and outside 0..5; false
 /// with "" when the text does not fit.
-bool MakeDateStringEx(wchar_t* buffer, unsigned int size, qxDATE* date, short order,
-                      const wchar_t* separator1, const wchar_t* separator2);
+QXUTIL_API bool MakeDateStringEx(wchar_t* buffer, unsigned int size, qxDATE* date, short order,
+                                 const wchar_t* separator1, const wchar_t* separator2);
 /// FormatDateString - GetDateFormatW with `picture` (null: the locale's
 /// short date) for the locale of GetLocaleIdentifier(), cut to `size`
 /// units; false when the system refuses the date (years before 1601) or the
 /// picture. The second form formats with the locale string of `lctype`
 /// (LOCALE_SLONGDATE, ...).
-bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, wchar_t* picture);
-bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, short lctype);
+QXUTIL_API bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, wchar_t* picture);
+QXUTIL_API bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, short lctype);
 /// qxSQLStringToDate, qxSQLDateToString - dates by database pictures such
 /// as "dd-mon-yyyy" or "dddd, d mmmm yyyy" (yyyy yy mmmm mmm mm m dddd ddd
 /// dd d, "quoted" or 'quoted' literals, separators " \t\n`~!@#$%^&*()-+=[]
 /// {}:;<>,.|/\\"). Reading fails on text left over or missing; writing
 /// fails, with "", for an invalid date or a buffer too small.
-bool qxSQLStringToDate(const wchar_t* text, const wchar_t* picture, qxDATE* date);
-bool qxSQLDateToString(qxDATE date, const wchar_t* picture, wchar_t* buffer, unsigned int size);
+QXUTIL_API bool qxSQLStringToDate(const wchar_t* text, const wchar_t* picture, qxDATE* date);
+QXUTIL_API bool qxSQLDateToString(qxDATE date, const wchar_t* picture, wchar_t* buffer,
+                                  unsigned int size);
 
 /// QX_CMP - result of the Compare functions (the values of DateCmp).
 enum QX_CMP : int {
@@ -324,7 +331,7 @@ class qxDateTime;
 /// qxTimeSpan - a signed duration in ticks. Parts are truncated toward 0,
 /// so every part of a negative span is <= 0 (minus 90 minutes: hours -1,
 /// minutes -30). Virtual slots are in declaration order (docs/dates.md).
-class qxTimeSpan : public QXHeapObject {
+class QXUTIL_API qxTimeSpan : public QXHeapObject {
 public:
   virtual ~qxTimeSpan();
   virtual int Days() const = 0;
@@ -375,7 +382,7 @@ public:
 };
 
 /// qxTime - a time of day: 00:00:00 to 23:59:59.9999999.
-class qxTime : public QXHeapObject {
+class QXUTIL_API qxTime : public QXHeapObject {
 public:
   virtual ~qxTime();
   virtual int Hours() const = 0;
@@ -423,7 +430,7 @@ public:
 
 /// qxDateTime - a date and time of day, 1 January 1 00:00 to the last tick
 /// of 31 December 9999.
-class qxDateTime : public QXHeapObject {
+class QXUTIL_API qxDateTime : public QXHeapObject {
 public:
   virtual ~qxDateTime();
   virtual int Year() const = 0;
@@ -484,64 +491,66 @@ public:
 /// doubles are multiplied by the unit's ticks and truncated toward zero;
 /// a NaN or a result out of the class's range gives null. Clock literals
 /// are HHMMSSfffffff (hours, minutes, seconds, seven fraction digits).
-qxTimeSpan* CreateTimeSpan(long long ticks);
-qxTimeSpan* CreateTimeSpan(const qxTimeSpan* span);
-qxTimeSpan* CreateTimeSpan(int hours, int minutes, int seconds);
-qxTimeSpan* CreateTimeSpan(int days, int hours, int minutes, int seconds);
-qxTimeSpan* CreateTimeSpan(int days, int hours, int minutes, int seconds, int milliseconds);
-qxTimeSpan* CreateTimeSpanFromDays(double days);
-qxTimeSpan* CreateTimeSpanFromHours(double hours);
-qxTimeSpan* CreateTimeSpanFromMinutes(double minutes);
-qxTimeSpan* CreateTimeSpanFromSeconds(double seconds);
-qxTimeSpan* CreateTimeSpanFromMilliseconds(double milliseconds);
+QXUTIL_API qxTimeSpan* CreateTimeSpan(long long ticks);
+QXUTIL_API qxTimeSpan* CreateTimeSpan(const qxTimeSpan* span);
+QXUTIL_API qxTimeSpan* CreateTimeSpan(int hours, int minutes, int seconds);
+QXUTIL_API qxTimeSpan* CreateTimeSpan(int days, int hours, int minutes, int seconds);
+QXUTIL_API qxTimeSpan* CreateTimeSpan(int days, int hours, int minutes, int seconds,
+                                      int milliseconds);
+QXUTIL_API qxTimeSpan* CreateTimeSpanFromDays(double days);
+QXUTIL_API qxTimeSpan* CreateTimeSpanFromHours(double hours);
+QXUTIL_API qxTimeSpan* CreateTimeSpanFromMinutes(double minutes);
+QXUTIL_API qxTimeSpan* CreateTimeSpanFromSeconds(double seconds);
+QXUTIL_API qxTimeSpan* CreateTimeSpanFromMilliseconds(double milliseconds);
 /// CreateTimeSpanFromLiteral - days plus the clock literal's parts:
 /// (1, 1020304000005) => 1.10:20:30 and 4,000,005 ticks.
-qxTimeSpan* CreateTimeSpanFromLiteral(int days, long long clock);
+QXUTIL_API qxTimeSpan* CreateTimeSpanFromLiteral(int days, long long clock);
 /// CreateTimeSpanFromString - [+|-]DDD...HHMMSSfffffff (14 digits or
 /// more), else [-][D.]time as ParseTimeString reads it ("-1.12:30").
-qxTimeSpan* CreateTimeSpanFromString(const wchar_t* text);
+QXUTIL_API qxTimeSpan* CreateTimeSpanFromString(const wchar_t* text);
 
-qxTime* CreateTime(long long ticks);
-qxTime* CreateTime(const qxTime* time);
-qxTime* CreateTime(int hours, int minutes, int seconds);
-qxTime* CreateTime(int hours, int minutes, int seconds, int milliseconds);
-qxTime* CreateTimeFromHours(double hours);
-qxTime* CreateTimeFromMinutes(double minutes);
-qxTime* CreateTimeFromSeconds(double seconds);
-qxTime* CreateTimeFromMilliseconds(double milliseconds);
-qxTime* CreateTimeFromLiteral(long long clock);
+QXUTIL_API qxTime* CreateTime(long long ticks);
+QXUTIL_API qxTime* CreateTime(const qxTime* time);
+QXUTIL_API qxTime* CreateTime(int hours, int minutes, int seconds);
+QXUTIL_API qxTime* CreateTime(int hours, int minutes, int seconds, int milliseconds);
+QXUTIL_API qxTime* CreateTimeFromHours(double hours);
+QXUTIL_API qxTime* CreateTimeFromMinutes(double minutes);
+QXUTIL_API qxTime* CreateTimeFromSeconds(double seconds);
+QXUTIL_API qxTime* CreateTimeFromMilliseconds(double milliseconds);
+QXUTIL_API qxTime* CreateTimeFromLiteral(long long clock);
 /// CreateTimeFromString - as ParseTimeString reads it.
-qxTime* CreateTimeFromString(const wchar_t* text);
+QXUTIL_API qxTime* CreateTimeFromString(const wchar_t* text);
 /// CreateTimeFromSystemTime - the local time now, to the millisecond.
-qxTime* CreateTimeFromSystemTime();
+QXUTIL_API qxTime* CreateTimeFromSystemTime();
 
-qxDateTime* CreateDateTime(long long ticks);
-qxDateTime* CreateDateTime(const qxDateTime* dateTime);
-qxDateTime* CreateDateTime(qxDATE* date);
-qxDateTime* CreateDateTime(qxDATE* date, qxTime* time);
-qxDateTime* CreateDateTime(int year, int month, int day);
-qxDateTime* CreateDateTime(int year, int month, int day, int hours, int minutes, int seconds);
-qxDateTime* CreateDateTime(int year, int month, int day, int hours, int minutes, int seconds,
-                           int milliseconds);
-qxDateTime* CreateDateTimeFromDays(double days);
-qxDateTime* CreateDateTimeFromHours(double hours);
-qxDateTime* CreateDateTimeFromMinutes(double minutes);
-qxDateTime* CreateDateTimeFromSeconds(double seconds);
-qxDateTime* CreateDateTimeFromMilliseconds(double milliseconds);
+QXUTIL_API qxDateTime* CreateDateTime(long long ticks);
+QXUTIL_API qxDateTime* CreateDateTime(const qxDateTime* dateTime);
+QXUTIL_API qxDateTime* CreateDateTime(qxDATE* date);
+QXUTIL_API qxDateTime* CreateDateTime(qxDATE* date, qxTime* time);
+QXUTIL_API qxDateTime* CreateDateTime(int year, int month, int day);
+QXUTIL_API qxDateTime* CreateDateTime(int year, int month, int day, int hours, int minutes,
+                                      int seconds);
+QXUTIL_API qxDateTime* CreateDateTime(int year, int month, int day, int hours, int minutes,
+                                      int seconds, int milliseconds);
+QXUTIL_API qxDateTime* CreateDateTimeFromDays(double days);
+QXUTIL_API qxDateTime* CreateDateTimeFromHours(double hours);
+QXUTIL_API qxDateTime* CreateDateTimeFromMinutes(double minutes);
+QXUTIL_API qxDateTime* CreateDateTimeFromSeconds(double seconds);
+QXUTIL_API qxDateTime* CreateDateTimeFromMilliseconds(double milliseconds);
 /// CreateDateTimeFromLiteral - a date literal (20240229) and a clock
 /// literal; records no error.
-qxDateTime* CreateDateTimeFromLiteral(int date, long long clock);
+QXUTIL_API qxDateTime* CreateDateTimeFromLiteral(int date, long long clock);
 /// CreateDateTimeFromString - 21 digits (date and clock literals), or a
 /// date as Str2Date reads it, optionally followed by blanks and a time as
 /// ParseTimeString reads it.
-qxDateTime* CreateDateTimeFromString(const wchar_t* text);
-qxDateTime* CreateDateTimeFromSystemTime();
+QXUTIL_API qxDateTime* CreateDateTimeFromString(const wchar_t* text);
+QXUTIL_API qxDateTime* CreateDateTimeFromSystemTime();
 
 /// ParseTimeString - a time of day: the clock literal (13 digits), or
 /// hours[sep minutes[sep2 seconds]] with the time separators in force
 /// (the date format callback chooses neutral ":" or the locale's), seconds
 /// possibly with a fraction, and an optional AM/PM designator (the
 /// locale's or "am"/"pm") before or after. False for anything else.
-bool ParseTimeString(const wchar_t* text, int* hours, int* minutes, double* seconds);
+QXUTIL_API bool ParseTimeString(const wchar_t* text, int* hours, int* minutes, double* seconds);
 
 #endif // QXUTIL_LOCALE_H

@@ -5,6 +5,7 @@
 #include "qxutil/frame.h"
 #include "qxutil/locale.h"
 #include "qxutil/text.h"
+#include "qxutil/winlocale.h"
 #include "qxutil/wintypes.h"
 
 #endif // QXUTIL_QXUTIL_H

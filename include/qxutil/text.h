@@ -9,6 +9,9 @@
 
 #include "qxutil/frame.h"
 
+#include <cstddef>
+#include <string>
+
 // ---- Character-set catalogue -----------------------------------------------
 //
 // Every piece of 8-bit text is tagged with one of the 57 members of
@@ -81,41 +84,42 @@ enum QXCHARSET : int {
 constexpr int kQXCharsetCount = 57;
 
 /// CharsetName - the member's name, e.g. "WindowsLatin1"; `cs` unchecked.
-const wchar_t* CharsetName(QXCHARSET cs);
+QXUTIL_API const wchar_t* CharsetName(QXCHARSET cs);
 /// CS2Str - the member's name; "" (never null) outside 0..56.
-const wchar_t* CS2Str(QXCHARSET cs);
+QXUTIL_API const wchar_t* CS2Str(QXCHARSET cs);
 /// CS2OldStr - "MAC" (21), "XASCII" (34), "LICS" (45), else "ANSI".
-const wchar_t* CS2OldStr(QXCHARSET cs);
+QXUTIL_API const wchar_t* CS2OldStr(QXCHARSET cs);
 /// Str2CS - the member named `name`, case-insensitively: the old names
 /// first ("ANSI" gives the system charset), then the 57 names; -1 if none.
-QXCHARSET Str2CS(const wchar_t* name);
+QXUTIL_API QXCHARSET Str2CS(const wchar_t* name);
 /// CharsetDBCS, IS_DBCS_CHARSET - the DBCS flag; `cs` unchecked.
-bool CharsetDBCS(QXCHARSET cs);
-bool IS_DBCS_CHARSET(QXCHARSET cs);
+QXUTIL_API bool CharsetDBCS(QXCHARSET cs);
+QXUTIL_API bool IS_DBCS_CHARSET(QXCHARSET cs);
 /// CharsetUnknownCode - the byte for unmappable characters ('_').
-unsigned char CharsetUnknownCode(QXCHARSET cs);
+QXUTIL_API unsigned char CharsetUnknownCode(QXCHARSET cs);
 /// CharsetSlashN - the member's line end: "\r\n", "\n" or "\r".
-const wchar_t* CharsetSlashN(QXCHARSET cs);
-const wchar_t* CharsetANSI();
-const wchar_t* CharsetMAC();
-const wchar_t* CharsetXASCII();
-const wchar_t* CharsetLICS();
+QXUTIL_API const wchar_t* CharsetSlashN(QXCHARSET cs);
+QXUTIL_API const wchar_t* CharsetANSI();
+QXUTIL_API const wchar_t* CharsetMAC();
+QXUTIL_API const wchar_t* CharsetXASCII();
+QXUTIL_API const wchar_t* CharsetLICS();
 /// GetWinCodePage - the member's Windows code page: 0 (the ANSI page) for
 /// "Neutral", 1 (the OEM page) for "CodePage437", -1 for members without
 /// one and for values outside 0..56.
-int GetWinCodePage(QXCHARSET cs);
+QXUTIL_API int GetWinCodePage(QXCHARSET cs);
 /// system_charset - the member chosen once, when the context's services
 /// were built, from the locale's default ANSI code page.
-QXCHARSET system_charset();
+QXUTIL_API QXCHARSET system_charset();
 
 /// cCharsetInfo - knows the system charset (slot key 5).
-class cCharsetInfo : public QXSingleton<cCharsetInfo, 5> {
+class QXUTIL_API cCharsetInfo : public QXSingleton<cCharsetInfo, 5> {
 public:
   virtual ~cCharsetInfo();
   virtual QXCHARSET GetSystemCharset() = 0;
 
   static cCharsetInfo* Create();
 };
+extern template class QXSingleton<cCharsetInfo, 5>;
 
 // ---- Character-set conversion --------------------------------------------
 //
@@ -129,7 +133,7 @@ public:
 // without a code page writes '_' through the system code page.
 
 /// cCharsetConverter - builds and caches translation tables (slot key 4).
-class cCharsetConverter : public QXSingleton<cCharsetConverter, 4> {
+class QXUTIL_API cCharsetConverter : public QXSingleton<cCharsetConverter, 4> {
 public:
   virtual ~cCharsetConverter();
   /// GetConversionTable - the 256-byte table from `from` to `to` (both in
@@ -144,15 +148,17 @@ public:
 
   static cCharsetConverter* Create();
 };
+extern template class QXSingleton<cCharsetConverter, 4>;
 
 /// ConvertCharset - GetConversionTable of the context's converter. The table
 /// belongs to the converter and stays valid until ten further distinct
 /// pairs have been built: ConvertCharset(WindowsLatin1, CodePage437, &n, &t)
 /// => true, t[0xE9] == 0x82, t[0] == '_'.
-bool ConvertCharset(QXCHARSET from, QXCHARSET to, int* unknownCount, unsigned char** table);
+QXUTIL_API bool ConvertCharset(QXCHARSET from, QXCHARSET to, int* unknownCount,
+                               unsigned char** table);
 
 /// IsStrConvertNecessary - true when both are in 1..56 and differ.
-bool IsStrConvertNecessary(QXCHARSET from, QXCHARSET to);
+QXUTIL_API bool IsStrConvertNecessary(QXCHARSET from, QXCHARSET to);
 
 /// ConvertMBCSCharToSystem - MultiByteToWideChar(code page of `cs`,
 /// MB_PRECOMPOSED) of `srcLen` bytes into `dst`. Writes a terminator after
@@ -160,11 +166,12 @@ bool IsStrConvertNecessary(QXCHARSET from, QXCHARSET to);
 /// dstLen + 1 units (a failure writes dst[0] = 0). Returns n != 0; false
 /// without writing for a null pointer or a zero length, and for members
 /// without a code page. Lengths above INT_MAX count as INT_MAX.
-bool ConvertMBCSCharToSystem(const char* src, unsigned int srcLen, QXCHARSET cs, wchar_t* dst,
-                             unsigned int dstLen);
+QXUTIL_API bool ConvertMBCSCharToSystem(const char* src, unsigned int srcLen, QXCHARSET cs,
+                                        wchar_t* dst, unsigned int dstLen);
 /// ConvertMBCSCharToSystem - the same for the NUL-terminated `src` (its
 /// terminator not converted); null `src` gives false.
-bool ConvertMBCSCharToSystem(const char* src, QXCHARSET cs, wchar_t* dst, unsigned int dstLen);
+QXUTIL_API bool ConvertMBCSCharToSystem(const char* src, QXCHARSET cs, wchar_t* dst,
+                                        unsigned int dstLen);
 
 /// ConvertSystemToMBCSChar - WideCharToMultiByte(code page of `cs`,
 /// WC_COMPOSITECHECK) of the NUL-terminated `src`, terminator included, into
@@ -174,29 +181,29 @@ bool ConvertMBCSCharToSystem(const char* src, QXCHARSET cs, wchar_t* dst, unsign
 /// of "Neutral" and "CodePage437" after a failure) is retried in the system
 /// charset's code page with '_' for unknown characters. False for null
 /// pointers or dstLen 0.
-bool ConvertSystemToMBCSChar(const wchar_t* src, char* dst, QXCHARSET cs, unsigned int dstLen,
-                             bool acceptTruncation);
+QXUTIL_API bool ConvertSystemToMBCSChar(const wchar_t* src, char* dst, QXCHARSET cs,
+                                        unsigned int dstLen, bool acceptTruncation);
 
 /// ConvertWideCharToSystem - copies wide text (`cs` is ignored): when
 /// srcLen < dstLen, strcpyn(dst, src, dstLen) and true; otherwise wcsncpy of
 /// dstLen units (no terminator guaranteed) and false.
-bool ConvertWideCharToSystem(const wchar_t* src, unsigned int srcLen, wchar_t* dst, QXCHARSET cs,
-                             unsigned int dstLen);
+QXUTIL_API bool ConvertWideCharToSystem(const wchar_t* src, unsigned int srcLen, wchar_t* dst,
+                                        QXCHARSET cs, unsigned int dstLen);
 /// ConvertSystemToWideChar - strcpyn when the text fits with its
 /// terminator (true); otherwise wcsncpy of dstLen units, true only when
 /// `acceptTruncation` and just the terminator was left out.
-bool ConvertSystemToWideChar(const wchar_t* src, wchar_t* dst, unsigned int dstLen,
-                             bool acceptTruncation);
+QXUTIL_API bool ConvertSystemToWideChar(const wchar_t* src, wchar_t* dst, unsigned int dstLen,
+                                        bool acceptTruncation);
 
 /// ConvertLFToPlatformCRLF - a new copy of `s` (free with ffree) in which
 /// every line break (CR LF, CR or LF) is the system charset's line end:
 /// L"a\nb" => L"a\r\nb". Null when `s` has no line break, is null, or
 /// memory fails.
-wchar_t* ConvertLFToPlatformCRLF(wchar_t* s);
+QXUTIL_API wchar_t* ConvertLFToPlatformCRLF(wchar_t* s);
 /// ConvertPlatformCRLFToLF - a new copy of `s` (free with ffree) in which
 /// every CR LF pair and every lone CR is one LF: L"a\r\nb\rc" => L"a\nb\nc".
 /// Null when `s` has no CR, is null, or memory fails.
-wchar_t* ConvertPlatformCRLFToLF(wchar_t* s);
+QXUTIL_API wchar_t* ConvertPlatformCRLFToLF(wchar_t* s);
 
 // ---- Wide-string functions -------------------------------------------------
 //
@@ -222,9 +229,6 @@ wchar_t* ConvertPlatformCRLFToLF(wchar_t* s);
 // never crashes: the function returns its failure value (null, false, 0 or
 // as stated) and writes nothing, unless its comment says otherwise.
 
-#include <cstddef>
-#include <string>
-
 namespace qxt {
 
 /// qxt::string - the library's wide string, as the positional tokeniser
@@ -249,45 +253,45 @@ private:
 // equal); the equality tests are false when either side is null.
 
 /// qxStrCmp - unit-by-unit compare of unsigned 16-bit units: -1, 0 or 1.
-int qxStrCmp(const wchar_t* a, const wchar_t* b);
+QXUTIL_API int qxStrCmp(const wchar_t* a, const wchar_t* b);
 /// qxStrICmp - the runtime's _wcsicmp (ASCII-only folding in the "C"
 /// runtime locale); _NLSCMPERROR (INT_MAX) for a null argument.
-int qxStrICmp(const wchar_t* a, const wchar_t* b);
+QXUTIL_API int qxStrICmp(const wchar_t* a, const wchar_t* b);
 /// qxStrNICmp - the runtime's _wcsnicmp on at most n units.
-int qxStrNICmp(const wchar_t* a, const wchar_t* b, size_t n);
+QXUTIL_API int qxStrNICmp(const wchar_t* a, const wchar_t* b, size_t n);
 /// strequ - true if equal unit by unit.
-bool strequ(const wchar_t* a, const wchar_t* b);
+QXUTIL_API bool strequ(const wchar_t* a, const wchar_t* b);
 /// striequ - _wcsicmp(a, b) == 0.
-bool striequ(const wchar_t* a, const wchar_t* b);
+QXUTIL_API bool striequ(const wchar_t* a, const wchar_t* b);
 /// strnequ - wcsncmp(a, b, n) == 0: strnequ(L"abc", L"abd", 2) => true.
-bool strnequ(const wchar_t* a, const wchar_t* b, size_t n);
+QXUTIL_API bool strnequ(const wchar_t* a, const wchar_t* b, size_t n);
 /// strniequ - the first n units of each (fewer if a string ends first)
 /// compared with _wcsicmp: strniequ(L"ABx", L"aby", 2) => true. Needs no
 /// heap for n up to 256; if the scratch for a longer n cannot be had, it
 /// answers with _wcsnicmp(a, b, n) == 0.
-bool strniequ(const wchar_t* a, const wchar_t* b, size_t n);
+QXUTIL_API bool strniequ(const wchar_t* a, const wchar_t* b, size_t n);
 
 // -- Length and search (two modes). Results are unit positions and counts
 // of units in both modes, except qxStrLen.
 
 /// qxStrLen - wcslen; DBCS mode: the number of characters (qxNextChar
 /// steps): L"a\u0301b" => 3 single-byte, 2 DBCS. Null => 0.
-size_t qxStrLen(const wchar_t* s);
+QXUTIL_API size_t qxStrLen(const wchar_t* s);
 /// qxStrchr - the first `c` (c = 0 finds the terminator); null if none.
-const wchar_t* qxStrchr(const wchar_t* s, wchar_t c);
+QXUTIL_API const wchar_t* qxStrchr(const wchar_t* s, wchar_t c);
 /// qxStrrchr - the last `c` (not narrowed in DBCS mode); null if none.
-const wchar_t* qxStrrchr(const wchar_t* s, wchar_t c);
+QXUTIL_API const wchar_t* qxStrrchr(const wchar_t* s, wchar_t c);
 /// qxStrpbrk - the first unit of `s` found in `set`; null if none.
-const wchar_t* qxStrpbrk(const wchar_t* s, const wchar_t* set);
+QXUTIL_API const wchar_t* qxStrpbrk(const wchar_t* s, const wchar_t* set);
 /// qxStrspn - the length of the leading run of units found in `set`.
-size_t qxStrspn(const wchar_t* s, const wchar_t* set);
+QXUTIL_API size_t qxStrspn(const wchar_t* s, const wchar_t* set);
 /// qxStrcspn - the length of the leading run of units not in `set`.
-size_t qxStrcspn(const wchar_t* s, const wchar_t* set);
+QXUTIL_API size_t qxStrcspn(const wchar_t* s, const wchar_t* set);
 /// qxStrstr - the first occurrence of `needle`; `s` itself for an empty
 /// needle; null if none.
-const wchar_t* qxStrstr(const wchar_t* s, const wchar_t* needle);
+QXUTIL_API const wchar_t* qxStrstr(const wchar_t* s, const wchar_t* needle);
 /// qxLastChar - the last character; `s` itself for an empty string.
-const wchar_t* qxLastChar(const wchar_t* s);
+QXUTIL_API const wchar_t* qxLastChar(const wchar_t* s);
 inline wchar_t* qxStrchr(wchar_t* s, wchar_t c) {
   return const_cast<wchar_t*>(qxStrchr(const_cast<const wchar_t*>(s), c));
 }
@@ -305,8 +309,8 @@ inline wchar_t* qxLastChar(wchar_t* s) {
 }
 
 /// fast_strchr, fast_strpbrk - wcschr and wcspbrk, whatever the mode.
-const wchar_t* fast_strchr(const wchar_t* s, wchar_t c);
-const wchar_t* fast_strpbrk(const wchar_t* s, const wchar_t* set);
+QXUTIL_API const wchar_t* fast_strchr(const wchar_t* s, wchar_t c);
+QXUTIL_API const wchar_t* fast_strpbrk(const wchar_t* s, const wchar_t* set);
 inline wchar_t* fast_strchr(wchar_t* s, wchar_t c) {
   return const_cast<wchar_t*>(fast_strchr(const_cast<const wchar_t*>(s), c));
 }
@@ -317,106 +321,106 @@ inline wchar_t* fast_strpbrk(wchar_t* s, const wchar_t* set) {
 /// strnchr - the first `c` among the first n units, stopping at the
 /// terminator (so c = 0 is never found); a hit at position n or later is
 /// null: strnchr(L"abc", L'c', 2) => null.
-const wchar_t* strnchr(const wchar_t* s, wchar_t c, size_t n);
+QXUTIL_API const wchar_t* strnchr(const wchar_t* s, wchar_t c, size_t n);
 inline wchar_t* strnchr(wchar_t* s, wchar_t c, size_t n) {
   return const_cast<wchar_t*>(strnchr(const_cast<const wchar_t*>(s), c, n));
 }
 /// strrcspn - the index of the last unit of `s` found in `set`:
 /// strrcspn(L"a,b,c", L",") => 3; 0xFFFFFFFF if none or `s` is empty.
-unsigned int strrcspn(const wchar_t* s, const wchar_t* set);
+QXUTIL_API unsigned int strrcspn(const wchar_t* s, const wchar_t* set);
 
 // -- Characters.
 
 /// qxNextChar - CharNextW: past the unit and the nonspacing marks after
 /// it; at the terminator, the terminator itself.
-const wchar_t* qxNextChar(const wchar_t* p);
+QXUTIL_API const wchar_t* qxNextChar(const wchar_t* p);
 inline wchar_t* qxNextChar(wchar_t* p) {
   return const_cast<wchar_t*>(qxNextChar(const_cast<const wchar_t*>(p)));
 }
 /// qxPrevChar - CharPrevW: the character before `p`, never before `start`.
-const wchar_t* qxPrevChar(const wchar_t* start, const wchar_t* p);
+QXUTIL_API const wchar_t* qxPrevChar(const wchar_t* start, const wchar_t* p);
 inline wchar_t* qxPrevChar(const wchar_t* start, wchar_t* p) {
   return const_cast<wchar_t*>(qxPrevChar(start, const_cast<const wchar_t*>(p)));
 }
 /// qxIsLeadByte - always false: wide text has no lead units.
-bool qxIsLeadByte(const wchar_t* p);
+QXUTIL_API bool qxIsLeadByte(const wchar_t* p);
 
 /// qxToUpper, qxToLower - CharUpperW / CharLowerW of one character
 /// (Windows' simple, locale-independent case mapping): L'\u00e9' =>
 /// L'\u00c9'. Values outside the BMP come back unchanged.
-wchar_t qxToUpper(wchar_t c);
-wchar_t qxToLower(wchar_t c);
+QXUTIL_API wchar_t qxToUpper(wchar_t c);
+QXUTIL_API wchar_t qxToLower(wchar_t c);
 /// qxIsAlpha, qxIsAlphaNum - the runtime's iswalpha / iswalnum.
-bool qxIsAlpha(wchar_t c);
-bool qxIsAlphaNum(wchar_t c);
+QXUTIL_API bool qxIsAlpha(wchar_t c);
+QXUTIL_API bool qxIsAlphaNum(wchar_t c);
 /// qxIsUpper, qxIsLower - IsCharUpperW / IsCharLowerW.
-bool qxIsUpper(wchar_t c);
-bool qxIsLower(wchar_t c);
+QXUTIL_API bool qxIsUpper(wchar_t c);
+QXUTIL_API bool qxIsLower(wchar_t c);
 /// qxIsPrint - true for every unit of 128 or more; below 128 the
 /// runtime's iswprint (false for controls and DEL).
-bool qxIsPrint(wchar_t c);
+QXUTIL_API bool qxIsPrint(wchar_t c);
 
 // -- In-place edits. Those returning a pointer return their first
 // argument; null in, null out.
 
 /// qxStrrev - reverses the units (the runtime's _wcsrev) in both modes.
-wchar_t* qxStrrev(wchar_t* s);
+QXUTIL_API wchar_t* qxStrrev(wchar_t* s);
 /// qxStrUpr, qxStrLwr - CharUpperW / CharLowerW over the whole string.
-wchar_t* qxStrUpr(wchar_t* s);
-wchar_t* qxStrLwr(wchar_t* s);
+QXUTIL_API wchar_t* qxStrUpr(wchar_t* s);
+QXUTIL_API wchar_t* qxStrLwr(wchar_t* s);
 /// qxCharReplace - every unit of `s` found in `set` becomes `c` (with
 /// c = 0 every one of them becomes a terminator).
-void qxCharReplace(wchar_t* s, const wchar_t* set, wchar_t c);
+QXUTIL_API void qxCharReplace(wchar_t* s, const wchar_t* set, wchar_t c);
 /// memrev - reverses n bytes in place; returns p.
-void* memrev(void* p, unsigned int n);
+QXUTIL_API void* memrev(void* p, unsigned int n);
 /// concat_backslash - strcpyn(dst, src, n) (skipped when n is 0), then a
 /// backslash appended when `dst` is not empty and does not end in "\" or
 /// "/". The backslash does not count against n: callers leave one unit
 /// spare. concat_backslash(L"/data", d, 261) => L"/data\\".
-void concat_backslash(const wchar_t* src, wchar_t* dst, unsigned int n);
+QXUTIL_API void concat_backslash(const wchar_t* src, wchar_t* dst, unsigned int n);
 
 // -- White space and trimming.
 
 /// skipwhite - past the leading white space; null if only white space (or
 /// nothing) is left: skipwhite(L" \tx") => "x", skipwhite(L"  ") => null.
-const wchar_t* skipwhite(const wchar_t* s);
+QXUTIL_API const wchar_t* skipwhite(const wchar_t* s);
 inline wchar_t* skipwhite(wchar_t* s) {
   return const_cast<wchar_t*>(skipwhite(const_cast<const wchar_t*>(s)));
 }
 /// ltrim - removes leading white-space and unprintable units, shifting the
 /// rest left; returns how many were removed. A string made only of such
 /// units is left as it is (and 0 returned): L"\t a " => L"a " (2).
-unsigned int ltrim(wchar_t* s);
+QXUTIL_API unsigned int ltrim(wchar_t* s);
 /// ltrim2 - removes leading spaces (32) only; returns how many:
 /// L"  \ta" => L"\ta" (2), L"   " => L"" (3).
-unsigned int ltrim2(wchar_t* s);
+QXUTIL_API unsigned int ltrim2(wchar_t* s);
 /// rtrim - overwrites trailing white-space and unprintable units with
 /// zeros; returns the new length: L"a b \r\n" => L"a b" (3).
-unsigned int rtrim(wchar_t* s);
+QXUTIL_API unsigned int rtrim(wchar_t* s);
 /// rtrimA - rtrim of 8-bit text in the thread's ANSI code page, walking
 /// with CharNextA (a double-byte character is never cut); writes one
 /// terminator at the start of the trailing run; returns the new length in
 /// bytes. Bytes of 128 and more are printable.
-unsigned int rtrimA(char* s);
+QXUTIL_API unsigned int rtrimA(char* s);
 
 // -- Line ends and replacement.
 
 /// TextRemoveCrs - removes each CR that is directly followed by LF;
 /// returns the new length: L"a\r\r\nb" => L"a\r\nb" (4).
-unsigned int TextRemoveCrs(wchar_t* s);
+QXUTIL_API unsigned int TextRemoveCrs(wchar_t* s);
 /// TextAddCrs - allocates, with the memory manager, a copy of the first n
 /// units of `src` with a CR written before every LF (also before an LF
 /// that already has one: L"\r\n" => L"\r\r\n") and a terminator, into
 /// *out (the caller frees it with ffree). Returns the copy's length; 0 if
 /// the memory cannot be had (then *out is left as it was).
-unsigned int TextAddCrs(wchar_t** out, const wchar_t* src, unsigned int n);
+QXUTIL_API unsigned int TextAddCrs(wchar_t** out, const wchar_t* src, unsigned int n);
 /// TextReplaceChar - every `from` becomes `to` (from = 0 changes nothing).
-void TextReplaceChar(wchar_t* s, wchar_t from, wchar_t to);
+QXUTIL_API void TextReplaceChar(wchar_t* s, wchar_t from, wchar_t to);
 /// FilterNewline - copies exactly n units from `src` to `dst` (which may be
 /// `src`); encoding (`decode` false) writes each CR LF pair as backslash
 /// and "n", decoding writes each backslash-"n" pair as CR LF. The length
 /// never changes and no terminator is written.
-void FilterNewline(wchar_t* dst, const wchar_t* src, unsigned int n, bool decode);
+QXUTIL_API void FilterNewline(wchar_t* dst, const wchar_t* src, unsigned int n, bool decode);
 
 // -- SQL LIKE.
 
@@ -437,7 +441,8 @@ void FilterNewline(wchar_t* dst, const wchar_t* src, unsigned int n, bool decode
 /// bad escape is reached simply does not match (L"xb" against L"a!b").
 /// Null `subject` or `pattern`: false, *match false, nothing recorded; null
 /// `match`: false. Worst case O(subject length x pattern length), no heap.
-bool Like(const wchar_t* subject, const wchar_t* pattern, const wchar_t* escape, bool* match);
+QXUTIL_API bool Like(const wchar_t* subject, const wchar_t* pattern, const wchar_t* escape,
+                     bool* match);
 
 // -- Tokenising.
 
@@ -451,7 +456,7 @@ bool Like(const wchar_t* subject, const wchar_t* pattern, const wchar_t* escape,
 /// is trimmed in place (ltrim, rtrim) and returned; quotes are kept. A
 /// delimiter first gives an empty token. Null `s`, `delims` or `next`:
 /// null, nothing written.
-wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, bool brackets, wchar_t** next);
+QXUTIL_API wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, bool brackets, wchar_t** next);
 
 /// qxStrtok - strtok-style tokenising. Single-byte mode: the runtime's
 /// two-argument wcstok (position kept per thread; `context` is neither read
@@ -460,7 +465,7 @@ wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, bool brackets, wchar_t** ne
 /// (overwritten with 0) with the resume point in *context; at the end
 /// *context becomes a constant empty string and null is returned. Null
 /// `delims` (or, in DBCS mode, null `context`): null, nothing written.
-wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, wchar_t** context);
+QXUTIL_API wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, wchar_t** context);
 
 /// qxStrtok - the first overload's rules by positions, on text it does not
 /// change, with brackets always honoured. From unit `start`: skips leading
@@ -474,16 +479,16 @@ wchar_t* qxStrtok(wchar_t* s, const wchar_t* delims, wchar_t** context);
 /// `start` beyond the length: false, nothing written.
 ///   s = L" a , (b,c)", start 0, delims L"," => true, 1, 2, 4
 ///   then start 4 => true, 5, 10, 10; then start 10 => false, 10, 10, 10
-bool qxStrtok(const qxt::string& s, unsigned int start, const qxt::string& delims,
-              unsigned int* tokenStart, unsigned int* tokenEnd, unsigned int* next,
-              const wchar_t* quotes);
+QXUTIL_API bool qxStrtok(const qxt::string& s, unsigned int start, const qxt::string& delims,
+                         unsigned int* tokenStart, unsigned int* tokenEnd, unsigned int* next,
+                         const wchar_t* quotes);
 
 // -- Copying and quoting.
 
 /// strcpyn - copies at most n - 1 units of `src` into `dst`, fills the rest
 /// of the n units with zeros and returns `dst`; n = 0 writes nothing; a
 /// null `src` copies as the empty string. strcpyn(d, L"abc", 3) => "ab".
-wchar_t* strcpyn(wchar_t* dst, const wchar_t* src, unsigned int n);
+QXUTIL_API wchar_t* strcpyn(wchar_t* dst, const wchar_t* src, unsigned int n);
 
 /// quotestring - `src` in the quote character quote[0], with each quote
 /// character inside doubled, in `dst` of `size` units (at least 3; the
@@ -498,13 +503,15 @@ wchar_t* strcpyn(wchar_t* dst, const wchar_t* src, unsigned int n);
 /// `quote` makes it strcpyn. Only the result and its terminator are
 /// written; sizes 1 and 2 write just a terminator, size 0 nothing; a null
 /// `src` is the empty string. Returns `dst`.
-wchar_t* quotestring(wchar_t* dst, const wchar_t* src, unsigned int size, const wchar_t* quote);
+QXUTIL_API wchar_t* quotestring(wchar_t* dst, const wchar_t* src, unsigned int size,
+                                const wchar_t* quote);
 
 /// unquotestring - if `src` starts with quote[0]: the text after it up to
 /// the closing quote character, each doubled quote character read as one,
 /// at most size - 1 units, terminated (L"'it''s'" => L"it's", L"'ab'cd" =>
 /// L"ab", L"'ab" => L"ab"); otherwise (or with an empty or null `quote`)
 /// strcpyn(dst, src, size). `dst` may be `src`. Returns `dst`.
-wchar_t* unquotestring(wchar_t* dst, const wchar_t* src, unsigned int size, const wchar_t* quote);
+QXUTIL_API wchar_t* unquotestring(wchar_t* dst, const wchar_t* src, unsigned int size,
+                                  const wchar_t* quote);
 
 #endif // QXUTIL_TEXT_H

@@ -14,6 +14,8 @@
 #ifndef QXUTIL_WINTYPES_H
 #define QXUTIL_WINTYPES_H
 
+#include "qxutil/export.h"
+
 #ifdef _WIN32
 #include <windows.h>
 #else
@@ -154,9 +156,6 @@ struct CURRENCYFMTW {
   LPWSTR lpCurrencySymbol;
 };
 
-// The LOCALE_*, TIME_* and DATE_* constants and the locale calls.
-#include "qxutil/winlocale.h"
-
 // ---- Code pages (see MultiByteToWideChar) ----------------------------------
 
 #define CP_ACP 0
@@ -178,8 +177,8 @@ struct CURRENCYFMTW {
 
 // ---- Calls a host may need -------------------------------------------------
 
-DWORD GetLastError();
-void SetLastError(DWORD code);
+QXUTIL_API DWORD GetLastError();
+QXUTIL_API void SetLastError(DWORD code);
 
 #endif // _WIN32
 

@@ -4,6 +4,7 @@
 // to the host's callback. Without one the answer is always "go on".
 //
 //===----------------------------------------------------------------------===//
+#include "frame/singleton.h"
 #include "qxutil/frame.h"
 
 namespace {
@@ -21,6 +22,7 @@ private:
 } // namespace
 
 cCheckEsc::~cCheckEsc() {}
+cCheckEscCallback::~cCheckEscCallback() {}
 
 cCheckEsc* cCheckEsc::Create() {
   try {
@@ -44,3 +46,5 @@ bool CheckEsc4Update(bool forUpdate) {
   cCheckEsc* esc = cCheckEsc::Instance();
   return esc && esc->CheckForUpdate(forUpdate);
 }
+
+template class QXSingleton<cCheckEsc, 1>;

@@ -8,6 +8,8 @@
 #include "platform/modules.h"
 #include "qxutil/frame.h"
 
+using namespace qx::win;
+
 namespace {
 
 // The companion modules, in the order they are visited.

@@ -6,6 +6,7 @@
 // dropped the list is "lost" until it is cleared.
 //
 //===----------------------------------------------------------------------===//
+#include "frame/singleton.h"
 #include "frame/wide_buffer.h"
 #include "qxutil/frame.h"
 #include "qxutil/locale.h"
@@ -325,6 +326,7 @@ private:
 } // namespace
 
 cErrorSystem::~cErrorSystem() {}
+cErrorFuncs::~cErrorFuncs() {}
 
 cErrorSystem* cErrorSystem::Create() {
   try {
@@ -432,3 +434,5 @@ eErrorMode GetQXErrorMode() {
   cErrorSystem* es = cErrorSystem::Instance();
   return es ? es->GetQXErrorMode() : eErrorModeDefault;
 }
+
+template class QXSingleton<cErrorSystem, 7>;

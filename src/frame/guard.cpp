@@ -3,6 +3,8 @@
 
 #include "platform/threads.h"
 
+using namespace qx::win;
+
 QXGuard::QXGuard() { InitializeCriticalSection(&section_); }
 
 QXGuard::~QXGuard() { DeleteCriticalSection(&section_); }

@@ -7,12 +7,15 @@
 //===----------------------------------------------------------------------===//
 #include "frame/memory.h"
 #include "frame/service_set.h"
+#include "frame/singleton.h"
 #include "platform/threads.h"
 #include "qxutil/frame.h"
 
 #include <atomic>
 #include <map>
 #include <new>
+
+using namespace qx::win;
 
 namespace qx::detail {
 __thread void** tServiceSlots __attribute__((tls_model("initial-exec"))) = nullptr;

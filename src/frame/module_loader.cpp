@@ -13,6 +13,8 @@
 #include <cwchar>
 #include <string>
 
+using namespace qx::win;
+
 namespace {
 
 bool IsSeparator(wchar_t c) { return c == L'/' || c == L'\\'; }

@@ -11,6 +11,8 @@
 
 #include <cmath>
 
+using namespace qx::win;
+
 namespace {
 // time_100 runs from 0 to this value and then starts again at 0.
 constexpr long kTime100Period = 0xFFFFFFFFL / 10 + 1;

@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <cwchar>
 
+using namespace qx::win;
+
 namespace {
 
 using qx::date::IsLeapYear;

@@ -6,6 +6,8 @@
 #include <cwchar>
 #include <vector>
 
+using namespace qx::win;
+
 namespace {
 
 // PutIfFits - `text` of `length` units into `buffer` when it fits with its

@@ -5,6 +5,7 @@
 // that does not fit its field) keeps the previous or default value.
 //
 //===----------------------------------------------------------------------===//
+#include "frame/singleton.h"
 #include "qxutil/locale.h"
 
 #include "platform/crt_string.h"
@@ -366,3 +367,5 @@ wchar_t GetDateDelim() {
   GetQXLocaleDateInfo(SystemFlag(GetDateFormatCallback()), nullptr, &delimiter);
   return delimiter;
 }
+
+template class QXSingleton<cLocaleInfo, 3>;

@@ -5,6 +5,8 @@
 
 #include <cwchar>
 
+using namespace qx::win;
+
 using namespace qx::date;
 
 namespace {

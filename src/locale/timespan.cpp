@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <cwchar>
 
+using namespace qx::win;
+
 using namespace qx::date;
 
 namespace {

@@ -15,7 +15,7 @@ int DaysInMonth(int year, int month) {
 }
 } // namespace
 
-DWORD GetTickCount() {
+DWORD qx::win::GetTickCount() {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
   unsigned long long ms = static_cast<unsigned long long>(now.tv_sec) * 1000u +
@@ -23,7 +23,7 @@ DWORD GetTickCount() {
   return static_cast<DWORD>(ms);
 }
 
-void GetLocalTime(SYSTEMTIME* time) {
+void qx::win::GetLocalTime(SYSTEMTIME* time) {
   if (!time)
     return;
   timespec now{};
@@ -34,7 +34,7 @@ void GetLocalTime(SYSTEMTIME* time) {
   qx::platform::FillSystemTime(local, now.tv_nsec, time);
 }
 
-BOOL SetLocalTime(const SYSTEMTIME* time) {
+BOOL qx::win::SetLocalTime(const SYSTEMTIME* time) {
   if (!time || time->wYear < 1601 || time->wYear > 30827 || time->wMonth < 1 || time->wMonth > 12 ||
       time->wDay < 1 || time->wDay > DaysInMonth(time->wYear, time->wMonth) || time->wHour > 23 ||
       time->wMinute > 59 || time->wSecond > 59 || time->wMilliseconds > 999) {
@@ -69,7 +69,7 @@ BOOL SetLocalTime(const SYSTEMTIME* time) {
   return TRUE;
 }
 
-UINT GetDoubleClickTime() { return 500; }
+UINT qx::win::GetDoubleClickTime() { return 500; }
 
 namespace qx::platform {
 

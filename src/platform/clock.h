@@ -12,6 +12,8 @@
 
 #include "qxutil/wintypes.h"
 
+namespace qx::win {
+
 /// GetTickCount - milliseconds since an arbitrary start, modulo 2^32.
 DWORD GetTickCount();
 
@@ -29,6 +31,8 @@ BOOL SetLocalTime(const SYSTEMTIME* time);
 /// GetDoubleClickTime - the double-click interval in milliseconds: 500,
 /// Windows' default, as there is no pointer device to ask.
 UINT GetDoubleClickTime();
+
+} // namespace qx::win
 
 struct tm;
 

@@ -15,6 +15,8 @@
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
+
+using namespace qx::win;
 #endif
 
 using qx::platform::CodePageTable;
@@ -871,25 +873,26 @@ int WideToMultiByte(UINT cp, DWORD flags, LPCWSTR src, int srclen, LPSTR dst, in
 
 } // namespace
 
-UINT GetACP() {
+UINT qx::win::GetACP() {
   return SupportedOr(qx::platform::LocaleAnsiCodePage(GetThreadLocale()), kFallbackAnsi);
 }
 
-UINT GetOEMCP() {
+UINT qx::win::GetOEMCP() {
   return SupportedOr(qx::platform::LocaleOemCodePage(GetThreadLocale()), kFallbackOem);
 }
 
-BOOL IsValidCodePage(UINT cp) {
+BOOL qx::win::IsValidCodePage(UINT cp) {
   // The placeholders (CP_ACP, CP_OEMCP, CP_MACCP, CP_THREAD_ACP) are no pages of their own.
   return cp > kThreadAnsiCp && qx::platform::FindCodePageTable(cp) != nullptr;
 }
 
-int MultiByteToWideChar(UINT cp, DWORD flags, LPCSTR src, int srclen, LPWSTR dst, int dstlen) {
+int qx::win::MultiByteToWideChar(UINT cp, DWORD flags, LPCSTR src, int srclen, LPWSTR dst,
+                                 int dstlen) {
   return MultiByteToWide<true>(cp, flags, src, srclen, dst, dstlen);
 }
 
-int WideCharToMultiByte(UINT cp, DWORD flags, LPCWSTR src, int srclen, LPSTR dst, int dstlen,
-                        LPCSTR defaultChar, LPBOOL usedDefault) {
+int qx::win::WideCharToMultiByte(UINT cp, DWORD flags, LPCWSTR src, int srclen, LPSTR dst,
+                                 int dstlen, LPCSTR defaultChar, LPBOOL usedDefault) {
   return WideToMultiByte<true>(cp, flags, src, srclen, dst, dstlen, defaultChar, usedDefault);
 }
 
@@ -904,7 +907,7 @@ int qx::platform::WideCharToMultiByteReference(UINT cp, DWORD flags, LPCWSTR src
   return WideToMultiByte<false>(cp, flags, src, srclen, dst, dstlen, defaultChar, usedDefault);
 }
 
-BOOL IsDBCSLeadByteEx(UINT cp, BYTE byte) {
+BOOL qx::win::IsDBCSLeadByteEx(UINT cp, BYTE byte) {
   const CodePageTable* t = ResolveTable(cp);
   if (t == nullptr) {
     SetLastError(ERROR_INVALID_PARAMETER);
@@ -913,9 +916,9 @@ BOOL IsDBCSLeadByteEx(UINT cp, BYTE byte) {
   return t->IsLead(byte) ? TRUE : FALSE;
 }
 
-BOOL IsDBCSLeadByte(BYTE byte) { return IsDBCSLeadByteEx(CP_ACP, byte); }
+BOOL qx::win::IsDBCSLeadByte(BYTE byte) { return IsDBCSLeadByteEx(CP_ACP, byte); }
 
-LPSTR CharNextExA(WORD cp, LPCSTR p, DWORD /*flags*/) {
+LPSTR qx::win::CharNextExA(WORD cp, LPCSTR p, DWORD /*flags*/) {
   if (p == nullptr || *p == '\0') {
     return const_cast<LPSTR>(p);
   }
@@ -926,9 +929,9 @@ LPSTR CharNextExA(WORD cp, LPCSTR p, DWORD /*flags*/) {
   return const_cast<LPSTR>(p + 1);
 }
 
-LPSTR CharNextA(LPCSTR p) { return CharNextExA(CP_ACP, p, 0); }
+LPSTR qx::win::CharNextA(LPCSTR p) { return CharNextExA(CP_ACP, p, 0); }
 
-LPSTR CharPrevExA(WORD cp, LPCSTR start, LPCSTR p, DWORD /*flags*/) {
+LPSTR qx::win::CharPrevExA(WORD cp, LPCSTR start, LPCSTR p, DWORD /*flags*/) {
   if (start == nullptr || p == nullptr) {
     return const_cast<LPSTR>(start);
   }
@@ -947,4 +950,4 @@ LPSTR CharPrevExA(WORD cp, LPCSTR start, LPCSTR p, DWORD /*flags*/) {
   return const_cast<LPSTR>(at);
 }
 
-LPSTR CharPrevA(LPCSTR start, LPCSTR p) { return CharPrevExA(CP_ACP, start, p, 0); }
+LPSTR qx::win::CharPrevA(LPCSTR start, LPCSTR p) { return CharPrevExA(CP_ACP, start, p, 0); }

@@ -31,6 +31,8 @@
 
 #include "qxutil/wintypes.h"
 
+namespace qx::win {
+
 /// MultiByteToWideChar - converts `srclen` bytes of `src` (-1 or any negative
 /// length: up to and including the terminator) in code page `cp` to UTF-16
 /// units in `dst` (room for `dstlen` units) and returns the units written, or,
@@ -98,5 +100,7 @@ UINT GetACP();
 /// GetOEMCP - the OEM code page of the calling thread's locale (437 when the
 /// locale has none).
 UINT GetOEMCP();
+
+} // namespace qx::win
 
 #endif // QXUTIL_PLATFORM_CODEPAGE_H

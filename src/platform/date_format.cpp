@@ -1,6 +1,7 @@
 // Provides: GetDateFormatW, GetTimeFormatW (pictures expanded from the
 // built-in locale database).
 #include "platform/date_format.h"
+#include "qxutil/winlocale.h"
 
 #include "platform/clock.h"
 #include "platform/locale_db.h"
@@ -245,8 +246,8 @@ bool KnownLocale(LCID lcid) {
 
 } // namespace
 
-int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR format, LPWSTR out,
-                   int size) {
+int qx::win::GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR format,
+                            LPWSTR out, int size) {
   if (size < 0 || (size > 0 && !out))
     return Fail(ERROR_INVALID_PARAMETER);
   DWORD pictures = flags & kDatePictureFlags;
@@ -279,8 +280,8 @@ int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR for
   return Deliver(PictureWriter(locale, *date, flags, true).Expand(picture.c_str()), out, size);
 }
 
-int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR format, LPWSTR out,
-                   int size) {
+int qx::win::GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR format,
+                            LPWSTR out, int size) {
   if (size < 0 || (size > 0 && !out))
     return Fail(ERROR_INVALID_PARAMETER);
   if ((flags & ~kTimeFlags) || (format && (flags & LOCALE_NOUSEROVERRIDE)))

@@ -23,9 +23,13 @@
 
 #include "qxutil/wintypes.h"
 
+namespace qx::win {
+
 int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR format, LPWSTR out,
                    int size);
 int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR format, LPWSTR out,
                    int size);
+
+} // namespace qx::win
 
 #endif // QXUTIL_PLATFORM_DATE_FORMAT_H

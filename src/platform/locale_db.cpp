@@ -1,5 +1,6 @@
 // Provides: GetLocaleInfoW, Get/SetThreadLocale, Get*Default*, IsValidLocale, LCID <=> locale name.
 #include "platform/locale_db.h"
+#include "qxutil/winlocale.h"
 
 #include "platform/crt_locale.h"
 

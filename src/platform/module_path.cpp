@@ -20,7 +20,7 @@ std::string MainProgramPath() {
 }
 } // namespace
 
-DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
+DWORD qx::win::GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
   std::string path;
   void* handle = module ? static_cast<void*>(module) : dlopen(nullptr, RTLD_LAZY | RTLD_NOLOAD);
   link_map* map = nullptr;
@@ -49,7 +49,7 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
   return static_cast<DWORD>(wide.size());
 }
 
-HMODULE LoadLibraryExW(LPCWSTR path, void* file, DWORD) {
+HMODULE qx::win::LoadLibraryExW(LPCWSTR path, void* file, DWORD) {
   if (file) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
@@ -57,4 +57,4 @@ HMODULE LoadLibraryExW(LPCWSTR path, void* file, DWORD) {
   return LoadLibraryW(path);
 }
 
-UINT SetErrorMode(UINT mode) { return gErrorMode.exchange(mode); }
+UINT qx::win::SetErrorMode(UINT mode) { return gErrorMode.exchange(mode); }

@@ -14,6 +14,8 @@
 #define SEM_FAILCRITICALERRORS 0x0001
 #endif
 
+namespace qx::win {
+
 /// GetModuleFileNameW - the full path of a loaded module (null: the main
 /// program). Copies at most `size` - 1 units and a terminator and returns
 /// the units copied; when the path does not fit, the text is cut to `size`
@@ -31,5 +33,7 @@ HMODULE LoadLibraryExW(LPCWSTR path, void* file, DWORD flags);
 /// SetErrorMode - stores the process's error mode and returns the previous
 /// one.
 UINT SetErrorMode(UINT mode);
+
+} // namespace qx::win
 
 #endif // QXUTIL_PLATFORM_MODULE_PATH_H

@@ -47,7 +47,7 @@ void* PeekLoaded(const char* name) {
 
 } // namespace
 
-HMODULE GetModuleHandleW(LPCWSTR name) {
+HMODULE qx::win::GetModuleHandleW(LPCWSTR name) {
   void* handle = nullptr;
   if (!name) {
     handle = PeekLoaded(nullptr);
@@ -67,7 +67,7 @@ HMODULE GetModuleHandleW(LPCWSTR name) {
   return static_cast<HMODULE>(handle);
 }
 
-FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
+FARPROC qx::win::GetProcAddress(HMODULE module, LPCSTR name) {
   if (!module || !name) {
     SetLastError(module ? ERROR_PROC_NOT_FOUND : ERROR_INVALID_HANDLE);
     return nullptr;
@@ -80,7 +80,7 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
   return reinterpret_cast<FARPROC>(symbol);
 }
 
-HMODULE LoadLibraryW(LPCWSTR path) {
+HMODULE qx::win::LoadLibraryW(LPCWSTR path) {
   std::string utf8 = qx::platform::WideToUtf8(path);
   if (utf8.empty()) {
     SetLastError(ERROR_INVALID_PARAMETER);
@@ -92,7 +92,7 @@ HMODULE LoadLibraryW(LPCWSTR path) {
   return static_cast<HMODULE>(handle);
 }
 
-BOOL FreeLibrary(HMODULE module) {
+BOOL qx::win::FreeLibrary(HMODULE module) {
   if (!module || dlclose(module) != 0) {
     SetLastError(ERROR_INVALID_HANDLE);
     return FALSE;

@@ -9,6 +9,8 @@
 
 #include "qxutil/wintypes.h"
 
+namespace qx::win {
+
 /// GetModuleHandleW - the handle of a module the process has already loaded,
 /// found by the name it was loaded under, its soname or its file name
 /// without directories; null for the main program's handle when `name` is
@@ -24,5 +26,7 @@ HMODULE LoadLibraryW(LPCWSTR path);
 
 /// FreeLibrary - drops one load of `module`.
 BOOL FreeLibrary(HMODULE module);
+
+} // namespace qx::win
 
 #endif // QXUTIL_PLATFORM_MODULES_H

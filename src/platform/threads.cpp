@@ -77,7 +77,7 @@ pthread_mutex_t* AsMutex(CRITICAL_SECTION* section) {
 
 } // namespace
 
-DWORD TlsAlloc() {
+DWORD qx::win::TlsAlloc() {
   std::lock_guard<std::mutex> hold(gTlsLock);
   for (DWORD i = 0; i < kTlsSlots; ++i) {
     if (!gTlsInUse[i]) {
@@ -90,7 +90,7 @@ DWORD TlsAlloc() {
   return TLS_OUT_OF_INDEXES;
 }
 
-BOOL TlsFree(DWORD index) {
+BOOL qx::win::TlsFree(DWORD index) {
   std::lock_guard<std::mutex> hold(gTlsLock);
   if (index >= kTlsSlots || !gTlsInUse[index]) {
     SetLastError(ERROR_INVALID_PARAMETER);
@@ -101,7 +101,7 @@ BOOL TlsFree(DWORD index) {
   return TRUE;
 }
 
-LPVOID TlsGetValue(DWORD index) {
+LPVOID qx::win::TlsGetValue(DWORD index) {
   if (index >= kTlsSlots) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
@@ -110,7 +110,7 @@ LPVOID TlsGetValue(DWORD index) {
   return qx::platform::TlsValueFast(index);
 }
 
-BOOL TlsSetValue(DWORD index, LPVOID value) {
+BOOL qx::win::TlsSetValue(DWORD index, LPVOID value) {
   if (index >= kTlsSlots) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return FALSE;
@@ -121,7 +121,7 @@ BOOL TlsSetValue(DWORD index, LPVOID value) {
   return TRUE;
 }
 
-void InitializeCriticalSection(CRITICAL_SECTION* section) {
+void qx::win::InitializeCriticalSection(CRITICAL_SECTION* section) {
   pthread_mutexattr_t attr;
   pthread_mutexattr_init(&attr);
   pthread_mutexattr_settype(&attr, PTHREAD_MUTEX_RECURSIVE);
@@ -129,13 +129,19 @@ void InitializeCriticalSection(CRITICAL_SECTION* section) {
   pthread_mutexattr_destroy(&attr);
 }
 
-void DeleteCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_destroy(AsMutex(section)); }
+void qx::win::DeleteCriticalSection(CRITICAL_SECTION* section) {
+  pthread_mutex_destroy(AsMutex(section));
+}
 
-void EnterCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_lock(AsMutex(section)); }
+void qx::win::EnterCriticalSection(CRITICAL_SECTION* section) {
+  pthread_mutex_lock(AsMutex(section));
+}
 
-void LeaveCriticalSection(CRITICAL_SECTION* section) { pthread_mutex_unlock(AsMutex(section)); }
+void qx::win::LeaveCriticalSection(CRITICAL_SECTION* section) {
+  pthread_mutex_unlock(AsMutex(section));
+}
 
-DWORD GetCurrentThreadId() { return static_cast<DWORD>(gettid()); }
+DWORD qx::win::GetCurrentThreadId() { return static_cast<DWORD>(gettid()); }
 
 namespace qx::platform {
 

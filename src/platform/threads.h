@@ -12,6 +12,8 @@
 
 #include "qxutil/wintypes.h"
 
+namespace qx::win {
+
 DWORD TlsAlloc();
 BOOL TlsFree(DWORD index);
 LPVOID TlsGetValue(DWORD index);
@@ -23,6 +25,8 @@ void EnterCriticalSection(CRITICAL_SECTION* section);
 void LeaveCriticalSection(CRITICAL_SECTION* section);
 
 DWORD GetCurrentThreadId();
+
+} // namespace qx::win
 
 namespace qx::platform {
 

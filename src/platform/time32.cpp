@@ -6,6 +6,8 @@
 #include <climits>
 #include <ctime>
 
+using namespace qx::win;
+
 namespace {
 
 struct ThreadClock {
@@ -43,7 +45,7 @@ bool ToLocal(long long seconds, struct tm* out) {
 
 } // namespace
 
-__time32_t _time32(__time32_t* out) {
+__time32_t qx::win::_time32(__time32_t* out) {
   long long seconds = 0;
   long nanoseconds = 0;
   __time32_t result = -1;
@@ -54,7 +56,7 @@ __time32_t _time32(__time32_t* out) {
   return result;
 }
 
-struct tm* _localtime32(const __time32_t* time) {
+struct tm* qx::win::_localtime32(const __time32_t* time) {
   if (!time || *time < 0)
     return nullptr;
   return ToLocal(*time, &gLocal) ? &gLocal : nullptr;

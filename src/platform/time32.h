@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <ctime>
 
+namespace qx::win {
+
 typedef int32_t __time32_t;
 
 /// _time32 - seconds since 1970-01-01 00:00:00 UTC, also stored in *out
@@ -24,6 +26,8 @@ __time32_t _time32(__time32_t* out);
 /// (overwritten by the next call on it); null for a null pointer or a
 /// negative time (which includes _time32's -1).
 struct tm* _localtime32(const __time32_t* time);
+
+} // namespace qx::win
 
 namespace qx::platform {
 

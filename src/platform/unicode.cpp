@@ -80,29 +80,29 @@ const char* UnicodeTablesVersion() { return kUnicodeVersion; }
 
 } // namespace qx::platform
 
-LPWSTR CharUpperW(LPWSTR lpsz) { return MapString<qx::platform::CharToUpper>(lpsz); }
+LPWSTR qx::win::CharUpperW(LPWSTR lpsz) { return MapString<qx::platform::CharToUpper>(lpsz); }
 
-LPWSTR CharLowerW(LPWSTR lpsz) { return MapString<qx::platform::CharToLower>(lpsz); }
+LPWSTR qx::win::CharLowerW(LPWSTR lpsz) { return MapString<qx::platform::CharToLower>(lpsz); }
 
-DWORD CharUpperBuffW(LPWSTR lpsz, DWORD cchLength) {
+DWORD qx::win::CharUpperBuffW(LPWSTR lpsz, DWORD cchLength) {
   return MapBuffer<qx::platform::CharToUpper>(lpsz, cchLength);
 }
 
-DWORD CharLowerBuffW(LPWSTR lpsz, DWORD cchLength) {
+DWORD qx::win::CharLowerBuffW(LPWSTR lpsz, DWORD cchLength) {
   return MapBuffer<qx::platform::CharToLower>(lpsz, cchLength);
 }
 
-BOOL IsCharUpperW(WCHAR ch) { return HasBits(ch, qx::platform::kCharUpper); }
+BOOL qx::win::IsCharUpperW(WCHAR ch) { return HasBits(ch, qx::platform::kCharUpper); }
 
-BOOL IsCharLowerW(WCHAR ch) { return HasBits(ch, qx::platform::kCharLower); }
+BOOL qx::win::IsCharLowerW(WCHAR ch) { return HasBits(ch, qx::platform::kCharLower); }
 
-BOOL IsCharAlphaW(WCHAR ch) { return HasBits(ch, qx::platform::kCharAlpha); }
+BOOL qx::win::IsCharAlphaW(WCHAR ch) { return HasBits(ch, qx::platform::kCharAlpha); }
 
-BOOL IsCharAlphaNumericW(WCHAR ch) {
+BOOL qx::win::IsCharAlphaNumericW(WCHAR ch) {
   return HasBits(ch, qx::platform::kCharAlpha | qx::platform::kCharDigit);
 }
 
-LPWSTR CharNextW(LPCWSTR lpsz) {
+LPWSTR qx::win::CharNextW(LPCWSTR lpsz) {
   if (!lpsz || !*lpsz)
     return const_cast<LPWSTR>(lpsz);
   ++lpsz;
@@ -111,7 +111,7 @@ LPWSTR CharNextW(LPCWSTR lpsz) {
   return const_cast<LPWSTR>(lpsz);
 }
 
-LPWSTR CharPrevW(LPCWSTR lpszStart, LPCWSTR lpszCurrent) {
+LPWSTR qx::win::CharPrevW(LPCWSTR lpszStart, LPCWSTR lpszCurrent) {
   if (!lpszStart || !lpszCurrent || lpszCurrent <= lpszStart)
     return const_cast<LPWSTR>(lpszCurrent);
   --lpszCurrent;

@@ -22,6 +22,8 @@
 
 #include "qxutil/wintypes.h"
 
+namespace qx::win {
+
 /// CharUpperW - upper-cases a string in place and returns it. If the
 /// pointer's value is below 0x10000 it is not a string but one character,
 /// returned converted in the same form:
@@ -69,6 +71,8 @@ LPWSTR CharNextW(LPCWSTR lpsz);
 /// character. When `lpszCurrent` is at or before `lpszStart`, or either is
 /// null, it returns `lpszCurrent` unchanged.
 LPWSTR CharPrevW(LPCWSTR lpszStart, LPCWSTR lpszCurrent);
+
+} // namespace qx::win
 
 namespace qx::platform {
 

@@ -8,6 +8,7 @@
 //
 //===----------------------------------------------------------------------===//
 #include "text/charset_catalogue.h"
+#include "qxutil/winlocale.h"
 
 #include "platform/crt_string.h"
 

@@ -7,6 +7,7 @@
 // the target's unknown code ('_') and are counted (byte 0 is not counted).
 //
 //===----------------------------------------------------------------------===//
+#include "frame/singleton.h"
 #include "text/charset_maps.h"
 
 #include <cstdint>
@@ -150,3 +151,5 @@ bool ConvertCharset(QXCHARSET from, QXCHARSET to, int* unknownCount, unsigned ch
 bool IsStrConvertNecessary(QXCHARSET from, QXCHARSET to) {
   return IsMember(from) && IsMember(to) && from != to;
 }
+
+template class QXSingleton<cCharsetConverter, 4>;

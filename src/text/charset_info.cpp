@@ -5,6 +5,7 @@
 // later changes of the locale.
 //
 //===----------------------------------------------------------------------===//
+#include "frame/singleton.h"
 #include "qxutil/locale.h"
 #include "qxutil/text.h"
 #include "text/charset_catalogue.h"
@@ -39,3 +40,5 @@ QXCHARSET system_charset() {
   cCharsetInfo* info = cCharsetInfo::Instance();
   return info ? info->GetSystemCharset() : QXCHARSET_NEUTRAL;
 }
+
+template class QXSingleton<cCharsetInfo, 5>;

@@ -11,6 +11,8 @@
 #include <cstring>
 #include <cwchar>
 
+using namespace qx::win;
+
 namespace {
 
 constexpr DWORD kCompositeCheck = WC_COMPOSITECHECK;                    // 0x200

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+using namespace qx::win;
+
 namespace {
 
 // OneChar - CharUpperW or CharLowerW applied to a single character, passed

@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <cwchar>
 
+using namespace qx::win;
+
 using qx::text::DbcsMode;
 using qx::text::InSet;
 

@@ -4,6 +4,8 @@
 
 #include <cwchar>
 
+using namespace qx::win;
+
 using qx::text::IsTrimmable;
 using qx::text::IsWhite;
 

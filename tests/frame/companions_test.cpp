@@ -6,6 +6,8 @@
 
 #include <dlfcn.h>
 
+using namespace qx::win;
+
 namespace {
 
 TEST(Companions, RelaysNeverLoadAModule) {

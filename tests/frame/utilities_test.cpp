@@ -14,6 +14,8 @@
 #include <limits>
 #include <string>
 
+using namespace qx::win;
+
 namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();

@@ -7,6 +7,8 @@
 #include <chrono>
 #include <cstring>
 
+using namespace qx::win;
+
 using qxtest::DateText;
 using qxtest::OnPinnedThread;
 using qxtest::UtcSeconds;

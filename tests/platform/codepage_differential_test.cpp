@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+using namespace qx::win;
+
 namespace {
 
 using qx::platform::MultiByteToWideCharReference;

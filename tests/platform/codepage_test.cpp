@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+using namespace qx::win;
+
 namespace {
 
 using namespace std::string_view_literals;

@@ -1,10 +1,13 @@
 // GetDateFormatW and GetTimeFormatW as conformance tables.
 #include "platform/date_format.h"
+#include "qxutil/winlocale.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+using namespace qx::win;
 
 namespace {
 

@@ -2,6 +2,7 @@
 // default locales, locale names, and the helpers other platform code uses. Expected
 // values are Windows 7's, as the locale data records them.
 #include "platform/locale_db.h"
+#include "qxutil/winlocale.h"
 
 #include <gtest/gtest.h>
 

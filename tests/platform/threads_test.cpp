@@ -8,6 +8,8 @@
 #include <atomic>
 #include <thread>
 
+using namespace qx::win;
+
 namespace {
 
 TEST(ThreadLocalStorage, SlotsArePerThreadAndStartEmpty) {

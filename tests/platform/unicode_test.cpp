@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+using namespace qx::win;
+
 namespace {
 
 constexpr wchar_t kSentinel = 0x7777;

@@ -1,6 +1,7 @@
 // The character-set catalogue and the system charset.
 #include "common/thread_runner.h"
 #include "qxutil/text.h"
+#include "qxutil/winlocale.h"
 #include "text/charset_catalogue.h"
 
 #include <gtest/gtest.h>

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+using namespace qx::win;
+
 namespace {
 
 constexpr wchar_t kWideSentinel = 0xBEEF;

@@ -1,5 +1,6 @@
 // The --locale option shared by the commands that depend on a locale.
 #include "cli_locale.h"
+#include "qxutil/winlocale.h"
 
 #include "platform/utf8.h"
 

@@ -19,6 +19,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace qx::win;
+
 namespace {
 
 constexpr size_t kChunk = 1 << 20;              // bytes read at a time

@@ -1,0 +1,38 @@
+//===- frame/singleton.h - QXSingleton's Instance, inlined ------*- C++ -*-===//
+//
+// The definitions of QXSingleton::Instance and Instance(p). Each service's
+// own .cpp instantiates them once, exported, for hosts; code inside the
+// library includes this header so that its calls are inlined, reaching a
+// service without a call while per-thread storage is in force.
+//
+//===----------------------------------------------------------------------===//
+#ifndef QXUTIL_FRAME_SINGLETON_H
+#define QXUTIL_FRAME_SINGLETON_H
+
+#include "qxutil/frame.h"
+
+#include <atomic>
+
+namespace qx::detail {
+/// While per-thread storage is in force: the calling thread's service slots
+/// when its set is one the library made, else null. Kept exact by the frame.
+extern __thread void** tServiceSlots __attribute__((tls_model("initial-exec")));
+/// True while per-thread storage (not the host's) is in force.
+extern std::atomic<bool> gThreadStorageInForce;
+} // namespace qx::detail
+
+template <class Service, unsigned int Key> Service* QXSingleton<Service, Key>::Instance() {
+  static_assert(Key < 16, "service keys index the fast slot array");
+  if (qx::detail::gThreadStorageInForce.load(std::memory_order_relaxed))
+    if (void** slots = qx::detail::tServiceSlots)
+      return static_cast<Service*>(slots[Key]);
+  InstanceData* data = GetInstanceData();
+  return data ? static_cast<Service*>(data->GetSlot(Key)) : nullptr;
+}
+
+template <class Service, unsigned int Key> bool QXSingleton<Service, Key>::Instance(Service* p) {
+  InstanceData* data = GetInstanceData();
+  return data && data->SetSlot(Key, p);
+}
+
+#endif // QXUTIL_FRAME_SINGLETON_H
