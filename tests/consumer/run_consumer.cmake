@@ -11,6 +11,14 @@ file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 
+# Exactly the public interface is exported.
+if(SHARED AND PYTHON)
+  file(GLOB_RECURSE libs ${prefix}/lib*/libqxutil.so)
+  list(GET libs 0 lib)
+  run(${PYTHON} ${CONSUMER_DIR}/check_exports.py ${lib} ${prefix}/include)
+  message(STATUS "exports: ${LAST_OUTPUT}")
+endif()
+
 # find_package(qxutil) and the qxutil::qxutil target.
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake-build
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})
