@@ -415,13 +415,9 @@ QXUTIL_API BOOL SetDateTime(SYSTEMTIME* time);
 QXUTIL_API HGLOBAL GetMetaFileBits(HMETAFILE metafile);
 QXUTIL_API HGLOBAL GetEnhancedMetaFileBits(HENHMETAFILE metafile);
 
-/// InitLiterals - once per process, chooses the default rotatable font for
-/// the system character set (see docs/utilities.md for the names); false
-/// when there is no system character set, and then it tries again next
-/// time.
-QXUTIL_API bool InitLiterals();
-/// GetDefaultRotatableFont - the font InitLiterals chose (at most 31
-/// characters, a LOGFONT face name); "Arial" until it succeeds.
-QXUTIL_API const wchar_t* GetDefaultRotatableFont();
+/// strcpyn - copies at most n - 1 units of `src` into `dst`, fills the rest
+/// of the n units with zeros and returns `dst`; n = 0 writes nothing; a
+/// null `src` copies as the empty string. strcpyn(d, L"abc", 3) => "ab".
+QXUTIL_API wchar_t* strcpyn(wchar_t* dst, const wchar_t* src, unsigned int n);
 
 #endif // QXUTIL_FRAME_H

@@ -485,11 +485,6 @@ QXUTIL_API bool qxStrtok(const qxt::string& s, unsigned int start, const qxt::st
 
 // -- Copying and quoting.
 
-/// strcpyn - copies at most n - 1 units of `src` into `dst`, fills the rest
-/// of the n units with zeros and returns `dst`; n = 0 writes nothing; a
-/// null `src` copies as the empty string. strcpyn(d, L"abc", 3) => "ab".
-QXUTIL_API wchar_t* strcpyn(wchar_t* dst, const wchar_t* src, unsigned int n);
-
 /// quotestring - `src` in the quote character quote[0], with each quote
 /// character inside doubled, in `dst` of `size` units (at least 3; the
 /// content gets at most size - 3 units and a quote character is copied
@@ -513,5 +508,16 @@ QXUTIL_API wchar_t* quotestring(wchar_t* dst, const wchar_t* src, unsigned int s
 /// strcpyn(dst, src, size). `dst` may be `src`. Returns `dst`.
 QXUTIL_API wchar_t* unquotestring(wchar_t* dst, const wchar_t* src, unsigned int size,
                                   const wchar_t* quote);
+
+// ---- The default rotatable font --------------------------------------------
+
+/// InitLiterals - once per process, chooses the default rotatable font for
+/// the system character set (see docs/utilities.md for the names); false
+/// when there is no system character set, and then it tries again next
+/// time.
+QXUTIL_API bool InitLiterals();
+/// GetDefaultRotatableFont - the font InitLiterals chose (at most 31
+/// characters, a LOGFONT face name); "Arial" until it succeeds.
+QXUTIL_API const wchar_t* GetDefaultRotatableFont();
 
 #endif // QXUTIL_TEXT_H

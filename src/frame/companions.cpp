@@ -1,6 +1,6 @@
 //===- frame/companions.cpp - Start-up relays to companion modules --------===//
 //
-// The product's companion modules export "DllEnsureInit" and "DllForceTerm".
+// Companion modules export "DllEnsureInit" and "DllForceTerm".
 // The relays look only at modules the process has already loaded: they never
 // load one, and they report nothing when a module or export is missing.
 //

@@ -8,11 +8,11 @@
 //===----------------------------------------------------------------------===//
 #include "frame/singleton.h"
 #include "frame/wide_buffer.h"
+#include "platform/crt_number.h"
 #include "qxutil/frame.h"
-#include "qxutil/locale.h"
-#include "qxutil/text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cwchar>
 #include <cwctype>
 #include <new>
@@ -112,11 +112,10 @@ public:
     if (r.number != kNumberAsText)
       return r.number;
     size_t offset = std::min(r.arg0.offset, pool_.size());
-    return [&] {
-      int v = 0;
-      StringToInt(pool_.c_str() + offset, &v, nullptr);
-      return v;
-    }();
+    // The number as wcstol reads it; 0 when it is out of range.
+    errno = 0;
+    const long v = qx::crt::wcstol(pool_.c_str() + offset, nullptr, 10);
+    return errno == ERANGE ? 0 : static_cast<int>(v);
   }
 
   int GetResourceID(int index) override { return InRange(index) ? records_[index].resourceId : 0; }

@@ -2,7 +2,6 @@
 #include "frame/report.h"
 
 #include "frame/wide_buffer.h"
-#include "qxutil/text.h"
 
 #include <cstdarg>
 #include <cwchar>

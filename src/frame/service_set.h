@@ -2,6 +2,10 @@
 #ifndef QXUTIL_FRAME_SERVICE_SET_H
 #define QXUTIL_FRAME_SERVICE_SET_H
 
+// The frame builds and tears down per-context sets but does not know which
+// services they hold: these two calls are defined above every subsystem, in
+// src/services/service_set.cpp, the one place that knows them all.
+
 class InstanceData;
 
 namespace qx {

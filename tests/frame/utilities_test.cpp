@@ -4,6 +4,7 @@
 #include "platform/crt_random.h"
 #include "platform/modules.h"
 #include "qxutil/frame.h"
+#include "qxutil/text.h"
 
 #include <gtest/gtest.h>
 
@@ -66,7 +67,7 @@ TEST(Arithmetic, IntegerMulDivWrapsAndAddsTheHalfWhateverTheSigns) {
       {7, 3, -2, -10},
       {10, 10, 3, 33},
       {1, 1, 0, 0},              // a divisor of 0 is answered, not trapped
-      {65536, 65536, 1, 0},      // the product wraps to 0
+      {65536, 65536, 1, 0},      // a*b wraps to 0
       {INT_MIN, 1, -1, INT_MIN}, // the one quotient that overflows wraps
   };
   for (const MulDivCase& c : cases)

@@ -1,4 +1,4 @@
-//===- frame/literals.cpp - The default rotatable font --------------------===//
+//===- text/literals.cpp - The default rotatable font ---------------------===//
 //
 // The font name is looked up once per process by the system character set.
 // The names are Windows TrueType face names (what a host written for Windows

@@ -1,4 +1,4 @@
-//===- frame/service_set.cpp - Creation and destruction order -------------===//
+//===- services/service_set.cpp - Creation and destruction order ----------===//
 //
 // The one place that knows which services a set holds, the order in which
 // they are created and the order in which they are deleted. A new service is

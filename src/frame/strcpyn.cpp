@@ -1,5 +1,5 @@
-//===- text/strcpyn.cpp - Bounded wide-string copy -------------------------===//
-#include "qxutil/text.h"
+//===- frame/strcpyn.cpp - Bounded wide-string copy ------------------------===//
+#include "qxutil/frame.h"
 
 #include <cwchar>
 
