@@ -3,6 +3,7 @@
 #define QXUTIL_QXUTIL_H
 
 #include "qxutil/frame.h"
+#include "qxutil/geometry.h"
 #include "qxutil/locale.h"
 #include "qxutil/text.h"
 #include "qxutil/winlocale.h"
