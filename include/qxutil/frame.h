@@ -264,25 +264,65 @@ public:
 };
 extern template class QXSingleton<cErrorSystem, 7>;
 
+// Each function below calls the same operation of the calling context's
+// error list (cErrorSystem::Instance()); without one it does nothing and
+// returns false, 0, a zero GUID or an empty text (FirstError: true).
+
+/// HaveErrors - true when a record was stored since the last clear; false
+/// while the host's IsSuppressed() is true.
 QXUTIL_API bool HaveErrors();
+/// NumErrors - the records stored since the last clear, episode separators
+/// included.
 QXUTIL_API int NumErrors();
+/// FirstError - true when the current episode has no record yet.
 QXUTIL_API bool FirstError();
+/// ClearErrors - empties the list, clears "lost" and resets the read cursor.
 QXUTIL_API void ClearErrors();
+/// GetNextError - the next episode (from record 0 when `fromStart`): each
+/// record's expanded message and a line feed, in `out` of `outLen` units.
+/// True when the episode's first record is an error (not free, not a
+/// separator). When the text does not fit, or the list is lost, `out`
+/// receives the lost message instead.
 QXUTIL_API bool GetNextError(bool fromStart, wchar_t* out, unsigned int outLen);
+/// ThisErrorOccurred - true when any of the 30 slots holds `number` (so 0
+/// is found whenever a slot is free).
 QXUTIL_API bool ThisErrorOccurred(int number);
+/// GetErrorNum - the number of record `index`; for number 15 (the number
+/// given as text) the integer read from the record's first argument, 0 when
+/// it is out of range.
 QXUTIL_API int GetErrorNum(int index);
+/// GetResourceID - the message-resource identifier of record `index` (-1
+/// for a literal message).
 QXUTIL_API int GetResourceID(int index);
+/// GetErrorGUID - the GUID of the module that made record `index`.
 QXUTIL_API const GUID& GetErrorGUID(int index);
+/// GetErrorMsg - record `index` expanded ("^0", "^1", "^^") into `out` of
+/// `outLen` units; a non-null `newTemplate` first replaces the record's
+/// template, so a host can expand its own text for GetResourceID(index).
 QXUTIL_API void GetErrorMsg(const wchar_t* newTemplate, unsigned int index, wchar_t* out,
                             unsigned int outLen);
+/// SetError - records an error: a number already in the list only raises
+/// that record's level (unless the host's KeepDuplicates() is true); the
+/// 31st distinct record makes the list lost. The host's GetContext() text
+/// is stored in front of the record. Nothing is stored while the host's
+/// IsSuppressed() is true.
 QXUTIL_API void SetError(eErrorLevel level, int resourceId, const wchar_t* message,
                          const GUID& module, int number, const wchar_t* arg0, const wchar_t* arg1);
-/// SetError - the literal-message form; does nothing when `message` is null.
+/// SetError - the literal-message form (resource identifier -1); does
+/// nothing when `message` is null.
 QXUTIL_API void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
                          const wchar_t* arg0, const wchar_t* arg1);
+/// EndError - closes the current episode with a separator record (number
+/// -1), unless the episode is empty.
 QXUTIL_API void EndError();
+/// SetErrorFunctions - installs the host's callbacks (not owned; null
+/// removes them).
 QXUTIL_API void SetErrorFunctions(cErrorFuncs* funcs);
+/// ReportErrors - the first episode's text, as GetNextError(true, ...)
+/// makes it but without a size limit; clears the list; then hands the text
+/// to the host's Report() when that episode began with an error.
 QXUTIL_API void ReportErrors();
+/// SetQXErrorMode, GetQXErrorMode - a mode the host stores and reads back.
 QXUTIL_API void SetQXErrorMode(eErrorMode mode);
 QXUTIL_API eErrorMode GetQXErrorMode();
 
