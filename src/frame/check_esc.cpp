@@ -24,13 +24,7 @@ private:
 cCheckEsc::~cCheckEsc() {}
 cCheckEscCallback::~cCheckEscCallback() {}
 
-cCheckEsc* cCheckEsc::Create() {
-  try {
-    return new cCheckEscImpl;
-  } catch (...) {
-    return nullptr;
-  }
-}
+cCheckEsc* cCheckEsc::Create() { return qx::NewServiceOrNull<cCheckEscImpl>(); }
 
 void InitCheckEscCallback(cCheckEscCallback* callback) {
   if (cCheckEsc* esc = cCheckEsc::Instance())

@@ -327,13 +327,7 @@ private:
 cErrorSystem::~cErrorSystem() {}
 cErrorFuncs::~cErrorFuncs() {}
 
-cErrorSystem* cErrorSystem::Create() {
-  try {
-    return new cErrorSystemImpl;
-  } catch (...) {
-    return nullptr;
-  }
-}
+cErrorSystem* cErrorSystem::Create() { return qx::NewServiceOrNull<cErrorSystemImpl>(); }
 
 // The exported functions: fetch the context's error list, make one call.
 // With no error list (a failed start-up) they do nothing and answer "none".

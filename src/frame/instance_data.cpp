@@ -13,7 +13,6 @@
 
 #include <atomic>
 #include <map>
-#include <new>
 
 using namespace qx::win;
 
@@ -188,7 +187,7 @@ thread_local InstanceData* tSetUnderConstruction = nullptr;
 
 // CreateWithSingletons - a new set, installed, with its services.
 InstanceData* CreateWithSingletons() {
-  InstanceData* data = new (std::nothrow) InstanceDataImpl;
+  InstanceData* data = qx::NewServiceOrNull<InstanceDataImpl>();
   if (!data)
     return nullptr;
   gSwitch.Current()->Set(data);
@@ -225,7 +224,7 @@ InstanceData* GetInstanceData() {
 bool SetInstanceData(InstanceData* p) { return gSwitch.Current()->Set(p); }
 
 InstanceData* InstanceData::Create() {
-  InstanceData* data = new (std::nothrow) InstanceDataImpl;
+  InstanceData* data = qx::NewServiceOrNull<InstanceDataImpl>();
   if (data)
     gSwitch.Current()->Set(data);
   return data;

@@ -3,7 +3,8 @@
 // The definitions of QXSingleton::Instance and Instance(p). Each service's
 // own .cpp instantiates them once, exported, for hosts; code inside the
 // library includes this header so that its calls are inlined, reaching a
-// service without a call while per-thread storage is in force.
+// service without a call while per-thread storage is in force. Also the one
+// body of a service's static Create (NewServiceOrNull).
 //
 //===----------------------------------------------------------------------===//
 #ifndef QXUTIL_FRAME_SINGLETON_H
@@ -20,6 +21,18 @@ extern __thread void** tServiceSlots __attribute__((tls_model("initial-exec")));
 /// True while per-thread storage (not the host's) is in force.
 extern std::atomic<bool> gThreadStorageInForce;
 } // namespace qx::detail
+
+namespace qx {
+/// NewServiceOrNull - a new `Impl`, or null when it cannot be made: a
+/// service's Create is exported, so no exception may leave it.
+template <class Impl> Impl* NewServiceOrNull() noexcept {
+  try {
+    return new Impl;
+  } catch (...) {
+    return nullptr;
+  }
+}
+} // namespace qx
 
 template <class Service, unsigned int Key> Service* QXSingleton<Service, Key>::Instance() {
   static_assert(Key < 16, "service keys index the fast slot array");

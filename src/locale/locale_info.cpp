@@ -239,13 +239,7 @@ bool SystemFlag(cLocaleInfo::FormatCallback callback) { return callback ? !callb
 
 cLocaleInfo::~cLocaleInfo() {}
 
-cLocaleInfo* cLocaleInfo::Create() {
-  try {
-    return new cLocaleInfoImpl;
-  } catch (...) {
-    return nullptr;
-  }
-}
+cLocaleInfo* cLocaleInfo::Create() { return qx::NewServiceOrNull<cLocaleInfoImpl>(); }
 
 bool ResetQXLocaleInfo() {
   cLocaleInfo* li = cLocaleInfo::Instance();

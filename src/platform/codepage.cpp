@@ -4,6 +4,7 @@
 #include "platform/codepage_reference.h"
 #include "platform/codepage_tables.h"
 #include "platform/locale_db.h"
+#include "platform/unicode.h"
 #include "qxutil/winlocale.h"
 
 #include <bit>

@@ -28,9 +28,6 @@ static_assert(PagesSorted(), "kCodePages must be sorted by code page");
 
 } // namespace
 
-// Declared in codepage_tables.h: the conversions test marks inline.
-#include "platform/codepage_marks.inc"
-
 const CodePageTable* FindCodePageTable(unsigned cp) {
   const auto* end = std::end(kCodePages);
   const auto* it =

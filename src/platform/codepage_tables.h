@@ -74,17 +74,6 @@ uint16_t Compose(uint32_t base, uint32_t mark);
 /// composition.
 const ComposePair* Decompose(uint32_t c);
 
-/// The nonspacing marks as a two-level bitmap (generated, codepage_marks.inc):
-/// kMarkBlockOf[u >> 8] selects a 256-bit block of kMarkBlocks.
-extern const uint8_t kMarkBlockOf[256];
-extern const uint64_t kMarkBlocks[][4];
-
-/// IsNonSpacingMark - true for BMP characters of general category Mn (the
-/// first is U+0300).
-inline bool IsNonSpacingMark(uint32_t c) {
-  return c <= 0xFFFF && (kMarkBlocks[kMarkBlockOf[c >> 8]][(c >> 6) & 3] >> (c & 63) & 1) != 0;
-}
-
 } // namespace qx::platform
 
 #endif // QXUTIL_PLATFORM_CODEPAGE_TABLES_H

@@ -28,7 +28,7 @@ uint32_t Upper16(uint32_t c) { return (c + Lookup(c).upper) & 0xFFFF; }
 uint32_t Lower16(uint32_t c) { return (c + Lookup(c).lower) & 0xFFFF; }
 
 bool IsNonSpacing(wchar_t c) {
-  return InBmp(c) && (Lookup(static_cast<uint32_t>(c)).bits & qx::platform::kCharNonSpacing);
+  return InBmp(c) && qx::platform::IsNonSpacingMark(static_cast<uint32_t>(c));
 }
 
 // The single-character form of CharUpperW/CharLowerW: a pointer-sized value
@@ -65,6 +65,9 @@ BOOL HasBits(WCHAR ch, unsigned mask) {
 } // namespace
 
 namespace qx::platform {
+
+// Declared in unicode.h: the conversions and CharNextW test marks inline.
+#include "platform/unicode_marks.inc"
 
 unsigned CharTypeBits(wchar_t c) { return InBmp(c) ? Lookup(static_cast<uint32_t>(c)).bits : 0; }
 

@@ -22,6 +22,8 @@
 
 #include "qxutil/wintypes.h"
 
+#include <cstdint>
+
 namespace qx::win {
 
 /// CharUpperW - upper-cases a string in place and returns it. If the
@@ -61,7 +63,7 @@ BOOL IsCharAlphaW(WCHAR ch);
 BOOL IsCharAlphaNumericW(WCHAR ch);
 
 /// CharNextW - the next character after `lpsz`: one unit on, then past every
-/// nonspacing mark that follows, so a base letter and its combining marks
+/// nonspacing mark (IsNonSpacingMark) that follows, so a base letter and its combining marks
 /// are one character (L"a\u030ab" from its start => the "b"). At the
 /// terminator it returns `lpsz` itself. A null pointer comes back null.
 LPWSTR CharNextW(LPCWSTR lpsz);
@@ -87,7 +89,6 @@ enum CharTypeBit : unsigned {
   kCharPunct = 0x0010,
   kCharBlank = 0x0040,
   kCharAlpha = 0x0100,
-  kCharNonSpacing = 0x8000, // stepped over by CharNextW and CharPrevW
 };
 
 /// CharTypeBits - the type bits of `c`; 0 for values outside the BMP.
@@ -97,6 +98,20 @@ unsigned CharTypeBits(wchar_t c);
 /// values outside the BMP come back unchanged.
 wchar_t CharToUpper(wchar_t c);
 wchar_t CharToLower(wchar_t c);
+
+/// The nonspacing marks as a two-level bitmap (generated, unicode_marks.inc):
+/// kMarkBlockOf[u >> 8] selects a 256-bit block of kMarkBlocks.
+extern const uint8_t kMarkBlockOf[256];
+extern const uint64_t kMarkBlocks[][4];
+
+/// IsNonSpacingMark - true for the BMP characters of general category Mn,
+/// the one definition of a nonspacing mark: CharNextW and CharPrevW step
+/// over them, WideCharToMultiByte's WC_COMPOSITECHECK composes and groups
+/// them. Enclosing marks (Me, e.g. U+20DD) are not nonspacing marks. The
+/// first mark is U+0300.
+inline bool IsNonSpacingMark(uint32_t c) {
+  return c <= 0xFFFF && (kMarkBlocks[kMarkBlockOf[c >> 8]][(c >> 6) & 3] >> (c & 63) & 1) != 0;
+}
 
 /// UnicodeTablesVersion - the Unicode version the tables were made from.
 const char* UnicodeTablesVersion();

@@ -136,11 +136,7 @@ const CharsetUnicodeMap* CharsetUnicodeMapOf(QXCHARSET cs) {
 cCharsetConverter::~cCharsetConverter() {}
 
 cCharsetConverter* cCharsetConverter::Create() {
-  try {
-    return new cCharsetConverterImpl;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return qx::NewServiceOrNull<cCharsetConverterImpl>();
 }
 
 bool ConvertCharset(QXCHARSET from, QXCHARSET to, int* unknownCount, unsigned char** table) {

@@ -28,13 +28,7 @@ private:
 
 cCharsetInfo::~cCharsetInfo() {}
 
-cCharsetInfo* cCharsetInfo::Create() {
-  try {
-    return new cCharsetInfoImpl;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
-}
+cCharsetInfo* cCharsetInfo::Create() { return qx::NewServiceOrNull<cCharsetInfoImpl>(); }
 
 QXCHARSET system_charset() {
   cCharsetInfo* info = cCharsetInfo::Instance();

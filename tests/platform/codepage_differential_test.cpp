@@ -4,6 +4,7 @@
 // general code. Every answer must agree: the count, the last error, every
 // unit or byte of the output buffer (sentinel-filled, with a guard after the
 // stated size) and the used-default flag.
+#include "common/code_pages.h"
 #include "platform/codepage.h"
 #include "platform/codepage_reference.h"
 
@@ -26,10 +27,7 @@ constexpr size_t kGuard = 20; // sentinel elements after the stated size
 constexpr wchar_t kWideSentinel = 0x7F7F;
 constexpr char kByteSentinel = '#';
 
-const UINT kAllPages[] = {437,   850,   852,   855,   857,   860,   861,   863,   864,
-                          865,   869,   874,   1250,  1251,  1252,  1253,  1254,  1255,
-                          1256,  1257,  1258,  28591, 28592, 28593, 28594, 28595, 28596,
-                          28597, 28598, 28599, 932,   936,   949,   950};
+using qxtest::kAllPages;
 
 // One call's observable result.
 template <typename T> struct Result {

@@ -1,13 +1,16 @@
 // Tests for the code-page calls: MultiByteToWideChar, WideCharToMultiByte and
 // the lead-byte and character-walking calls, against the Windows behaviour
 // documented in docs/codepages.md.
+#include "common/code_pages.h"
 #include "platform/codepage.h"
+#include "platform/codepage_tables.h"
 
 #include "qxutil/winlocale.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -24,10 +27,7 @@ constexpr wchar_t kWideSentinel = 0x7F7F;
 constexpr char kByteSentinel = '#';
 constexpr int kNoUsedFlag = -1; // pass no lpUsedDefaultChar
 
-const UINT kAllPages[] = {437,   850,   852,   855,   857,   860,   861,   863,   864,
-                          865,   869,   874,   1250,  1251,  1252,  1253,  1254,  1255,
-                          1256,  1257,  1258,  28591, 28592, 28593, 28594, 28595, 28596,
-                          28597, 28598, 28599, 932,   936,   949,   950};
+using qxtest::kAllPages;
 
 // Pins the thread locale so that CP_ACP and CP_OEMCP never depend on the machine.
 class PinnedLocale {
@@ -486,6 +486,8 @@ TEST(CodePageQueries, IsValidCodePage) {
   for (UINT cp : kAllPages) {
     EXPECT_TRUE(IsValidCodePage(cp)) << cp;
   }
+  // The tests' list holds every page the tables have.
+  EXPECT_EQ(qx::platform::CodePageTableCount(), std::size(kAllPages));
   for (UINT cp : {0u, 1u, 2u, 3u, 42u, 1200u, 1361u, 10000u, 20127u, 28600u, 65001u, 0xFFFFFFFFu}) {
     EXPECT_FALSE(IsValidCodePage(cp)) << cp;
   }

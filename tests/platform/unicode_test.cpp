@@ -2,6 +2,8 @@
 // character types, and walking by characters over combining marks.
 #include "platform/unicode.h"
 
+#include "platform/codepage.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -143,7 +145,7 @@ TEST(UnicodeClass, EveryBmpCodePointTypesAreConsistent) {
     if (IsCharAlphaW(ch)) {
       ASSERT_TRUE(IsCharAlphaNumericW(ch)) << Hex(c);
     }
-    if (bits & qx::platform::kCharNonSpacing) {
+    if (qx::platform::IsNonSpacingMark(c)) {
       ASSERT_FALSE(IsCharAlphaNumericW(ch)) << Hex(c) << " is a mark";
     }
     ASSERT_EQ(IsCharAlphaNumericW(ch) != 0,
@@ -161,15 +163,63 @@ TEST(UnicodeClass, EveryBmpCodePointTypesAreConsistent) {
   }
 }
 
-TEST(UnicodeClass, CombiningMarksAreNonSpacingOnlyWhenTheyHaveNoWidth) {
-  using qx::platform::CharTypeBits;
-  using qx::platform::kCharNonSpacing;
-  EXPECT_TRUE(CharTypeBits(0x0301) & kCharNonSpacing);  // combining acute
-  EXPECT_TRUE(CharTypeBits(0x20DD) & kCharNonSpacing);  // enclosing circle
-  EXPECT_TRUE(CharTypeBits(0x064B) & kCharNonSpacing);  // Arabic fathatan
-  EXPECT_FALSE(CharTypeBits(0x0903) & kCharNonSpacing); // Devanagari visarga (spacing)
-  EXPECT_FALSE(CharTypeBits(0x00E0) & kCharNonSpacing); // precomposed a grave
-  EXPECT_FALSE(CharTypeBits(0x02CA) & kCharNonSpacing); // modifier letter acute
+// One definition of a nonspacing mark (general category Mn) serves CharNextW,
+// CharPrevW and WideCharToMultiByte's WC_COMPOSITECHECK. The rows marked
+// "differs" are the BMP code points where the bidirectional class NSM, the
+// other candidate, gives the other answer.
+struct MarkCase {
+  uint32_t c;
+  bool mark;
+  const char* what;
+};
+
+const MarkCase kMarkCases[] = {
+    {0x0300, true, "combining grave, the first mark"},
+    {0x0301, true, "combining acute"},
+    {0x064B, true, "Arabic fathatan"},
+    {0xFE2F, true, "combining Cyrillic titlo right half, the last BMP mark"},
+    {0x02FF, false, "modifier letter low left arrow, before the first mark"},
+    {0x0903, false, "Devanagari visarga (spacing mark)"},
+    {0x00E0, false, "precomposed a grave"},
+    {0x02CA, false, "modifier letter acute"},
+    {0x0488, false, "differs: Cyrillic hundred thousands sign (enclosing)"},
+    {0x0489, false, "differs: Cyrillic millions sign (enclosing)"},
+    {0x0CBF, true, "differs: Kannada vowel sign I (left-to-right)"},
+    {0x0CC6, true, "differs: Kannada vowel sign E (left-to-right)"},
+    {0x1ABE, false, "differs: combining parentheses overlay (enclosing)"},
+    {0x20DD, false, "differs: combining enclosing circle"},
+    {0x20DE, false, "differs: combining enclosing square"},
+    {0x20DF, false, "differs: combining enclosing diamond"},
+    {0x20E0, false, "differs: combining enclosing circle backslash"},
+    {0x20E1, true, "combining left right arrow above, between the enclosing marks"},
+    {0x20E2, false, "differs: combining enclosing screen"},
+    {0x20E3, false, "differs: combining enclosing keycap"},
+    {0x20E4, false, "differs: combining enclosing upward pointing triangle"},
+    {0xA670, false, "differs: combining Cyrillic ten millions sign"},
+    {0xA671, false, "differs: combining Cyrillic hundred millions sign"},
+    {0xA672, false, "differs: combining Cyrillic thousand millions sign"},
+};
+
+TEST(NonSpacingMark, OneDefinitionForWalkingAndComposing) {
+  for (const MarkCase& t : kMarkCases) {
+    SCOPED_TRACE(testing::Message() << Hex(t.c) << " " << t.what);
+    EXPECT_EQ(qx::platform::IsNonSpacingMark(t.c), t.mark);
+    const wchar_t text[] = {L'q', static_cast<wchar_t>(t.c), L'b', 0}; // q composes with none
+    // CharNextW and CharPrevW: a mark belongs to the character before it.
+    EXPECT_EQ(CharNextW(text), text + (t.mark ? 2 : 1));
+    EXPECT_EQ(CharPrevW(text, text + 2), t.mark ? text : text + 1);
+    // WC_DISCARDNS drops a mark after its base; anything else converts as
+    // it does without WC_COMPOSITECHECK.
+    char out[8] = {}, plain[8] = {};
+    int n = WideCharToMultiByte(1252, WC_COMPOSITECHECK | WC_DISCARDNS, text, 2, out, sizeof out,
+                                nullptr, nullptr);
+    int m = WideCharToMultiByte(1252, 0, text, 2, plain, sizeof plain, nullptr, nullptr);
+    EXPECT_EQ(std::string(out, n > 0 ? n : 0), t.mark ? "q" : std::string(plain, m > 0 ? m : 0));
+  }
+  // No mark below the first: the conversions' block scan relies on it.
+  for (uint32_t c = 0; c < 0x300; ++c)
+    ASSERT_FALSE(qx::platform::IsNonSpacingMark(c)) << Hex(c);
+  EXPECT_FALSE(qx::platform::IsNonSpacingMark(0x10300));
 }
 
 // Values outside the BMP do not occur in this library's text: they pass
@@ -281,7 +331,7 @@ const NextCase kNextCases[] = {
     {L"a\u0301\u0302\u0303\u0304", 0, 5}, // five code points, one character
     {L"a\u0301\u0302\u0303\u0304", 2, 5}, // from inside the marks
     {L"\u0301x", 0, 1},                   // a mark at the start stands alone
-    {L"a\u20ddb", 0, 2},                  // enclosing mark
+    {L"a\u20ddb", 0, 1},                  // an enclosing mark is no nonspacing mark
     {L"\u0915\u0903x", 0, 1},             // spacing mark: its own character
     {L"a\u00e0b", 0, 1},                  // precomposed letters are not marks
     {L"e\u0301", 0, 2},                   // marks up to the terminator
@@ -340,7 +390,7 @@ TEST(CharWalk, ForwardAndBackwardVisitTheSameCharacters) {
     backward.insert(backward.begin(), p);
   }
   EXPECT_EQ(forward, backward);
-  EXPECT_EQ(forward.size(), 6u); // mark, a+, b, c+++, space, d
+  EXPECT_EQ(forward.size(), 7u); // mark, a+, b, c++, enclosing circle, space, d
 }
 
 } // namespace

@@ -38,11 +38,9 @@ import sys
 
 import gencheck  # tools/gen/gencheck.py
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-DATA = os.path.join(ROOT, "..", "shared", "data", "codepages")
-OUT = os.path.join(ROOT, "src", "text")
+DATA = os.path.join(gencheck.SHARED_DATA, "codepages")
+OUT = os.path.join(gencheck.ROOT, "src", "text")
 OUT_NAME = "charset_maps.inc"
-SKIP = gencheck.SKIP
 
 MARKER = 0xF000  # UnmappedMarker: the byte has no character
 
@@ -250,20 +248,14 @@ def generate(out_dir):
 
 
 def main(argv):
-    check = "--check" in argv[1:]
-    if not os.path.isdir(DATA):
-        sys.stderr.write("gen_charset_maps: %s not found\n" % DATA)
-        return SKIP if check else 2
-    if not check:
-        for line in generate(OUT):
-            print("override " + line)
-        print("wrote src/text/" + OUT_NAME)
-        return 0
-    def generate_into(tmp):
-        generate(tmp)
+    def generate_into(directory):
+        overrides = generate(directory)
+        if directory == OUT:
+            for line in overrides:
+                print("override " + line)
         return [OUT_NAME]
 
-    return gencheck.matches_committed("gen_charset_maps", generate_into, OUT)
+    return gencheck.run("gen_charset_maps", argv, generate_into, OUT, inputs=[DATA])
 
 
 if __name__ == "__main__":

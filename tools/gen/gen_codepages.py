@@ -10,18 +10,17 @@ Inputs (relative to the repository root):
       decodes beyond the published tables (MBTABLE/DBCSTABLE), the DBCS lead-byte ranges
       (DBCSRANGE) and the Unicode -> code page table with best fit (WCTABLE)
   Python's unicodedata (its Unicode version is recorded in codepage_compose.inc): canonical
-      compositions and the nonspacing marks (WC_COMPOSITECHECK, MB_COMPOSITE)
+      compositions of a base and a nonspacing mark (WC_COMPOSITECHECK, MB_COMPOSITE); which
+      characters are nonspacing marks is gen_unicode.py's is_nonspacing, whose bitmap
+      (unicode_marks.inc) the conversions read
 
 Outputs:
   src/platform/codepage_sbcs.inc       the single-byte pages
   src/platform/codepage_dbcsNNN.inc    one file per double-byte page
   src/platform/codepage_index.inc      the page descriptors, sorted by number
   src/platform/codepage_compose.inc    composition pairs
-  src/platform/codepage_marks.inc      the nonspacing marks as a two-level bitmap
 
-Usage: gen_codepages.py [--check]
-  --check regenerates into a temporary directory and compares byte for byte: exit 0 when
-  identical, 1 when not, 77 when the inputs (or the recorded unicodedata version) are missing.
+Usage: gen_codepages.py [--check]   (tools/gen/gencheck.py)
 """
 
 import os
@@ -30,11 +29,10 @@ import sys
 import unicodedata
 
 import gencheck  # tools/gen/gencheck.py
+from gen_unicode import is_nonspacing
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-DATA = os.path.join(ROOT, "..", "shared", "data", "codepages")
-OUT = os.path.join(ROOT, "src", "platform")
-SKIP = gencheck.SKIP
+DATA = os.path.join(gencheck.SHARED_DATA, "codepages")
+OUT = os.path.join(gencheck.ROOT, "src", "platform")
 
 # Every Windows code page the library reaches: (number, data file, has a best-fit file).
 SBCS_PAGES = [
@@ -330,7 +328,7 @@ def compose_data():
         parts = [int(x, 16) for x in d.split()]
         if len(parts) != 2 or parts[0] > 0xFFFF or parts[1] > 0xFFFF:
             continue
-        if unicodedata.category(chr(parts[1])) != "Mn":
+        if not is_nonspacing(parts[1]):
             continue
         if unicodedata.normalize("NFC", chr(parts[0]) + chr(parts[1])) != chr(c):
             continue  # excluded from composition
@@ -353,42 +351,13 @@ def gen_compose(ucd):
     return "\n".join(out) + "\n"
 
 
-def gen_marks(ucd):
-    """The nonspacing marks (category Mn) of the BMP: kMarkBlockOf[u >> 8] selects a 256-bit
-    block of kMarkBlocks (four 64-bit words, bit u & 63 of word (u >> 6) & 3). Block 0 is empty.
-    External linkage: the conversions test marks inline (codepage_tables.h)."""
-    blocks, index, block_of = [(0, 0, 0, 0)], {(0, 0, 0, 0): 0}, []
-    for h in range(256):
-        words = [0, 0, 0, 0]
-        for lo in range(256):
-            if unicodedata.category(chr((h << 8) | lo)) == "Mn":
-                words[lo >> 6] |= 1 << (lo & 63)
-        block = tuple(words)
-        if block not in index:
-            index[block] = len(blocks)
-            blocks.append(block)
-        block_of.append(index[block])
-    out = [HEADER.format(ucd=ucd),
-           "// Nonspacing marks (general category Mn) of the BMP (Unicode %s): kMarkBlockOf[u >> 8]" % ucd,
-           "// selects a block of kMarkBlocks; bit u & 63 of its word (u >> 6) & 3 is set for a mark.",
-           "constexpr uint8_t kMarkBlockOf[256] = {",
-           hex_rows(block_of, 2, 16),
-           "};",
-           "constexpr uint64_t kMarkBlocks[%d][4] = {" % len(blocks)]
-    for b in blocks:
-        out.append("    {" + ", ".join("0x%016X" % w for w in b) + "},")
-    out.append("};")
-    return "\n".join(out) + "\n"
-
-
 def generate(outdir):
     ucd = unicodedata.unidata_version
     sbcs = [build_page(cp, tsv, False) for cp, tsv in SBCS_PAGES]
     dbcs = [build_page(cp, tsv, True) for cp, tsv in DBCS_PAGES]
     files = {"codepage_sbcs.inc": gen_sbcs(sbcs, ucd),
              "codepage_index.inc": gen_index(sbcs + dbcs, ucd),
-             "codepage_compose.inc": gen_compose(ucd),
-             "codepage_marks.inc": gen_marks(ucd)}
+             "codepage_compose.inc": gen_compose(ucd)}
     for p in dbcs:
         files["codepage_dbcs%d.inc" % p["cp"]] = gen_dbcs(p, ucd)
     for name, text in files.items():
@@ -407,18 +376,8 @@ def recorded_ucd():
 
 
 def main(argv):
-    check = "--check" in argv[1:]
-    if not os.path.isdir(DATA):
-        sys.stderr.write("gen_codepages: %s not found\n" % DATA)
-        return SKIP if check else 2
-    if not check:
-        for name in generate(OUT):
-            print("wrote src/platform/" + name)
-        return 0
-    if recorded_ucd() != unicodedata.unidata_version:
-        sys.stderr.write("gen_codepages: committed tables use another unicodedata version\n")
-        return SKIP
-    return gencheck.matches_committed("gen_codepages", generate, OUT)
+    return gencheck.run("gen_codepages", argv, generate, OUT, inputs=[DATA], recorded=recorded_ucd,
+                        current=unicodedata.unidata_version)
 
 
 if __name__ == "__main__":

@@ -27,8 +27,8 @@ import textwrap
 
 import gencheck  # tools/gen/gencheck.py
 
-ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", ".."))
-DATA = os.path.normpath(os.path.join(ROOT, "..", "shared", "data", "locales"))
+ROOT = gencheck.ROOT
+DATA = os.path.join(gencheck.SHARED_DATA, "locales")
 INPUTS = ["locales.tsv", "lctypes.tsv", "locale_sources.tsv", "variants.tsv"]
 OUT_TABLES = os.path.join("src", "platform", "locale_tables.inc")
 OUT_HEADER = os.path.join("include", "qxutil", "winlocale.h")
@@ -388,15 +388,8 @@ def generate(root):
 
 
 def main(argv):
-    check = "--check" in argv[1:]
-    if not all(os.path.isfile(os.path.join(DATA, n)) for n in INPUTS):
-        print("gen_locales: inputs not available in %s" % DATA)
-        return gencheck.SKIP if check else 2
-    if not check:
-        for rel in generate(ROOT):
-            print("wrote %s" % rel)
-        return 0
-    return gencheck.matches_committed("gen_locales", generate, ROOT)
+    return gencheck.run("gen_locales", argv, generate, ROOT,
+                        inputs=[os.path.join(DATA, n) for n in INPUTS])
 
 
 if __name__ == "__main__":

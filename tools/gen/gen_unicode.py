@@ -1,14 +1,20 @@
 #!/usr/bin/env python3
-"""Generate src/platform/unicode_tables.inc: the BMP character tables behind
-CharUpperW, CharLowerW, IsCharUpperW, IsCharLowerW, IsCharAlphaW,
-IsCharAlphaNumericW, CharNextW/CharPrevW and the C runtime's iswalpha,
-iswalnum, iswprint, iswspace and case functions.
+"""Generate the BMP character tables of src/platform:
+
+  unicode_tables.inc  the tables behind CharUpperW, CharLowerW, IsCharUpperW,
+                      IsCharLowerW, IsCharAlphaW, IsCharAlphaNumericW and the
+                      C runtime's iswalpha, iswalnum, iswprint, iswspace and
+                      case functions
+  unicode_marks.inc   the nonspacing marks, the one definition that
+                      CharNextW/CharPrevW and WideCharToMultiByte's
+                      WC_COMPOSITECHECK (and gen_codepages.py's composition
+                      pairs, through is_nonspacing) all use
 
 Input: Python 3's standard `unicodedata` module. The Unicode version it
-carries (unicodedata.unidata_version) is written into the generated file;
-`--check` regenerates into memory and compares byte for byte with the
-committed file, and exits 77 (skip) when the running Python carries another
-Unicode version than the one the committed file was made from.
+carries (unicodedata.unidata_version) is written into the generated files;
+`--check` (tools/gen/gencheck.py) exits 77 (skip) when the running Python
+carries another Unicode version than the one the committed files were made
+from.
 
 How Windows' answers are derived from the Unicode data:
 
@@ -22,26 +28,30 @@ How Windows' answers are derived from the Unicode data:
   runtime's iswctype tests): upper = Lu, Lt; lower = Ll, Lt; alpha = any
   letter (L*) or letter number (Nl); digit = Nd; punct = P*; space = Zs, Zl,
   Zp and TAB..CR; plus the hand-made exceptions in EXCEPTIONS below.
-* Nonspacing: the characters CharNextW and CharPrevW step over together with
-  the character before them, the bidirectional class NSM (nonspacing and
-  enclosing marks).
+* Nonspacing marks: general category Mn (is_nonspacing). Windows' notion of
+  a nonspacing character is a character type (CT_CTYPE3's C3_NONSPACING),
+  and both the calls that step over marks (CharNextW, CharPrevW) and the
+  ones that compose them (WC_COMPOSITECHECK) read that one type. The
+  bidirectional class NSM is a direction, not a character type: it adds the
+  enclosing marks (Me) and drops two Kannada vowel signs (docs/unicode.md).
 
-Usage: gen_unicode.py            write the table
-       gen_unicode.py --check    compare with the committed table
+Usage: gen_unicode.py [--check]
 """
 
 import os
 import sys
 import unicodedata
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-ROOT = os.path.normpath(os.path.join(HERE, "..", ".."))
-OUTPUT = os.path.join(ROOT, "src", "platform", "unicode_tables.inc")
+import gencheck  # tools/gen/gencheck.py
+
+OUT = os.path.join(gencheck.ROOT, "src", "platform")
+TABLES = "unicode_tables.inc"
+MARKS = "unicode_marks.inc"
 GENERATOR = "tools/gen/gen_unicode.py"
 VERSION_TAG = "// unidata_version: "
 
 # Character-type bits: the C runtime's _UPPER, _LOWER, ... values (which are
-# also Windows' C1_ values), and one bit of our own for nonspacing marks.
+# also Windows' C1_ values).
 UPPER = 0x0001
 LOWER = 0x0002
 DIGIT = 0x0004
@@ -49,7 +59,6 @@ SPACE = 0x0008
 PUNCT = 0x0010
 BLANK = 0x0040
 ALPHA = 0x0100
-NONSPACING = 0x8000
 
 CATEGORY_BITS = {
     "Lu": UPPER | ALPHA,
@@ -95,6 +104,11 @@ EXCEPTIONS = [
     # The control characters TAB, LF, VT, FF and CR are white space.
     (_span(0x09, 0x0D), SPACE, "TAB to CR"),
 ]
+
+
+def is_nonspacing(c):
+    """True for the nonspacing marks: general category Mn. The first is U+0300."""
+    return unicodedata.category(chr(c)) == "Mn"
 
 
 def simple_upper(ch):
@@ -146,8 +160,6 @@ def build():
     for c in range(0x10000):
         ch = chr(c)
         bits[c] = CATEGORY_BITS.get(unicodedata.category(ch), 0)
-        if unicodedata.bidirectional(ch) == "NSM":
-            bits[c] |= NONSPACING
     for points, add, _why in EXCEPTIONS:
         for c in points:
             bits[c] |= add
@@ -187,8 +199,8 @@ def ctype_for(values):
     return "uint32_t", 4
 
 
-def array(name, ctype, values, width, per_line):
-    lines = ["static constexpr %s %s[%d] = {" % (ctype, name, len(values))]
+def array(name, ctype, values, width, per_line, storage="static constexpr"):
+    lines = ["%s %s %s[%d] = {" % (storage, ctype, name, len(values))]
     for i in range(0, len(values), per_line):
         chunk = values[i:i + per_line]
         lines.append("    " + ", ".join(("0x%0*X" % (width, v)) for v in chunk) + ",")
@@ -242,9 +254,49 @@ def render():
     return "\n".join(out) + "\n"
 
 
-def recorded_version(path):
+def render_marks():
+    """The nonspacing marks of the BMP as a two-level bitmap: kMarkBlockOf[u >> 8]
+    selects a 256-bit block of kMarkBlocks (four 64-bit words, bit u & 63 of word
+    (u >> 6) & 3). Block 0 is empty. External linkage: the conversions and
+    CharNextW test marks inline (unicode.h)."""
+    blocks, index, block_of = [(0, 0, 0, 0)], {(0, 0, 0, 0): 0}, []
+    for h in range(256):
+        words = [0, 0, 0, 0]
+        for lo in range(256):
+            if is_nonspacing((h << 8) | lo):
+                words[lo >> 6] |= 1 << (lo & 63)
+        block = tuple(words)
+        if block not in index:
+            index[block] = len(blocks)
+            blocks.append(block)
+        block_of.append(index[block])
+    assert min(c for c in range(0x10000) if is_nonspacing(c)) == 0x300
+    out = [
+        "// generated by %s from Python's unicodedata (Unicode %s); do not edit."
+        % (GENERATOR, unicodedata.unidata_version),
+        "//",
+        "// The nonspacing marks (general category Mn) of the BMP: kMarkBlockOf[u >> 8] selects a",
+        "// block of kMarkBlocks; bit u & 63 of its word (u >> 6) & 3 is set for a mark.",
+        "",
+    ]
+    out += array("kMarkBlockOf", "uint8_t", block_of, 2, 16, storage="constexpr")
+    out.append("constexpr uint64_t kMarkBlocks[%d][4] = {" % len(blocks))
+    for b in blocks:
+        out.append("    {" + ", ".join("0x%016X" % w for w in b) + "},")
+    out.append("};")
+    return "\n".join(out) + "\n"
+
+
+def generate(outdir):
+    for name, text in ((TABLES, render()), (MARKS, render_marks())):
+        with open(os.path.join(outdir, name), "w", encoding="utf-8", newline="") as f:
+            f.write(text)
+    return [TABLES, MARKS]
+
+
+def recorded_version():
     try:
-        with open(path, encoding="utf-8") as f:
+        with open(os.path.join(OUT, TABLES), encoding="utf-8") as f:
             for line in f:
                 if line.startswith(VERSION_TAG):
                     return line[len(VERSION_TAG):].strip()
@@ -254,26 +306,8 @@ def recorded_version(path):
 
 
 def main(argv):
-    if len(argv) > 1 and argv[1] == "--check":
-        recorded = recorded_version(OUTPUT)
-        if recorded is not None and recorded != unicodedata.unidata_version:
-            print("unicode tables were made from Unicode %s, this Python has %s: skipped"
-                  % (recorded, unicodedata.unidata_version))
-            return 77
-        try:
-            with open(OUTPUT, encoding="utf-8", newline="") as f:
-                committed = f.read()
-        except OSError:
-            print("missing " + OUTPUT)
-            return 1
-        if committed != render():
-            print(OUTPUT + " differs from what " + GENERATOR + " makes")
-            return 1
-        return 0
-    text = render()
-    with open(OUTPUT, "w", encoding="utf-8", newline="") as f:
-        f.write(text)
-    return 0
+    return gencheck.run("gen_unicode", argv, generate, OUT, recorded=recorded_version,
+                        current=unicodedata.unidata_version)
 
 
 if __name__ == "__main__":
