@@ -211,11 +211,10 @@ public:
     qx::WideBuffer text;
     if (!lost_)
       CollectEpisode(0, &text, 0, false);
-    if (lost_)
-      text.Assign(kLostMessage);
+    const bool lost = lost_; // also when the text could not be collected
     ClearErrors();
     if (funcs_ && result)
-      funcs_->Report(text.c_str());
+      funcs_->Report(lost ? kLostMessage : text.c_str());
   }
 
   void SetQXErrorMode(eErrorMode mode) override { mode_ = mode; }

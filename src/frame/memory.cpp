@@ -30,6 +30,8 @@ public:
 };
 
 std::atomic<HeapManager*> gHeapManager{nullptr};
+// Its storage: making it never costs an allocation, so it cannot fail.
+alignas(HeapManager) unsigned char gHeapManagerStorage[sizeof(HeapManager)];
 
 // The guard lives in static storage that is never destroyed, so memory calls
 // made by other objects' destructors at exit still find it.
@@ -44,7 +46,7 @@ void EnsureHeapManager() {
     return;
   QXGuardLock hold(&HeapGuard());
   if (!gHeapManager.load(std::memory_order_relaxed))
-    gHeapManager.store(new (std::nothrow) HeapManager, std::memory_order_release);
+    gHeapManager.store(new (gHeapManagerStorage) HeapManager, std::memory_order_release);
 }
 
 // ZeroTail - clears the bytes of `block` from `from` to its usable size.
@@ -86,7 +88,8 @@ namespace qx {
 
 void ShutDownMemoryManager() {
   QXGuardLock hold(&HeapGuard());
-  delete gHeapManager.exchange(nullptr);
+  if (HeapManager* manager = gHeapManager.exchange(nullptr))
+    manager->~HeapManager();
 }
 
 bool MemoryManagerRunning() { return gHeapManager.load() != nullptr; }

@@ -7,11 +7,11 @@
 //===----------------------------------------------------------------------===//
 #include "qxutil/frame.h"
 
+#include "frame/wide_buffer.h"
 #include "platform/module_path.h"
 #include "platform/modules.h"
 
 #include <cwchar>
-#include <string>
 
 using namespace qx::win;
 
@@ -19,17 +19,14 @@ namespace {
 
 bool IsSeparator(wchar_t c) { return c == L'/' || c == L'\\'; }
 
-// NameAndExtension - the last path component of `fileName`, with ".so"
-// added when it has no extension.
-std::wstring NameAndExtension(const wchar_t* fileName) {
+// AppendNameAndExtension - appends the last path component of `fileName`,
+// with ".so" added when it has no extension; false when memory runs out.
+bool AppendNameAndExtension(const wchar_t* fileName, qx::WideBuffer* out) {
   const wchar_t* name = fileName;
   for (const wchar_t* p = fileName; *p; ++p)
     if (IsSeparator(*p))
       name = p + 1;
-  std::wstring result(name);
-  if (result.find(L'.') == std::wstring::npos)
-    result += L".so";
-  return result;
+  return out->Append(name) && (std::wcschr(name, L'.') || out->Append(L".so"));
 }
 
 } // namespace
@@ -43,10 +40,12 @@ bool LoadQXLibrary(const wchar_t* fileName, const wchar_t* besideModule, HINSTAN
   DWORD length = GetModuleFileNameW(beside, path, MAX_PATH);
   if (length == 0 || length >= MAX_PATH)
     return false; // no path, or one cut short
-  std::wstring directory(path, length);
-  size_t slash = directory.find_last_of(L"/\\");
-  directory.erase(slash == std::wstring::npos ? 0 : slash + 1);
-  std::wstring full = directory + NameAndExtension(fileName);
+  size_t directory = length;
+  while (directory > 0 && !IsSeparator(path[directory - 1]))
+    --directory;
+  qx::WideBuffer full; // on the memory manager: no exception on exhaustion
+  if (!full.Append(path, directory) || !AppendNameAndExtension(fileName, &full))
+    return false;
   UINT previous = SetErrorMode(SEM_FAILCRITICALERRORS);
   handle = LoadLibraryExW(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   SetErrorMode(previous);

@@ -10,13 +10,16 @@
 // row, are skipped on both sides; which separator stands where is not
 // compared). See docs/dates.md for the whole language.
 //
+// The tokens are walked in place on copies made with the memory manager;
+// when a copy cannot be made the call fails like any other (false, the
+// output emptied) and nothing throws.
+//
 //===----------------------------------------------------------------------===//
+#include "frame/wide_buffer.h"
 #include "locale/date_internal.h"
 #include "qxutil/text.h"
 
 #include <cwchar>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -54,35 +57,47 @@ Field Classify(const wchar_t* token) {
   return token[0] == L'\'' || token[0] == L'"' ? Field::Quoted : Field::Literal;
 }
 
-// Token - bounds of one token in the text that was split.
-struct Token {
-  size_t start, end;
+// Tokens - the non-empty tokens of a copy of a text, one after the other.
+// The copy has the delimiters overwritten, so that each token is
+// terminated there.
+class Tokens {
+public:
+  /// Start - copies `text`; false when the copy cannot be made.
+  bool Start(const wchar_t* text) {
+    if (!work_.Assign(text))
+      return false;
+    next_ = work_.data();
+    return true;
+  }
+  /// Next - the next non-empty token; null after the last.
+  const wchar_t* Next() {
+    while (next_) {
+      wchar_t* s = next_;
+      wchar_t* token = qxStrtok(s, kSeparators, false, &next_);
+      if (!token)
+        next_ = nullptr;
+      else if (*token)
+        return token;
+    }
+    return nullptr;
+  }
+  /// Offset - where `token` starts in the text.
+  size_t Offset(const wchar_t* token) const { return static_cast<size_t>(token - work_.c_str()); }
+
+private:
+  qx::WideBuffer work_;
+  wchar_t* next_ = nullptr;
 };
 
-// Split - the non-empty tokens of `text`. `work` receives the text with
-// the delimiters overwritten, so that each token is terminated there.
-std::vector<Token> Split(const wchar_t* text, std::wstring& work) {
-  std::vector<Token> tokens;
-  work.assign(text);
-  wchar_t* base = work.data();
-  wchar_t* s = base;
-  wchar_t* next = nullptr;
-  while (wchar_t* token = qxStrtok(s, kSeparators, false, &next)) {
-    size_t length = std::wcslen(token);
-    if (length > 0)
-      tokens.push_back(
-          {static_cast<size_t>(token - base), static_cast<size_t>(token - base) + length});
-    s = next;
-  }
-  return tokens;
-}
-
-// Unquote - the content of a quoted token (a doubled quote read as one).
-std::wstring Unquote(const wchar_t* token) {
-  std::vector<wchar_t> out(std::wcslen(token) + 1);
+// Unquote - the content of a quoted token (a doubled quote read as one)
+// into `out`; false when the memory for it cannot be had.
+bool Unquote(const wchar_t* token, qx::WideBuffer* out) {
+  size_t length = std::wcslen(token);
+  if (!out->Reserve(length))
+    return false;
   wchar_t quote[2] = {token[0], 0};
-  unquotestring(out.data(), token, static_cast<unsigned int>(out.size()), quote);
-  return out.data();
+  unquotestring(out->data(), token, static_cast<unsigned int>(length + 1), quote);
+  return true;
 }
 
 // Name - a locale string of the locale of GetLocaleIdentifier().
@@ -196,33 +211,37 @@ bool qxSQLStringToDate(const wchar_t* text, const wchar_t* picture, qxDATE* date
   SetNullDate(date);
   if (!text || !picture)
     return false;
-  std::wstring pictureWork, textWork;
-  std::vector<Token> pictureTokens = Split(picture, pictureWork);
-  std::vector<Token> textTokens = Split(text, textWork);
+  Tokens pictureTokens, textTokens;
+  if (!pictureTokens.Start(picture) || !textTokens.Start(text))
+    return false;
   Parsed parsed;
-  size_t t = 0;
-  for (const Token& pt : pictureTokens) {
-    const wchar_t* ptoken = pictureWork.c_str() + pt.start;
+  qx::WideBuffer literal, plain;
+  while (const wchar_t* ptoken = pictureTokens.Next()) {
     Field field = Classify(ptoken);
     if (field == Field::Literal || field == Field::Quoted) {
       // A literal matches as many text tokens as it has itself.
-      std::wstring literal = field == Field::Quoted ? Unquote(ptoken) : std::wstring(ptoken);
-      std::wstring literalWork;
-      for (const Token& lt : Split(literal.c_str(), literalWork)) {
-        if (t == textTokens.size())
+      Tokens literalTokens;
+      if (field == Field::Quoted ? !Unquote(ptoken, &literal) : !literal.Assign(ptoken))
+        return false;
+      if (!literalTokens.Start(literal.c_str()))
+        return false;
+      while (const wchar_t* ltoken = literalTokens.Next()) {
+        const wchar_t* ttoken = textTokens.Next();
+        if (!ttoken)
           return false;
-        const wchar_t* ttoken = textWork.c_str() + textTokens[t++].start;
-        std::wstring plain = ttoken[0] == L'\'' || ttoken[0] == L'"' ? Unquote(ttoken) : ttoken;
-        if (!strequ(plain.c_str(), literalWork.c_str() + lt.start))
+        bool quoted = ttoken[0] == L'\'' || ttoken[0] == L'"';
+        if (quoted ? !Unquote(ttoken, &plain) : !plain.Assign(ttoken))
+          return false;
+        if (!strequ(plain.c_str(), ltoken))
           return false;
       }
       continue;
     }
-    if (t == textTokens.size() ||
-        !MatchField(field, textWork.c_str() + textTokens[t++].start, &parsed))
+    const wchar_t* ttoken = textTokens.Next();
+    if (!ttoken || !MatchField(field, ttoken, &parsed))
       return false;
   }
-  if (t != textTokens.size()) // text left over
+  if (textTokens.Next()) // text left over
     return false;
   qxDATE result{static_cast<int16_t>(parsed.year >= 0 ? parsed.year : qx::date::CurrentYear()),
                 static_cast<int8_t>(parsed.month >= 0 ? parsed.month : 1),
@@ -242,16 +261,19 @@ bool qxSQLDateToString(qxDATE date, const wchar_t* picture, wchar_t* buffer, uns
     buffer[0] = 0;
   if (!picture || !IsValidDate(&date))
     return false;
-  std::wstring work;
-  std::vector<Token> tokens = Split(picture, work);
-  std::wstring out;
+  Tokens tokens;
+  qx::WideBuffer out, quoted;
+  if (!tokens.Start(picture))
+    return false;
   size_t copied = 0; // picture units already accounted for
   wchar_t piece[kNameSize];
-  for (const Token& token : tokens) {
-    out.append(picture + copied, picture + token.start);
-    copied = token.end;
-    const wchar_t* text = work.c_str() + token.start;
+  while (const wchar_t* text = tokens.Next()) {
+    size_t start = tokens.Offset(text);
+    if (!out.Append(picture + copied, start - copied))
+      return false;
+    copied = start + std::wcslen(text);
     Field field = Classify(text);
+    const wchar_t* written = piece;
     switch (field) {
     case Field::Year4:
     case Field::Year2:
@@ -272,18 +294,19 @@ bool qxSQLDateToString(qxDATE date, const wchar_t* picture, wchar_t* buffer, uns
         return false;
       break;
     case Field::Quoted:
-      out += Unquote(text);
-      continue;
+      if (!Unquote(text, &quoted))
+        return false;
+      written = quoted.c_str();
+      break;
     case Field::Literal:
-      out += text;
-      continue;
+      written = text;
+      break;
     }
-    out += piece;
+    if (!out.Append(written))
+      return false;
   }
-  out.append(picture + copied);
-  if (out.size() >= size) {
+  if (!out.Append(picture + copied) || out.size() >= size)
     return false;
-  }
   std::wmemcpy(buffer, out.c_str(), out.size() + 1);
   return true;
 }

@@ -1,45 +1,49 @@
 //===- locale/date_text.cpp - Dates as numeric layouts and pictures -------===//
+#include "frame/wide_buffer.h"
 #include "locale/date_internal.h"
 #include "platform/date_format.h"
 #include "qxutil/text.h"
 
 #include <cwchar>
-#include <vector>
 
 using namespace qx::win;
 
 namespace {
 
-// PutIfFits - `text` of `length` units into `buffer` when it fits with its
-// terminator; otherwise "" (when size > 0) and false.
-bool PutIfFits(wchar_t* buffer, unsigned int size, const wchar_t* text, int length) {
-  if (length < 0 || static_cast<unsigned int>(length) >= size) {
-    if (size > 0)
-      buffer[0] = 0;
-    return false;
-  }
-  std::wmemcpy(buffer, text, static_cast<size_t>(length) + 1);
-  return true;
-}
-
-// Layout - the numeric layout of `order` with two separator strings into
-// `out`; -1 for an order that is not a layout.
-int Layout(std::vector<wchar_t>& out, const qxDATE* date, short order, const wchar_t* s1,
-           const wchar_t* s2) {
-  out.assign(std::wcslen(s1) + std::wcslen(s2) + 32, 0);
-  int year = date->year, month = date->month, day = date->day;
+// Layout - the numeric layout of `order` with two separator strings,
+// written into `buffer` when it fits with its terminator (otherwise "" when
+// size > 0, and false). False without writing for an order that is not a
+// layout.
+bool Layout(wchar_t* buffer, unsigned int size, const qxDATE* date, short order, const wchar_t* s1,
+            const wchar_t* s2) {
+  struct Shape {
+    const wchar_t* format;
+    int a, b, c;
+  } shape;
   switch (order) {
   case 0:
-    return std::swprintf(out.data(), out.size(), L"%02d%ls%02d%ls%04d", month, s1, day, s2, year);
+    shape = {L"%02d%ls%02d%ls%04d", date->month, date->day, date->year};
+    break;
   case 1:
-    return std::swprintf(out.data(), out.size(), L"%02d%ls%02d%ls%04d", day, s1, month, s2, year);
+    shape = {L"%02d%ls%02d%ls%04d", date->day, date->month, date->year};
+    break;
   case 2:
-    return std::swprintf(out.data(), out.size(), L"%04d%ls%02d%ls%02d", year, s1, month, s2, day);
+    shape = {L"%04d%ls%02d%ls%02d", date->year, date->month, date->day};
+    break;
   case 5:
-    return std::swprintf(out.data(), out.size(), L"%04d%ls%02d%ls%02d", year, s1, day, s2, month);
+    shape = {L"%04d%ls%02d%ls%02d", date->year, date->day, date->month};
+    break;
   default:
-    return -1;
+    return false;
   }
+  if (size == 0)
+    return false;
+  // swprintf fails (-1) when the text and its terminator do not fit.
+  if (std::swprintf(buffer, size, shape.format, shape.a, s1, shape.b, s2, shape.c) < 0) {
+    buffer[0] = 0;
+    return false;
+  }
+  return true;
 }
 
 } // namespace
@@ -49,20 +53,15 @@ void MakeDateString(wchar_t* buffer, unsigned int size, qxDATE* date, short orde
   if (!buffer || !date)
     return;
   wchar_t separator[2] = {delimiter, 0};
-  std::vector<wchar_t> text;
-  int length = Layout(text, date, order, separator, separator);
-  if (length >= 0)
-    PutIfFits(buffer, size, text.data(), length);
+  Layout(buffer, size, date, order, separator, separator);
 }
 
 bool MakeDateStringEx(wchar_t* buffer, unsigned int size, qxDATE* date, short order,
                       const wchar_t* separator1, const wchar_t* separator2) {
   if (!buffer || !date)
     return false;
-  std::vector<wchar_t> text;
-  int length =
-      Layout(text, date, order, separator1 ? separator1 : L"", separator2 ? separator2 : L"");
-  return length >= 0 && PutIfFits(buffer, size, text.data(), length);
+  return Layout(buffer, size, date, order, separator1 ? separator1 : L"",
+                separator2 ? separator2 : L"");
 }
 
 bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, wchar_t* picture) {
@@ -79,10 +78,11 @@ bool FormatDateString(wchar_t* buffer, unsigned int size, qxDATE date, wchar_t* 
   int needed = GetDateFormatW(locale, 0, &st, picture, nullptr, 0);
   if (needed <= 0)
     return false;
-  std::vector<wchar_t> work(static_cast<size_t>(needed) * 2);
-  if (GetDateFormatW(locale, 0, &st, picture, work.data(), static_cast<int>(work.size())) <= 0)
+  qx::WideBuffer work; // on the memory manager: no exception on exhaustion
+  if (!work.Reserve(static_cast<size_t>(needed)) ||
+      GetDateFormatW(locale, 0, &st, picture, work.data(), needed) <= 0)
     return false;
-  strcpyn(buffer, work.data(), size);
+  strcpyn(buffer, work.c_str(), size);
   return true;
 }
 

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cwchar>
-#include <string>
 
 namespace qx::date {
 
@@ -13,13 +12,12 @@ namespace {
 
 constexpr size_t kTextCopy = 256; // units of text the string readers look at
 
-// Trimmed - at most kTextCopy units of `text`, trimmed at both ends.
-std::wstring Trimmed(const wchar_t* text) {
-  wchar_t work[kTextCopy + 1];
+// Trimmed - at most kTextCopy units of `text`, trimmed at both ends, into
+// `work` (kTextCopy + 1 units).
+void Trimmed(const wchar_t* text, wchar_t* work) {
   strcpyn(work, text, kTextCopy + 1);
   ltrim(work);
   rtrim(work);
-  return work;
 }
 
 // TimeTicks - hours, minutes and seconds (with a fraction) of a day
@@ -130,8 +128,9 @@ bool ReadSpanText(const wchar_t* text, long long* ticks) {
     return Compose(days, p.hours, p.minutes, p.seconds, 0, p.ticks, ticks);
   }
   // [+|-][days. | days blanks]time
-  std::wstring work = Trimmed(text);
-  const wchar_t* p = work.c_str();
+  wchar_t work[kTextCopy + 1];
+  Trimmed(text, work);
+  const wchar_t* p = work;
   bool negative = *p == L'-';
   if (*p == L'-' || *p == L'+')
     ++p;
@@ -156,22 +155,26 @@ bool ReadSpanText(const wchar_t* text, long long* ticks) {
 bool ReadDateTimeText(const wchar_t* text, long long* ticks) {
   if (!text)
     return false;
-  std::wstring work = Trimmed(text);
-  if (work.size() == 21 && AllDigits(work.c_str(), 21)) {
-    long long date = std::wcstoll(work.substr(0, 8).c_str(), nullptr, 10);
-    long long clock = std::wcstoll(work.c_str() + 8, nullptr, 10);
+  wchar_t work[kTextCopy + 1];
+  Trimmed(text, work);
+  if (std::wcslen(work) == 21 && AllDigits(work, 21)) {
+    wchar_t dateDigits[9];
+    strcpyn(dateDigits, work, 9);
+    long long date = std::wcstoll(dateDigits, nullptr, 10);
+    long long clock = std::wcstoll(work + 8, nullptr, 10);
     qxDATE d;
     long long day = 0, time = 0;
     return LiteralFields(static_cast<long>(date), &d, true) && DateTicks(&d, &day) &&
            ClockOfDay(clock, &time) && AddTicks(day, time, ticks);
   }
-  size_t split = work.find_first_of(L" \t");
-  std::wstring datePart = work.substr(0, split);
+  size_t split = std::wcscspn(work, L" \t");
+  wchar_t datePart[kTextCopy + 1];
+  strcpyn(datePart, work, static_cast<unsigned int>(split + 1));
   qxDATE date;
   long long day = 0, time = 0;
-  if (!Str2Date(datePart.c_str(), &date) || !DateTicks(&date, &day))
+  if (!Str2Date(datePart, &date) || !DateTicks(&date, &day))
     return false;
-  if (split != std::wstring::npos && !ReadTimeText(work.c_str() + split, &time))
+  if (work[split] != 0 && !ReadTimeText(work + split, &time))
     return false;
   return AddTicks(day, time, ticks);
 }

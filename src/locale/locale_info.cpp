@@ -16,6 +16,8 @@
 namespace {
 
 const wchar_t kNeutralTimeFormat[] = L"h:mm:ss tt";
+// The longest numeric locale value GetLocaleInt reads, terminator included.
+constexpr int kMaxIntValue = 128;
 
 class cLocaleInfoImpl final : public cLocaleInfo {
 public:
@@ -87,16 +89,15 @@ public:
   LCID UpdateLocale() override { return locale_ = GetThreadLocale(); }
 
   bool GetLocaleInt(LCTYPE type, unsigned int* out) override {
+    // Numeric values are a few digits (Windows caps any locale value at 80
+    // units): a fixed buffer, so a refresh never fails for lack of memory.
+    wchar_t text[kMaxIntValue];
     int length = GetLocaleInfoW(locale_, type, nullptr, 0);
-    if (length <= 0)
+    if (length <= 0 || length > kMaxIntValue)
       return false;
-    wchar_t* text = nullptr;
-    if (!falloc_(static_cast<unsigned int>(length + 1) * sizeof(wchar_t), &text, true, true))
-      return false;
-    bool ok = GetLocaleInfoW(locale_, type, text, length + 1) != 0;
+    bool ok = GetLocaleInfoW(locale_, type, text, length) != 0;
     if (ok && out)
       *out = static_cast<unsigned int>(qx::crt::_wtoi(text));
-    ffree(&text);
     return ok;
   }
 

@@ -14,9 +14,9 @@ namespace qx::number {
 /// The working buffers of the formatters and the FmtCtl parsers, in units.
 constexpr unsigned int kWorkSize = 1024;
 
-/// RuntimeLocaleIsNeutral - true when the C runtime's LC_NUMERIC locale name
-/// is exactly "C" (or cannot be read). The name is read under the library's
-/// locale critical section.
+/// RuntimeLocaleIsNeutral - true when the C runtime's LC_NUMERIC locale is
+/// the "C" locale (named "C" or "POSIX", or unreadable); the name is read
+/// under the runtime-locale lock (platform/crt_locale.h).
 bool RuntimeLocaleIsNeutral();
 
 /// SeparatorsInForce - the decimal and thousands separators and the group

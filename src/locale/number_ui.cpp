@@ -12,28 +12,10 @@
 #include "platform/crt_number.h"
 #include "qxutil/text.h"
 
-#include <atomic>
 #include <cstring>
 #include <cwchar>
 
 namespace {
-
-// The library's locale critical section: held only while the runtime's
-// locale name is read, which takes a few nanoseconds, so it spins. It sits
-// on the path of every number conversion.
-class LocaleSection {
-public:
-  void Lock() {
-    while (busy_.test_and_set(std::memory_order_acquire))
-      __builtin_ia32_pause();
-  }
-  void Unlock() { busy_.clear(std::memory_order_release); }
-
-private:
-  std::atomic_flag busy_ = ATOMIC_FLAG_INIT;
-};
-
-LocaleSection gLocaleSection;
 
 bool AllDigits(const wchar_t* from, const wchar_t* to) {
   for (const wchar_t* p = from; p < to; ++p)
@@ -46,12 +28,7 @@ bool AllDigits(const wchar_t* from, const wchar_t* to) {
 
 namespace qx::number {
 
-bool RuntimeLocaleIsNeutral() {
-  gLocaleSection.Lock();
-  const bool neutral = qx::platform::CrtNumericLocaleIsC();
-  gLocaleSection.Unlock();
-  return neutral;
-}
+bool RuntimeLocaleIsNeutral() { return qx::platform::CrtNumericLocaleIsC(); }
 
 wchar_t RuntimePoint(bool neutral) { return neutral ? L'.' : qx::platform::CrtDecimalPoint(); }
 

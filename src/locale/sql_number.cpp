@@ -22,20 +22,38 @@
 // value whose integer part has more digits than the picture has integer
 // positions is written as one '#' per picture character (false returned).
 //
+// Nothing here allocates: a picture has at most kMaxPicture characters, so
+// every text is built in a fixed buffer (sizes below) and an exported call
+// cannot fail for lack of memory.
+//
 //===----------------------------------------------------------------------===//
 #include "qxutil/locale.h"
 
+#include "frame/fixed_text.h"
 #include "platform/crt_string.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <string>
+#include <cwchar>
 #include <system_error>
 
 namespace {
 
+using qx::FixedText;
+
 constexpr size_t kMaxPicture = 128;
+// The integer digits of a double (at most 309) and a carry.
+constexpr size_t kMaxIntegerDigits = 312;
+// Written text: each picture character gives at most one character, plus a
+// leading '-' and the exponent's sign and digits.
+constexpr size_t kMaxOutput = kMaxPicture + 16;
+// Text read: the picture's digits, a point, and the exponent (its leading
+// zeros dropped, at most kMaxExponentDigits significant digits).
+constexpr size_t kMaxExponentDigits = 9;
+constexpr size_t kMaxNumberText = kMaxPicture + kMaxExponentDigits + 8;
+
+using PictureText = FixedText<wchar_t, kMaxPicture>;
 
 enum Element : wchar_t {
   kDigit9 = L'9',
@@ -46,14 +64,14 @@ enum Element : wchar_t {
 };
 
 struct Picture {
-  wchar_t sign = 0;      // '+', '-' or 0 for no sign element
-  std::wstring leading;  // kSign / kCurrency elements in front, in order
-  std::wstring trailing; // the same behind
-  std::wstring integer;  // kDigit9, kDigit0, kGroup
+  wchar_t sign = 0;     // '+', '-' or 0 for no sign element
+  PictureText leading;  // kSign / kCurrency elements in front, in order
+  PictureText trailing; // the same behind
+  PictureText integer;  // kDigit9, kDigit0, kGroup
   int integerDigits = 0;
   int alwaysWritten = 0; // integer positions from the right always written
   bool point = false;
-  std::wstring fraction; // kDigit9, kDigit0
+  PictureText fraction; // kDigit9, kDigit0
   bool exponent = false;
   size_t length = 0; // picture characters (for the overflow text)
 };
@@ -165,15 +183,15 @@ bool ParsePicture(const wchar_t* text, Picture* p) {
 // Digits - a rounded decimal form: integer digits without leading zeros
 // (empty for 0), `fraction` digits, and the exponent in scientific form.
 struct Digits {
-  std::string integer;
-  std::string fraction;
+  FixedText<char, kMaxIntegerDigits> integer;
+  FixedText<char, kMaxPicture + 1> fraction;
   int exponent = 0;
   bool zero = true;
 };
 
 // RoundUp - adds one unit in the last place of `digits`; true when a carry
 // leaves the front.
-bool RoundUp(std::string& digits) {
+template <class Text> bool RoundUp(Text& digits) {
   for (size_t i = digits.size(); i-- > 0;) {
     if (digits[i] != '9') {
       ++digits[i];
@@ -184,52 +202,61 @@ bool RoundUp(std::string& digits) {
   return true;
 }
 
-// DecimalDigits - |value| (finite) rounded half away from zero.
+// DecimalDigits - |value| (finite) rounded half away from zero, with at
+// most kMaxPicture fraction digits.
 Digits DecimalDigits(double value, size_t fractionDigits, bool scientific) {
-  // The exact expansion: a double has at most 1074 fraction digits.
+  // The exact expansion: a double has at most 309 integer and 1074
+  // fraction digits.
   static thread_local char exact[1500];
   auto r =
       std::to_chars(exact, exact + sizeof exact, std::fabs(value), std::chars_format::fixed, 1074);
-  std::string text(exact, r.ptr);
-  size_t dot = text.find('.');
-  std::string whole = text.substr(0, dot);
-  std::string frac = text.substr(dot + 1);
+  const size_t wholeLength = static_cast<size_t>(std::strchr(exact, '.') - exact);
+  const size_t length = static_cast<size_t>(r.ptr - exact);
+  // Digit i of the expansion without its point.
+  auto digit = [&](size_t i) { return exact[i < wholeLength ? i : i + 1]; };
+  const size_t digitCount = length - 1;
   Digits d;
   if (!scientific) {
-    std::string kept = whole + frac.substr(0, fractionDigits);
-    kept.resize(whole.size() + fractionDigits, '0');
-    bool up = frac.size() > fractionDigits && frac[fractionDigits] >= '5';
-    if (up && RoundUp(kept)) {
-      kept.insert(kept.begin(), '1');
-      whole.push_back('0'); // one more integer digit
-    }
+    FixedText<char, kMaxIntegerDigits + kMaxPicture> kept;
+    kept.append(exact, wholeLength);
+    for (size_t i = 0; i < fractionDigits; ++i)
+      kept += wholeLength + i < digitCount ? digit(wholeLength + i) : '0';
+    bool up =
+        wholeLength + fractionDigits < digitCount && digit(wholeLength + fractionDigits) >= '5';
+    if (up && RoundUp(kept))
+      kept.insert_front('1');
     size_t integerLength = kept.size() - fractionDigits;
-    d.integer = kept.substr(0, integerLength);
-    d.fraction = kept.substr(integerLength);
-    d.integer.erase(0, d.integer.find_first_not_of('0'));
-    if (d.integer.find_first_not_of('0') == std::string::npos)
-      d.integer.clear();
-    d.zero = d.integer.empty() && d.fraction.find_first_not_of('0') == std::string::npos;
+    size_t first = 0;
+    while (first < integerLength && kept[first] == '0')
+      ++first;
+    d.integer.append(kept.c_str() + first, integerLength - first);
+    d.fraction.append(kept.c_str() + integerLength, fractionDigits);
+    d.zero = d.integer.empty();
+    for (char c : d.fraction)
+      d.zero = d.zero && c == '0';
     return d;
   }
-  std::string all = whole + frac;
-  size_t first = all.find_first_not_of('0');
-  if (first == std::string::npos) {
-    d.integer.assign(1, '0'); // not = "0": g++ 12 -O3 warns falsely (-Wrestrict)
-    d.fraction.assign(fractionDigits, '0');
+  size_t first = 0;
+  while (first < digitCount && digit(first) == '0')
+    ++first;
+  if (first == digitCount) {
+    d.integer += '0';
+    d.fraction.resize(fractionDigits, '0');
     return d;
   }
-  d.exponent = static_cast<int>(whole.size()) - 1 - static_cast<int>(first);
-  std::string significant = all.substr(first, fractionDigits + 1);
-  significant.resize(fractionDigits + 1, '0');
-  bool up = all.size() > first + fractionDigits + 1 && all[first + fractionDigits + 1] >= '5';
+  d.exponent = static_cast<int>(wholeLength) - 1 - static_cast<int>(first);
+  FixedText<char, kMaxPicture + 2> significant; // room for a carry
+  for (size_t i = first; i <= first + fractionDigits; ++i)
+    significant += i < digitCount ? digit(i) : '0';
+  size_t next = first + fractionDigits + 1;
+  bool up = next < digitCount && digit(next) >= '5';
   if (up && RoundUp(significant)) {
-    significant.insert(significant.begin(), '1');
+    significant.insert_front('1');
     significant.pop_back();
     ++d.exponent;
   }
-  d.integer = significant.substr(0, 1);
-  d.fraction = significant.substr(1);
+  d.integer += significant[0];
+  d.fraction.append(significant.c_str() + 1, fractionDigits);
   d.zero = false;
   return d;
 }
@@ -239,18 +266,27 @@ Digits DecimalDigits(double value, size_t fractionDigits, bool scientific) {
 bool BeyondDouble(const Digits& d, bool scientific) {
   if (!scientific || d.exponent < 308)
     return false;
-  std::string text = d.integer + "." + d.fraction + "e" + std::to_string(d.exponent);
+  FixedText<char, kMaxPicture + 16> text;
+  text.append(d.integer.c_str());
+  text += '.';
+  text.append(d.fraction.c_str());
+  char exponent[16];
+  auto r = std::to_chars(exponent, exponent + sizeof exponent - 1, d.exponent);
+  *r.ptr = 0;
+  text += 'e';
+  text.append(exponent);
   double value;
-  return std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc();
+  return std::from_chars(text.begin(), text.end(), value).ec != std::errc();
 }
 
-bool Emit(const std::wstring& text, wchar_t* buffer, unsigned int size) {
-  if (text.size() + 1 > size) {
+using OutputText = FixedText<wchar_t, kMaxOutput>;
+
+bool Emit(const OutputText& text, wchar_t* buffer, unsigned int size) {
+  if (text.overflowed() || text.size() + 1 > size) {
     buffer[0] = 0;
     return false;
   }
-  text.copy(buffer, text.size());
-  buffer[text.size()] = 0;
+  std::wmemcpy(buffer, text.c_str(), text.size() + 1);
   return true;
 }
 
@@ -261,8 +297,8 @@ bool Overflow(const Picture& p, wchar_t* buffer, unsigned int size) {
   return false;
 }
 
-void AppendElements(const std::wstring& elements, const Picture& p, bool negative, const Symbols& s,
-                    std::wstring& out) {
+void AppendElements(const PictureText& elements, const Picture& p, bool negative, const Symbols& s,
+                    OutputText& out) {
   for (wchar_t e : elements) {
     if (e == kCurrency)
       out += s.currency;
@@ -311,7 +347,7 @@ bool qxSQLDoubleToString(double value, const wchar_t* picture, wchar_t* buffer, 
     }
   }
 
-  std::wstring out;
+  OutputText out;
   if (!p.sign && negative)
     out += L'-';
   AppendElements(p.leading, p, negative, s, out);
@@ -340,9 +376,8 @@ bool qxSQLDoubleToString(double value, const wchar_t* picture, wchar_t* buffer, 
     int x = d.exponent;
     out += L'E';
     out += x < 0 ? L'-' : L'+';
-    std::wstring digits = std::to_wstring(x < 0 ? -x : x);
-    if (digits.size() < 2)
-      digits.insert(digits.begin(), L'0');
+    wchar_t digits[16];
+    std::swprintf(digits, 16, L"%02d", x < 0 ? -x : x);
     out += digits;
   }
   AppendElements(p.trailing, p, negative, s, out);
@@ -360,7 +395,7 @@ bool qxSQLStringToDouble(const wchar_t* text, const wchar_t* picture, double* re
   TrimBlanks(text, &t, &end);
 
   bool negative = false;
-  auto readElements = [&](const std::wstring& elements) {
+  auto readElements = [&](const PictureText& elements) {
     for (wchar_t e : elements) {
       if (e == kCurrency && t < end && *t == s.currency)
         ++t;
@@ -372,25 +407,28 @@ bool qxSQLStringToDouble(const wchar_t* text, const wchar_t* picture, double* re
     negative = *t++ == L'-';
   readElements(p.leading);
 
-  std::string number;
+  // The digits in the notation of from_chars. Leading zeros of the integer
+  // part and of the exponent are not kept: what remains fits in the buffer
+  // whenever the text fits the picture.
+  FixedText<char, kMaxNumberText> number;
   int integerDigits = 0, fractionDigits = 0;
-  bool leadingZero = true;
+  bool anyDigit = false;
   auto isDigit = [&](const wchar_t* c) { return c < end && *c >= L'0' && *c <= L'9'; };
   for (; t < end; ++t) {
     if (isDigit(t)) {
-      number += static_cast<char>(*t);
-      if (*t != L'0' || !leadingZero) {
-        leadingZero = false;
+      if (*t != L'0' || integerDigits > 0) {
+        number += static_cast<char>(*t);
         ++integerDigits;
       }
-    } else if (*t == s.group && !number.empty() && isDigit(t + 1) &&
-               !(p.point && *t == s.decimal)) {
+      anyDigit = true;
+    } else if (*t == s.group && anyDigit && isDigit(t + 1) && !(p.point && *t == s.decimal)) {
       continue;
     } else {
       break;
     }
   }
-  bool anyDigit = !number.empty();
+  if (anyDigit && integerDigits == 0)
+    number += '0';
   if (p.point && t < end && *t == s.decimal) {
     number += '.';
     for (++t; isDigit(t); ++t) {
@@ -402,6 +440,9 @@ bool qxSQLStringToDouble(const wchar_t* text, const wchar_t* picture, double* re
   if (!anyDigit || integerDigits > p.integerDigits ||
       fractionDigits > static_cast<int>(p.fraction.size()))
     return false;
+  bool zero = true;
+  for (char c : number)
+    zero = zero && (c == '0' || c == '.');
   if (p.exponent && t < end && (*t == L'E' || *t == L'e')) {
     number += 'e';
     ++t;
@@ -409,15 +450,29 @@ bool qxSQLStringToDouble(const wchar_t* text, const wchar_t* picture, double* re
       number += static_cast<char>(*t++);
     if (!isDigit(t))
       return false;
-    for (; isDigit(t); ++t)
-      number += static_cast<char>(*t);
+    size_t exponentDigits = 0;
+    for (; isDigit(t); ++t) {
+      if (*t == L'0' && exponentDigits == 0)
+        continue;
+      if (++exponentDigits <= kMaxExponentDigits)
+        number += static_cast<char>(*t);
+    }
+    if (exponentDigits == 0)
+      number += '0';
+    // Ten digits or more: zero stays zero, anything else is out of range.
+    if (exponentDigits > kMaxExponentDigits) {
+      if (!zero)
+        return false;
+      number.resize(number.size() - kMaxExponentDigits, 0);
+      number += '0';
+    }
   }
   readElements(p.trailing);
   if (t != end)
     return false;
   double value = 0;
-  auto r = std::from_chars(number.data(), number.data() + number.size(), value);
-  if (r.ec != std::errc() || r.ptr != number.data() + number.size())
+  auto r = std::from_chars(number.begin(), number.end(), value);
+  if (number.overflowed() || r.ec != std::errc() || r.ptr != number.end())
     return false;
   *result = negative ? -value : value;
   return true;

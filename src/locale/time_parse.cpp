@@ -13,7 +13,6 @@
 #include "qxutil/text.h"
 
 #include <cwchar>
-#include <string>
 
 using qx::date::IsBlank;
 using qx::date::SkipBlanks;
@@ -24,32 +23,42 @@ constexpr size_t kTextCopy = 256;
 
 enum class Marker { None, Am, Pm };
 
-// Lowered - `s` lower-cased as the text is.
-std::wstring Lowered(const wchar_t* s) {
-  std::wstring out = s ? s : L"";
-  qxStrLwr(out.data());
-  return out;
-}
+// Designator - an AM/PM designator lower-cased as the text is. One longer
+// than the text copy could never match, so kTextCopy units of it suffice.
+struct Designator {
+  wchar_t text[kTextCopy + 1];
+  size_t length;
+  explicit Designator(const wchar_t* s) {
+    strcpyn(text, s ? s : L"", kTextCopy + 1);
+    qxStrLwr(text);
+    length = std::wcslen(text);
+  }
+};
 
 // StripMarker - removes a designator at the start (followed by a blank or
-// a digit) or at the end of `text`, and says which it was.
-Marker StripMarker(std::wstring& text, const std::wstring (&designators)[4]) {
+// a digit) or at the end of `text` (of *length units), and says which it
+// was.
+Marker StripMarker(wchar_t* text, size_t* length, const Designator (&designators)[4]) {
   for (int i = 0; i < 4; ++i) {
-    const std::wstring& d = designators[i];
-    if (d.empty() || d.size() >= text.size())
+    const Designator& d = designators[i];
+    size_t n = *length;
+    if (d.length == 0 || d.length >= n)
       continue;
     Marker marker = i % 2 == 0 ? Marker::Am : Marker::Pm;
-    if (text.compare(0, d.size(), d) == 0) {
-      wchar_t next = text[d.size()];
+    if (std::wmemcmp(text, d.text, d.length) == 0) {
+      wchar_t next = text[d.length];
       if (IsBlank(next) || (next >= L'0' && next <= L'9')) {
-        text.erase(0, d.size());
+        std::wmemmove(text, text + d.length, n - d.length + 1);
+        *length = n - d.length;
         return marker;
       }
     }
-    if (text.compare(text.size() - d.size(), d.size(), d) == 0) {
-      text.erase(text.size() - d.size());
-      while (!text.empty() && IsBlank(text.back()))
-        text.pop_back();
+    if (std::wmemcmp(text + n - d.length, d.text, d.length) == 0) {
+      n -= d.length;
+      while (n > 0 && IsBlank(text[n - 1]))
+        --n;
+      text[n] = 0;
+      *length = n;
       return marker;
     }
   }
@@ -103,11 +112,12 @@ bool ParseTimeString(const wchar_t* text, int* hours, int* minutes, double* seco
   const wchar_t *am = nullptr, *pm = nullptr, *separator = nullptr, *secondSeparator = nullptr;
   GetQXLocaleTimeInfo(qx::date::DateSettingsSystemFlag(), nullptr, nullptr, &am, &pm, &separator,
                       &secondSeparator);
-  const std::wstring designators[4] = {Lowered(am), Lowered(pm), L"am", L"pm"};
-  std::wstring work = copy;
-  Marker marker = StripMarker(work, designators);
+  const Designator designators[4] = {Designator(am), Designator(pm), Designator(L"am"),
+                                     Designator(L"pm")};
+  size_t length = std::wcslen(copy);
+  Marker marker = StripMarker(copy, &length, designators);
 
-  const wchar_t* p = SkipBlanks(work.c_str());
+  const wchar_t* p = SkipBlanks(copy);
   wchar_t* end = nullptr;
   long h = qx::crt::wcstol(p, &end, 10), m = 0;
   double s = 0;

@@ -1,4 +1,5 @@
-// Provides: the C runtime's locale name (setlocale(LC_CTYPE, NULL)).
+// Provides: the C runtime's locale names (setlocale(LC_CTYPE / LC_NUMERIC,
+// NULL)) and decimal point (localeconv), read under one lock.
 #include "platform/crt_locale.h"
 
 #include <clocale>
@@ -8,14 +9,19 @@
 namespace qx::platform {
 
 namespace {
-// setlocale's answer is process-wide and may be overwritten by a concurrent
-// setlocale call; read it under one lock and copy it out.
+// setlocale's and localeconv's answers are process-wide and may be
+// overwritten by a concurrent setlocale call; read them under one lock and
+// copy them out.
 std::mutex gCrtLocaleLock;
-} // namespace
 
-size_t CrtLocaleName(char* buf, size_t size) {
+// The calling thread's numeric locale as a test set it (null: none).
+__thread const char* tOverrideName __attribute__((tls_model("initial-exec"))) = nullptr;
+__thread wchar_t tOverridePoint __attribute__((tls_model("initial-exec"))) = L'.';
+
+// CopyName - the runtime's name for `category` into `buf`; its full length.
+size_t CopyName(int category, char* buf, size_t size) {
   std::lock_guard<std::mutex> hold(gCrtLocaleLock);
-  const char* name = std::setlocale(LC_CTYPE, nullptr);
+  const char* name = std::setlocale(category, nullptr);
   if (!name)
     name = "C";
   size_t len = std::strlen(name);
@@ -27,12 +33,69 @@ size_t CrtLocaleName(char* buf, size_t size) {
   return len;
 }
 
-bool CrtLocaleIsC() {
+// IsCLocale - the runtime's locale for `category` is the "C" locale.
+bool IsCLocale(int category) {
   char name[16];
-  size_t len = CrtLocaleName(name, sizeof name);
-  if (len >= sizeof name)
-    return false;
-  return std::strcmp(name, "C") == 0 || std::strcmp(name, "POSIX") == 0;
+  size_t len = CopyName(category, name, sizeof name);
+  return len < sizeof name && IsCLocaleName(name);
+}
+
+// DecodeFirst - the first character of UTF-8 `text`; 0 when it does not
+// start with a well-formed sequence.
+wchar_t DecodeFirst(const char* text) {
+  const auto* p = reinterpret_cast<const unsigned char*>(text);
+  unsigned c = p[0];
+  int extra = c < 0x80                ? 0
+              : c >= 0xC2 && c < 0xE0 ? 1
+              : c >= 0xE0 && c < 0xF0 ? 2
+              : c >= 0xF0 && c < 0xF5 ? 3
+                                      : -1;
+  if (extra < 0)
+    return 0;
+  unsigned value = extra == 0 ? c : c & (0x3F >> extra);
+  for (int i = 1; i <= extra; ++i) {
+    if ((p[i] & 0xC0) != 0x80)
+      return 0;
+    value = (value << 6) | (p[i] & 0x3F);
+  }
+  bool overlong = (extra == 2 && value < 0x800) || (extra == 3 && value < 0x10000);
+  if (overlong || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
+    return 0;
+  return static_cast<wchar_t>(value);
+}
+} // namespace
+
+bool IsCLocaleName(const char* name) {
+  return !name || std::strcmp(name, "C") == 0 || std::strcmp(name, "POSIX") == 0;
+}
+
+size_t CrtLocaleName(char* buf, size_t size) { return CopyName(LC_CTYPE, buf, size); }
+
+bool CrtLocaleIsC() { return IsCLocale(LC_CTYPE); }
+
+bool CrtNumericLocaleIsC() {
+  if (tOverrideName)
+    return IsCLocaleName(tOverrideName);
+  return IsCLocale(LC_NUMERIC);
+}
+
+wchar_t CrtDecimalPoint() {
+  if (tOverrideName)
+    return tOverridePoint;
+  char point[8] = {};
+  {
+    std::lock_guard<std::mutex> hold(gCrtLocaleLock);
+    const char* p = std::localeconv()->decimal_point;
+    if (p)
+      std::strncpy(point, p, sizeof point - 1);
+  }
+  wchar_t c = DecodeFirst(point);
+  return c ? c : L'.';
+}
+
+void SetThreadNumericLocaleOverride(const char* name, wchar_t decimalPoint) {
+  tOverrideName = name;
+  tOverridePoint = decimalPoint ? decimalPoint : L'.';
 }
 
 } // namespace qx::platform

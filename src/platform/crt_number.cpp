@@ -1,8 +1,8 @@
-// Provides: wcstol, wcstoul, _wcstoi64, _wcstoui64, wcstod, swprintf %e/%f/%g, LC_NUMERIC queries.
+// Provides: wcstol, wcstoul, _wcstoi64, _wcstoui64, wcstod, swprintf %e/%f/%g.
 #include "platform/crt_number.h"
 
 #include "platform/crt_string.h"
-#include "platform/utf8.h"
+#include "platform/heap.h"
 
 #include <cerrno>
 #include <cfloat>
@@ -12,8 +12,6 @@
 #include <cstring>
 #include <cwchar>
 #include <locale.h>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -82,11 +80,6 @@ IntegerScan ScanInteger(const wchar_t* text, wchar_t** end, int radix, uint64_t 
     errno = ERANGE;
   return r;
 }
-
-// ---- Runtime numeric locale ------------------------------------------------
-
-__thread const char* tOverrideName __attribute__((tls_model("initial-exec"))) = nullptr;
-__thread wchar_t tOverridePoint __attribute__((tls_model("initial-exec"))) = L'.';
 
 // The "C" locale, for the conversions glibc does on our behalf.
 locale_t CLocale() {
@@ -328,17 +321,26 @@ double WcstodWithPoint(const wchar_t* text, wchar_t** end, wchar_t point) {
   if (point == L'.')
     return PointWcstod(text, end);
   // Another decimal point: read a copy in which it is "." and "." is not.
-  std::wstring copy(text);
-  for (wchar_t& c : copy) {
-    if (c == point)
-      c = L'.';
-    else if (c == L'.')
-      c = L'\x1';
+  wchar_t local[512];
+  size_t length = std::wcslen(text);
+  wchar_t* copy = local;
+  if (length >= sizeof local / sizeof local[0]) {
+    copy = static_cast<wchar_t*>(qx::platform::HeapAllocate((length + 1) * sizeof(wchar_t)));
+    if (!copy) {
+      if (end)
+        *end = const_cast<wchar_t*>(text);
+      errno = ENOMEM;
+      return 0.0;
+    }
   }
+  for (size_t i = 0; i <= length; ++i)
+    copy[i] = text[i] == point ? L'.' : text[i] == L'.' ? L'\x1' : text[i];
   wchar_t* stop = nullptr;
-  double value = PointWcstod(copy.c_str(), &stop);
+  double value = PointWcstod(copy, &stop);
   if (end)
-    *end = const_cast<wchar_t*>(text) + (stop - copy.c_str());
+    *end = const_cast<wchar_t*>(text) + (stop - copy);
+  if (copy != local)
+    qx::platform::HeapRelease(copy);
   return value;
 }
 
@@ -350,7 +352,7 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
                              : conversion == 'f' ? std::chars_format::fixed
                                                  : std::chars_format::general;
   char local[512];
-  std::vector<char> heap;
+  char* heap = nullptr; // on the platform heap, for fixed forms longer than `local`
   char* first = local;
   char* last = local + sizeof local;
   std::to_chars_result r{first, std::errc::value_too_large};
@@ -362,11 +364,14 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
   if (r.ec != std::errc())
     r = std::to_chars(first, last, value, format, precision);
   if (r.ec != std::errc()) {
-    heap.resize(size + 64);
-    first = heap.data();
-    last = first + heap.size();
-    r = std::to_chars(first, last, value, format, precision);
-    if (r.ec != std::errc()) {
+    heap = static_cast<char*>(qx::platform::HeapAllocate(size + 64));
+    if (heap) {
+      first = heap;
+      last = first + size + 64;
+      r = std::to_chars(first, last, value, format, precision);
+    }
+    if (!heap || r.ec != std::errc()) {
+      qx::platform::HeapRelease(heap);
       if (out && size)
         out[0] = 0;
       return -1;
@@ -376,6 +381,7 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
   size_t field = static_cast<size_t>(width < 0 ? -static_cast<long long>(width) : width);
   size_t total = len > field ? len : field;
   if (!out || total >= size) {
+    qx::platform::HeapRelease(heap);
     if (out && size)
       out[0] = 0;
     return -1;
@@ -391,33 +397,8 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
     for (size_t i = 0; i < pad; ++i)
       *o++ = L' ';
   *o = 0;
+  qx::platform::HeapRelease(heap);
   return static_cast<int>(total);
 }
 
 } // namespace qx::crt
-
-namespace qx::platform {
-
-bool CrtNumericLocaleIsC() {
-  const char* name = tOverrideName ? tOverrideName : std::setlocale(LC_NUMERIC, nullptr);
-  return !name || (name[0] == 'C' && name[1] == 0);
-}
-
-wchar_t CrtDecimalPoint() {
-  if (tOverrideName)
-    return tOverridePoint;
-  const char* point = std::localeconv()->decimal_point;
-  if (!point || !*point)
-    return L'.';
-  if (static_cast<unsigned char>(*point) < 0x80)
-    return static_cast<wchar_t>(*point);
-  std::wstring wide = Utf8ToWide(point);
-  return wide.empty() ? L'.' : wide[0];
-}
-
-void SetThreadNumericLocaleOverride(const char* name, wchar_t decimalPoint) {
-  tOverrideName = name;
-  tOverridePoint = decimalPoint ? decimalPoint : L'.';
-}
-
-} // namespace qx::platform

@@ -2,7 +2,8 @@
 //
 // Provides: wcstol, wcstoul, _wcstoi64, _wcstoui64, wcstod and the
 // "%*.*e/f/g" conversions of swprintf, with the Microsoft runtime's
-// contracts, plus the runtime's LC_NUMERIC locale name and decimal point.
+// contracts. The runtime's LC_NUMERIC locale name and decimal point, on
+// which they depend, are read in platform/crt_locale.h (included here).
 //
 // The integer parsers have Windows' widths: `long` and `unsigned long` are
 // 32 bits there, so wcstol saturates at 2147483647 / -2147483648 and wcstoul
@@ -28,6 +29,8 @@
 #ifndef QXUTIL_PLATFORM_CRT_NUMBER_H
 #define QXUTIL_PLATFORM_CRT_NUMBER_H
 
+#include "platform/crt_locale.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -45,7 +48,10 @@ unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int radix);
 /// result is +-HUGE_VAL) or an inexact underflow, as glibc sets it.
 double wcstod(const wchar_t* text, wchar_t** end);
 /// WcstodWithPoint - wcstod for a caller that already knows the runtime
-/// locale's decimal point (L'.' in the "C" locale).
+/// locale's decimal point (L'.' in the "C" locale). With another point the
+/// text is read from a copy: up to 512 units on the stack, longer text on
+/// the platform heap; when that fails the result is 0 with no text read
+/// and errno ENOMEM.
 double WcstodWithPoint(const wchar_t* text, wchar_t** end, wchar_t point);
 
 /// FormatDouble - what swprintf(out, size, L"%*.*<conversion>", width,
@@ -60,25 +66,5 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
                  wchar_t point);
 
 } // namespace qx::crt
-
-namespace qx::platform {
-
-/// CrtNumericLocaleIsC - true when the runtime's LC_NUMERIC locale name is
-/// exactly "C" (as it is until the host calls setlocale) or cannot be read.
-/// The caller serialises: the name is process-wide.
-bool CrtNumericLocaleIsC();
-
-/// CrtDecimalPoint - the runtime locale's decimal point (localeconv), one
-/// wide character; '.' when the locale gives none.
-wchar_t CrtDecimalPoint();
-
-/// SetThreadNumericLocaleOverride - a test seam: until cleared (null name),
-/// the calling thread sees `name` as the LC_NUMERIC locale name and
-/// `decimalPoint` as the runtime decimal point, so that the behaviour under
-/// a runtime locale that this machine does not have installed can be
-/// exercised. Only this thread is affected.
-void SetThreadNumericLocaleOverride(const char* name, wchar_t decimalPoint);
-
-} // namespace qx::platform
 
 #endif // QXUTIL_PLATFORM_CRT_NUMBER_H

@@ -1,5 +1,6 @@
 // Provides: GetDateFormatW, GetTimeFormatW (pictures expanded from the
-// built-in locale database).
+// built-in locale database). Nothing here allocates: a picture is expanded
+// twice, once to count and once into the caller's buffer.
 #include "platform/date_format.h"
 #include "qxutil/winlocale.h"
 
@@ -7,7 +8,6 @@
 #include "platform/locale_db.h"
 
 #include <cwchar>
-#include <string>
 #include <string_view>
 
 namespace {
@@ -46,25 +46,51 @@ bool ValidTime(const SYSTEMTIME& t) {
   return t.wHour <= 23 && t.wMinute <= 59 && t.wSecond <= 59 && t.wMilliseconds <= 999;
 }
 
-void AppendNumber(std::wstring* out, unsigned value, int minDigits) {
-  wchar_t digits[16];
-  std::swprintf(digits, 16, L"%0*u", minDigits, value);
-  out->append(digits);
-}
+// A locale value (picture, AM/PM designator) copied for expansion; the
+// database's values are far shorter (Windows caps a picture at 80 units).
+constexpr size_t kMaxLocaleValue = 128;
 
-void Append(std::wstring* out, std::u16string_view text) {
-  for (char16_t c : text)
-    out->push_back(static_cast<wchar_t>(c));
-}
-
-bool LocaleValue(LCID lcid, LCTYPE type, std::wstring* out) {
+bool LocaleValue(LCID lcid, LCTYPE type, wchar_t (&out)[kMaxLocaleValue]) {
   std::u16string_view text;
-  if (!qx::platform::LocaleText(lcid, type, &text))
+  if (!qx::platform::LocaleText(lcid, type, &text) || text.size() >= kMaxLocaleValue)
     return false;
-  out->clear();
-  Append(out, text);
+  for (size_t i = 0; i < text.size(); ++i)
+    out[i] = static_cast<wchar_t>(text[i]);
+  out[text.size()] = 0;
   return true;
 }
+
+// Sink - where a picture is expanded: counts every unit, and stores those
+// that fall inside the buffer (none when it has none).
+class Sink {
+public:
+  Sink(wchar_t* out, size_t size) : out_(out), size_(size) {}
+  void Put(wchar_t c) {
+    if (length_ < size_)
+      out_[length_] = c;
+    ++length_;
+  }
+  void Put(const wchar_t* text) {
+    for (; *text; ++text)
+      Put(*text);
+  }
+  void Put(std::u16string_view text) {
+    for (char16_t c : text)
+      Put(static_cast<wchar_t>(c));
+  }
+  void PutNumber(unsigned value, int minDigits) {
+    wchar_t digits[16];
+    std::swprintf(digits, 16, L"%0*u", minDigits, value);
+    Put(digits);
+  }
+  size_t Length() const { return length_; }
+  void Truncate(size_t length) { length_ = length; }
+
+private:
+  wchar_t* out_;
+  size_t size_;
+  size_t length_ = 0;
+};
 
 // Expands one picture. In date mode d, M, y and g are fields; in time mode
 // h, H, m, s and t are, and the flags may drop some of them together with the
@@ -72,10 +98,11 @@ bool LocaleValue(LCID lcid, LCTYPE type, std::wstring* out) {
 // the start, from the field after).
 class PictureWriter {
 public:
-  PictureWriter(LCID lcid, const SYSTEMTIME& t, DWORD flags, bool dateMode)
-      : lcid_(lcid), t_(t), flags_(flags), dateMode_(dateMode) {}
+  PictureWriter(LCID lcid, const SYSTEMTIME& t, DWORD flags, bool dateMode, Sink* out)
+      : lcid_(lcid), t_(t), flags_(flags), dateMode_(dateMode), out_(*out) {}
 
-  std::wstring Expand(const wchar_t* picture) {
+  /// Expand - writes the picture; returns its length without a terminator.
+  size_t Expand(const wchar_t* picture) {
     for (const wchar_t* p = picture; *p;) {
       if (*p == L'\'') {
         p = Quoted(p + 1);
@@ -85,39 +112,36 @@ public:
       int count = 0;
       while (p[count] == c)
         ++count;
-      p += count;
       if (!Field(c, count))
-        Literal(std::wstring(count, c));
+        Literal(p, p + count);
+      p += count;
     }
-    return out_;
+    return out_.Length();
   }
 
 private:
   // Quoted - literal text after an opening quote; '' inside it is one
-  // quote, and so is '' outside it.
+  // quote, and so is '' outside it. An unclosed quote runs to the end.
   const wchar_t* Quoted(const wchar_t* p) {
     if (*p == L'\'') {
-      Literal(L"'");
+      Literal(p, p + 1);
       return p + 1;
     }
-    std::wstring text;
     for (; *p; ++p) {
       if (*p == L'\'') {
-        if (p[1] != L'\'') {
-          ++p;
-          break;
-        }
+        if (p[1] != L'\'')
+          return p + 1;
         ++p;
       }
-      text.push_back(*p);
+      Literal(p, p + 1);
     }
-    Literal(text); // an unclosed quote runs to the end
     return p;
   }
 
-  void Literal(const std::wstring& text) {
+  void Literal(const wchar_t* from, const wchar_t* to) {
     if (!skipLiterals_)
-      out_ += text;
+      for (; from < to; ++from)
+        out_.Put(*from);
   }
 
   // Field - writes field `c` repeated `count` times; false if `c` is not a
@@ -125,36 +149,35 @@ private:
   bool Field(wchar_t c, int count) { return dateMode_ ? DateField(c, count) : TimeField(c, count); }
 
   bool DateField(wchar_t c, int count) {
-    std::wstring text;
     switch (c) {
     case L'd':
       if (count <= 2)
-        AppendNumber(&text, t_.wDay, count);
+        out_.PutNumber(t_.wDay, count);
       else
-        Append(&text, qx::platform::LocaleDayName(lcid_, DayOfWeek(t_.wYear, t_.wMonth, t_.wDay),
-                                                  count == 3));
+        out_.Put(qx::platform::LocaleDayName(lcid_, DayOfWeek(t_.wYear, t_.wMonth, t_.wDay),
+                                             count == 3));
       break;
     case L'M':
       if (count <= 2)
-        AppendNumber(&text, t_.wMonth, count);
+        out_.PutNumber(t_.wMonth, count);
       else
-        Append(&text, qx::platform::LocaleMonthName(lcid_, t_.wMonth, count == 3));
+        out_.Put(qx::platform::LocaleMonthName(lcid_, t_.wMonth, count == 3));
       break;
     case L'y':
       if (count == 1)
-        AppendNumber(&text, t_.wYear % 10, 1);
+        out_.PutNumber(t_.wYear % 10, 1);
       else if (count == 2)
-        AppendNumber(&text, t_.wYear % 100, 2);
+        out_.PutNumber(t_.wYear % 100, 2);
       else
-        AppendNumber(&text, t_.wYear, 1);
+        out_.PutNumber(t_.wYear, 1);
       break;
     case L'g':
-      text = kEra;
+      out_.Put(kEra);
       break;
     default:
       return false;
     }
-    Emit(text);
+    FieldWritten();
     return true;
   }
 
@@ -162,50 +185,50 @@ private:
     bool noMinutes = flags_ & TIME_NOMINUTESORSECONDS;
     bool noSeconds = noMinutes || (flags_ & TIME_NOSECONDS);
     unsigned hour = t_.wHour;
-    std::wstring text;
     switch (c) {
     case L'h':
       if (!(flags_ & TIME_FORCE24HOURFORMAT))
         hour = hour % 12 == 0 ? 12 : hour % 12;
       [[fallthrough]];
     case L'H':
-      AppendNumber(&text, hour, count >= 2 ? 2 : 1);
+      out_.PutNumber(hour, count >= 2 ? 2 : 1);
       break;
     case L'm':
       if (noMinutes)
         return Drop();
-      AppendNumber(&text, t_.wMinute, count >= 2 ? 2 : 1);
+      out_.PutNumber(t_.wMinute, count >= 2 ? 2 : 1);
       break;
     case L's':
       if (noSeconds)
         return Drop();
-      AppendNumber(&text, t_.wSecond, count >= 2 ? 2 : 1);
+      out_.PutNumber(t_.wSecond, count >= 2 ? 2 : 1);
       break;
     case L't': {
       if (flags_ & TIME_NOTIMEMARKER)
         return Drop();
-      std::wstring marker;
-      LocaleValue(lcid_, t_.wHour < 12 ? LOCALE_S1159 : LOCALE_S2359, &marker);
-      text = count == 1 ? marker.substr(0, 1) : marker;
+      wchar_t marker[kMaxLocaleValue] = {};
+      LocaleValue(lcid_, t_.wHour < 12 ? LOCALE_S1159 : LOCALE_S2359, marker);
+      if (count == 1 && marker[0])
+        marker[1] = 0;
+      out_.Put(marker);
       break;
     }
     default:
       return false;
     }
-    Emit(text);
+    FieldWritten();
     return true;
   }
 
-  void Emit(const std::wstring& text) {
-    out_ += text;
-    fieldEnd_ = out_.size();
+  void FieldWritten() {
+    fieldEnd_ = out_.Length();
     haveField_ = true;
     skipLiterals_ = false;
   }
 
   // Drop - a field the flags leave out, with the separator before it.
   bool Drop() {
-    out_.resize(fieldEnd_);
+    out_.Truncate(fieldEnd_);
     if (!haveField_)
       skipLiterals_ = true;
     return true;
@@ -215,22 +238,32 @@ private:
   const SYSTEMTIME& t_;
   DWORD flags_;
   bool dateMode_;
-  std::wstring out_;
+  Sink& out_;
   size_t fieldEnd_ = 0;
   bool haveField_ = false;
   bool skipLiterals_ = false;
 };
 
-int Deliver(const std::wstring& text, LPWSTR out, int size) {
-  int needed = static_cast<int>(text.size()) + 1;
+// Deliver - expands `picture` into `out` in the Windows contract: size 0
+// asks for the size needed; a buffer too small is left untouched.
+int Deliver(LCID lcid, const SYSTEMTIME& t, DWORD flags, bool dateMode, const wchar_t* picture,
+            LPWSTR out, int size) {
+  Sink counter(nullptr, 0);
+  size_t length = PictureWriter(lcid, t, flags, dateMode, &counter).Expand(picture);
+  if (length >= 0x7FFFFFFF) {
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return 0;
+  }
+  int needed = static_cast<int>(length) + 1;
   if (size == 0)
     return needed;
   if (size < needed) {
     SetLastError(ERROR_INSUFFICIENT_BUFFER);
     return 0;
   }
-  std::wmemcpy(out, text.data(), text.size());
-  out[text.size()] = 0;
+  Sink writer(out, static_cast<size_t>(size));
+  PictureWriter(lcid, t, flags, dateMode, &writer).Expand(picture);
+  out[length] = 0;
   return needed;
 }
 
@@ -266,18 +299,16 @@ int qx::win::GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LP
   if (!ValidDate(*date))
     return Fail(ERROR_INVALID_PARAMETER);
 
-  std::wstring picture;
-  if (format) {
-    picture = format;
-  } else {
+  wchar_t picture[kMaxLocaleValue];
+  if (!format) {
     LCTYPE type = pictures == DATE_LONGDATE    ? LOCALE_SLONGDATE
                   : pictures == DATE_YEARMONTH ? LOCALE_SYEARMONTH
                   : pictures == DATE_MONTHDAY  ? 0
                                                : LOCALE_SSHORTDATE;
-    if (!type || !LocaleValue(locale, type, &picture))
+    if (!type || !LocaleValue(locale, type, picture))
       return Fail(ERROR_INVALID_FLAGS);
   }
-  return Deliver(PictureWriter(locale, *date, flags, true).Expand(picture.c_str()), out, size);
+  return Deliver(locale, *date, flags, true, format ? format : picture, out, size);
 }
 
 int qx::win::GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR format,
@@ -297,10 +328,8 @@ int qx::win::GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LP
   if (!ValidTime(*time))
     return Fail(ERROR_INVALID_PARAMETER);
 
-  std::wstring picture;
-  if (format)
-    picture = format;
-  else if (!LocaleValue(locale, LOCALE_STIMEFORMAT, &picture))
+  wchar_t picture[kMaxLocaleValue];
+  if (!format && !LocaleValue(locale, LOCALE_STIMEFORMAT, picture))
     return Fail(ERROR_INVALID_PARAMETER);
-  return Deliver(PictureWriter(locale, *time, flags, false).Expand(picture.c_str()), out, size);
+  return Deliver(locale, *time, flags, false, format ? format : picture, out, size);
 }

@@ -40,6 +40,8 @@ size_t HeapBlockSize(const void* block) {
   return block ? malloc_usable_size(const_cast<void*>(block)) : 0;
 }
 
+bool AllocationPermitted() { return !ShouldFail(); }
+
 void FailAllocations(long nth, bool persistent) {
   tHook = {nth > 0 ? nth : 0, persistent, false, 0};
 }

@@ -1,7 +1,8 @@
 //===- platform/heap.h - The C runtime heap, with a fault hook --*- C++ -*-===//
 //
 // Provides: malloc, realloc, free and _msize for the memory manager, with a
-// per-thread fault hook so that tests can make the Nth allocation fail.
+// per-thread fault hook so that tests can make the Nth allocation fail (the
+// test binaries route the C++ heap through the same hook).
 //
 //===----------------------------------------------------------------------===//
 #ifndef QXUTIL_PLATFORM_HEAP_H
@@ -23,6 +24,11 @@ size_t HeapBlockSize(const void* block);
 /// one after it too. 0 turns the hook off. Returns nothing; the count of
 /// calls made since is AllocationCalls().
 void FailAllocations(long nth, bool persistent);
+
+/// AllocationPermitted - counts one allocation made outside this heap (the
+/// test binaries' replacement of the global operator new asks here) and says
+/// whether the fault hook lets it succeed.
+bool AllocationPermitted();
 
 /// AllocationCalls - allocations and reallocations requested on the calling
 /// thread since the last FailAllocations.

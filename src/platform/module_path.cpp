@@ -7,6 +7,7 @@
 #include <atomic>
 #include <dlfcn.h>
 #include <link.h>
+#include <new>
 #include <string>
 #include <unistd.h>
 
@@ -18,9 +19,8 @@ std::string MainProgramPath() {
   ssize_t n = readlink("/proc/self/exe", path, sizeof path - 1);
   return n > 0 ? std::string(path, static_cast<size_t>(n)) : std::string();
 }
-} // namespace
 
-DWORD qx::win::GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
+DWORD ModuleFileName(HMODULE module, LPWSTR buffer, DWORD size) {
   std::string path;
   void* handle = module ? static_cast<void*>(module) : dlopen(nullptr, RTLD_LAZY | RTLD_NOLOAD);
   link_map* map = nullptr;
@@ -47,6 +47,18 @@ DWORD qx::win::GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
   buffer[wide.size()] = 0;
   SetLastError(ERROR_SUCCESS);
   return static_cast<DWORD>(wide.size());
+}
+} // namespace
+
+DWORD qx::win::GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
+  try { // the path is converted on the C++ heap
+    return ModuleFileName(module, buffer, size);
+  } catch (const std::bad_alloc&) {
+    if (buffer && size)
+      buffer[0] = 0;
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return 0;
+  }
 }
 
 HMODULE qx::win::LoadLibraryExW(LPCWSTR path, void* file, DWORD) {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
+#include <new>
 #include <string>
 
 namespace {
@@ -52,14 +53,19 @@ HMODULE qx::win::GetModuleHandleW(LPCWSTR name) {
   if (!name) {
     handle = PeekLoaded(nullptr);
   } else {
-    std::string utf8 = qx::platform::WideToUtf8(name);
-    if (!utf8.empty()) {
-      handle = PeekLoaded(utf8.c_str());
-      if (!handle && utf8.find('/') == std::string::npos) {
-        std::string path = FindLoadedPath(utf8);
-        if (!path.empty())
-          handle = PeekLoaded(path.c_str());
+    try { // the UTF-8 names are built on the C++ heap
+      std::string utf8 = qx::platform::WideToUtf8(name);
+      if (!utf8.empty()) {
+        handle = PeekLoaded(utf8.c_str());
+        if (!handle && utf8.find('/') == std::string::npos) {
+          std::string path = FindLoadedPath(utf8);
+          if (!path.empty())
+            handle = PeekLoaded(path.c_str());
+        }
       }
+    } catch (const std::bad_alloc&) {
+      SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+      return nullptr;
     }
   }
   if (!handle)
@@ -81,7 +87,13 @@ FARPROC qx::win::GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 HMODULE qx::win::LoadLibraryW(LPCWSTR path) {
-  std::string utf8 = qx::platform::WideToUtf8(path);
+  std::string utf8;
+  try {
+    utf8 = qx::platform::WideToUtf8(path);
+  } catch (const std::bad_alloc&) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+  }
   if (utf8.empty()) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;

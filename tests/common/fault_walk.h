@@ -1,0 +1,46 @@
+// The fault walk: runs one call again and again, failing its 1st, 2nd, ...
+// allocation (on the memory manager's heap and on the C++ heap alike, see
+// fault_new.cpp), once and then from that allocation on, until a run makes
+// fewer allocations than the one to fail. Every faulted run must end in the
+// call's documented failure result: no exception, no crash, no partial
+// answer; leaks are left to LeakSanitizer in the sanitizer build.
+#ifndef QXUTIL_TESTS_COMMON_FAULT_WALK_H
+#define QXUTIL_TESTS_COMMON_FAULT_WALK_H
+
+namespace qxtest {
+
+/// FaultCase - one exported call. `run` makes the call (freeing what it
+/// returns) and says how it ended.
+struct FaultCase {
+  enum Outcome {
+    kComplete, // the full, correct result
+    kFailed,   // the documented failure result
+    kWrong,    // anything else
+  };
+  const char* name;
+  Outcome (*run)();
+  /// Whether a faulted run may still be complete (an allocation the call
+  /// can do without, such as a cache); otherwise it must report failure.
+  bool mayRecover = false;
+};
+
+/// FaultWalkCount - what one walk did.
+struct FaultWalkCount {
+  long allocations = 0; // made by an unfaulted run
+  long faults = 0;      // faulted runs
+};
+
+/// WalkFaults - walks `c` on the calling thread (after one unfaulted run to
+/// settle the thread's services and one to count) and reports each
+/// departure from the rules above as a test failure.
+FaultWalkCount WalkFaults(const FaultCase& c);
+
+/// Outcome - kComplete when `ok` and `expected`, kFailed when !ok, else
+/// kWrong: the usual shape of a case.
+inline FaultCase::Outcome Outcome(bool ok, bool expected) {
+  return !ok ? FaultCase::kFailed : expected ? FaultCase::kComplete : FaultCase::kWrong;
+}
+
+} // namespace qxtest
+
+#endif
