@@ -1,10 +1,14 @@
 // Fuzz target for the code-page conversions: random bytes through
-// MultiByteToWideChar on every double-byte page (and one single-byte page),
-// random code units through WideCharToMultiByte, each with every output size
-// from 0 up to a small bound. Checks that nothing is written past the stated
-// size, that the size probe agrees with the conversion, that a short buffer
-// fails with ERROR_INSUFFICIENT_BUFFER and holds a prefix of the full result.
+// MultiByteToWideChar and random code units through WideCharToMultiByte,
+// each compared with its reference form (platform/codepage_reference.h),
+// which converts one character at a time through the general code. For
+// every output size from 0 up to a small bound, and the exact and a larger
+// size, the count, the last error, the used-default flag and every element
+// of the sentinel-filled buffer (with a guard after the stated size) must
+// agree.
+#include "common/code_pages.h"
 #include "platform/codepage.h"
+#include "platform/codepage_reference.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,13 +17,15 @@
 #include <vector>
 
 using namespace qx::win;
+using qx::platform::MultiByteToWideCharReference;
+using qx::platform::WideCharToMultiByteReference;
 
 namespace {
 
-constexpr int kMaxOut = 24;  // output sizes tried: 0..kMaxOut
-constexpr size_t kGuard = 8; // sentinel units after the stated size
-constexpr wchar_t kWideSentinel = 0x7F7F;
-constexpr char kByteSentinel = '#';
+constexpr int kMaxOut = 24;  // output sizes tried: 0..kMaxOut, the need and more
+constexpr size_t kGuard = 8; // sentinel elements after the stated size
+
+using qxtest::kAllPages;
 
 void Check(bool ok) {
   if (!ok) {
@@ -27,96 +33,113 @@ void Check(bool ok) {
   }
 }
 
-// CheckPrefix - the first `size` elements of `out` are the full result's or
-// untouched (a short buffer holds whole characters only), and nothing after
-// them was written.
-template <typename T>
-void CheckPrefix(const std::vector<T>& out, const std::vector<T>& full, size_t size, T sentinel) {
-  for (size_t i = 0; i < out.size(); ++i) {
-    Check(out[i] == sentinel || (i < size && out[i] == full[i]));
+// One call's observable result.
+template <typename T> struct Result {
+  int ret;
+  DWORD error;
+  BOOL used;
+  std::vector<T> buffer;
+};
+
+// Same - calls `fast` and `ref` (each taking the output, its size and the
+// used-default flag's address) on equal sentinel-filled buffers and checks
+// that everything observable agrees.
+template <typename T, typename Fast, typename Ref>
+void Same(int size, bool wantUsed, T sentinel, Fast fast, Ref ref) {
+  auto call = [&](auto fn) {
+    Result<T> r{0, 0, 7, std::vector<T>(static_cast<size_t>(size) + kGuard, sentinel)};
+    SetLastError(0xDEADBEEF);
+    r.ret = fn(size == 0 ? nullptr : r.buffer.data(), size, wantUsed ? &r.used : nullptr);
+    r.error = GetLastError();
+    return r;
+  };
+  Result<T> a = call(fast), b = call(ref);
+  Check(a.ret == b.ret && a.error == b.error && a.used == b.used && a.buffer == b.buffer);
+}
+
+std::vector<int> Sizes(int need) {
+  std::vector<int> sizes = {need, need + 5};
+  for (int size = 0; size <= kMaxOut && size < need; ++size) {
+    sizes.push_back(size);
+  }
+  return sizes;
+}
+
+void Decode(UINT cp, DWORD flags, const char* src, int srclen) {
+  int need = MultiByteToWideCharReference(cp, flags, src, srclen, nullptr, 0);
+  for (int size : Sizes(need)) {
+    Same<wchar_t>(
+        size, false, 0x7F7F,
+        [&](LPWSTR dst, int n, LPBOOL) {
+          return MultiByteToWideChar(cp, flags, src, srclen, dst, n);
+        },
+        [&](LPWSTR dst, int n, LPBOOL) {
+          return MultiByteToWideCharReference(cp, flags, src, srclen, dst, n);
+        });
   }
 }
 
-void FuzzDecode(UINT cp, DWORD flags, const char* src, int srclen) {
-  int need = MultiByteToWideChar(cp, flags, src, srclen, nullptr, 0);
-  if (need == 0) {
-    Check(GetLastError() == ERROR_NO_UNICODE_TRANSLATION);
-    return;
-  }
-  std::vector<wchar_t> full(static_cast<size_t>(need) + kGuard, kWideSentinel);
-  Check(MultiByteToWideChar(cp, flags, src, srclen, full.data(), need) == need);
-  for (size_t i = static_cast<size_t>(need); i < full.size(); ++i) {
-    Check(full[i] == kWideSentinel);
-  }
-  for (int size = 1; size <= kMaxOut && size < need; ++size) {
-    std::vector<wchar_t> out(static_cast<size_t>(size) + kGuard, kWideSentinel);
-    SetLastError(0);
-    Check(MultiByteToWideChar(cp, flags, src, srclen, out.data(), size) == 0);
-    Check(GetLastError() == ERROR_INSUFFICIENT_BUFFER);
-    CheckPrefix(out, full, static_cast<size_t>(size), kWideSentinel);
+void Encode(UINT cp, DWORD flags, const wchar_t* src, int srclen, LPCSTR defaultChar) {
+  int need = WideCharToMultiByteReference(cp, flags, src, srclen, nullptr, 0, defaultChar, nullptr);
+  for (int size : Sizes(need)) {
+    for (bool wantUsed : {false, true}) {
+      Same<char>(
+          size, wantUsed, '#',
+          [&](LPSTR dst, int n, LPBOOL used) {
+            return WideCharToMultiByte(cp, flags, src, srclen, dst, n, defaultChar, used);
+          },
+          [&](LPSTR dst, int n, LPBOOL used) {
+            return WideCharToMultiByteReference(cp, flags, src, srclen, dst, n, defaultChar, used);
+          });
+    }
   }
 }
 
-void FuzzEncode(UINT cp, DWORD flags, const wchar_t* src, int srclen, LPCSTR defaultChar) {
-  BOOL usedProbe = FALSE;
-  int need = WideCharToMultiByte(cp, flags, src, srclen, nullptr, 0, defaultChar, &usedProbe);
-  if (need == 0) {
-    // Only discarded marks give nothing to write.
-    Check((flags & WC_DISCARDNS) != 0);
-    return;
+// Unit - two input bytes as one code unit, steered towards the units the
+// fast paths treat apart: ASCII runs, nonspacing marks, and anything else
+// (surrogates and, now and then, a unit beyond the BMP).
+wchar_t Unit(uint8_t low, uint8_t high) {
+  static const wchar_t kMarks[] = {0x0300, 0x0301, 0x0302, 0x0303, 0x0308, 0x030A,
+                                   0x0327, 0x0338, 0x05B0, 0x0E31, 0x3099, 0x309A};
+  if (high < 0x60) {
+    return static_cast<wchar_t>(low & 0x7F);
   }
-  std::vector<char> full(static_cast<size_t>(need) + kGuard, kByteSentinel);
-  BOOL used = FALSE;
-  Check(WideCharToMultiByte(cp, flags, src, srclen, full.data(), need, defaultChar, &used) == need);
-  Check(used == usedProbe);
-  for (size_t i = static_cast<size_t>(need); i < full.size(); ++i) {
-    Check(full[i] == kByteSentinel);
+  if (high < 0x70) {
+    return kMarks[low % std::size(kMarks)];
   }
-  for (int size = 1; size <= kMaxOut && size < need; ++size) {
-    std::vector<char> out(static_cast<size_t>(size) + kGuard, kByteSentinel);
-    SetLastError(0);
-    Check(WideCharToMultiByte(cp, flags, src, srclen, out.data(), size, defaultChar, nullptr) == 0);
-    Check(GetLastError() == ERROR_INSUFFICIENT_BUFFER);
-    CheckPrefix(out, full, static_cast<size_t>(size), kByteSentinel);
+  if (high == 0x70) {
+    return static_cast<wchar_t>(0x10000 + low * 0x1000);
   }
+  return static_cast<wchar_t>(low | high << 8);
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size < 1 || size > 4096) {
+  if (size < 2 || size > 2048) {
     return 0;
   }
   const uint8_t selector = data[0];
-  const char* bytes = reinterpret_cast<const char*>(data + 1);
-  const int len = static_cast<int>(size - 1);
+  const UINT page = kAllPages[data[1] % std::size(kAllPages)];
+  const char* bytes = reinterpret_cast<const char*>(data + 2);
+  const int len = static_cast<int>(size - 2);
 
-  static const UINT kDecodePages[] = {932, 936, 949, 950, 1252};
   static const DWORD kDecodeFlags[] = {0, MB_PRECOMPOSED, MB_ERR_INVALID_CHARS, MB_COMPOSITE};
   if (len > 0) {
-    for (UINT cp : kDecodePages) {
-      FuzzDecode(cp, kDecodeFlags[selector & 3], bytes, len);
-    }
+    Decode(page, kDecodeFlags[selector & 3], bytes, len);
     // Up to the first NUL, as -1 asks.
     std::vector<char> terminated(bytes, bytes + len);
     terminated.push_back('\0');
-    FuzzDecode(kDecodePages[(selector >> 4) % std::size(kDecodePages)],
-               kDecodeFlags[(selector >> 2) & 3], terminated.data(), -1);
+    Decode(page, kDecodeFlags[(selector >> 2) & 3], terminated.data(), -1);
   }
 
-  // Code units: two bytes each; the selector can lift some beyond the BMP.
   std::vector<wchar_t> units;
   for (int i = 0; i + 1 < len; i += 2) {
-    uint32_t u = static_cast<uint8_t>(bytes[i]) | static_cast<uint8_t>(bytes[i + 1]) << 8;
-    if ((selector & 0x80) != 0 && (u & 0x1F) == 0x1F) {
-      u += 0x10000;
-    }
-    units.push_back(static_cast<wchar_t>(u));
+    units.push_back(Unit(static_cast<uint8_t>(bytes[i]), static_cast<uint8_t>(bytes[i + 1])));
   }
   if (units.empty()) {
     return 0;
   }
-  static const UINT kEncodePages[] = {932, 936, 949, 950, 1252, 1258, 437};
   static const DWORD kEncodeFlags[] = {
       0,
       WC_NO_BEST_FIT_CHARS,
@@ -128,10 +151,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       WC_COMPOSITECHECK | WC_DEFAULTCHAR | WC_NO_BEST_FIT_CHARS,
   };
   static const char* const kDefaults[] = {nullptr, "_", "\x81\x45", "\x82"};
-  DWORD flags = kEncodeFlags[(selector >> 2) & 7];
-  const char* defaultChar = kDefaults[(selector >> 5) & 3];
-  for (UINT cp : kEncodePages) {
-    FuzzEncode(cp, flags, units.data(), static_cast<int>(units.size()), defaultChar);
-  }
+  const DWORD flags = kEncodeFlags[(selector >> 4) & 7];
+  const char* defaultChar = kDefaults[(selector >> 6) & 3];
+  Encode(page, flags, units.data(), static_cast<int>(units.size()), defaultChar);
+  units.push_back(0);
+  Encode(page, flags, units.data(), -1, defaultChar);
   return 0;
 }

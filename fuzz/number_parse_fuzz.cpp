@@ -1,11 +1,17 @@
 // StringToDouble in both runtime-locale paths, differential against glibc's
 // wcstod, and the integer parsers: any text, no crash, no difference, and
-// the text is left as it was.
+// the text is left as it was. The first bytes also make a double whose
+// shortest, 17-digit and exponent forms, and the exact halfway point to its
+// neighbour (with texts just below and above it), must read as wcstod reads
+// them.
 #include "platform/crt_number.h"
 #include "qxutil/locale.h"
 
 #include <cerrno>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -52,6 +58,55 @@ void Check(bool condition) {
     std::abort();
 }
 
+// SameAsWcstod - StringToDouble in the "C" runtime locale reads `text`
+// exactly as glibc's wcstod does.
+void SameAsWcstod(const std::wstring& text) {
+  double value = 0;
+  wchar_t *end = nullptr, *refEnd = nullptr;
+  bool ok = StringToDouble(text.c_str(), &value, &end);
+  errno = 0;
+  double ref = std::wcstod(text.c_str(), &refEnd);
+  bool refOk = refEnd != text.c_str() && errno != ERANGE;
+  Check(ok == refOk);
+  Check(!ok || (Bits(value) == Bits(ref) && end == refEnd));
+  Check(ok || (value == 0 && end == nullptr));
+}
+
+std::wstring Widen(const char* s) { return std::wstring(s, s + std::strlen(s)); }
+
+// Forms - the printed forms of the double in data[0..7] and the halfway
+// point between it and its upper neighbour.
+void Forms(const uint8_t* data) {
+  uint64_t bits;
+  std::memcpy(&bits, data, sizeof bits);
+  double d;
+  std::memcpy(&d, &bits, sizeof d);
+  char buf[64];
+  auto r = std::to_chars(buf, buf + sizeof buf - 1, d); // shortest
+  *r.ptr = 0;
+  SameAsWcstod(Widen(buf));
+  std::snprintf(buf, sizeof buf, "%.17g", d);
+  SameAsWcstod(Widen(buf));
+  std::snprintf(buf, sizeof buf, "%.*e", static_cast<int>(data[7] % 25), d);
+  SameAsWcstod(Widen(buf));
+  if (!std::isfinite(d) || std::fabs(d) >= 1.7e308)
+    return;
+  // Halfway points are exact in the 64-bit mantissa of a long double.
+  long double mid = (static_cast<long double>(d) + std::nextafter(d, HUGE_VAL)) / 2;
+  static char exact[900];
+  std::snprintf(exact, sizeof exact, "%.780Le", mid);
+  std::string text = exact;
+  size_t e = text.find('e');
+  std::string mantissa = text.substr(0, e), exponent = text.substr(e);
+  mantissa.erase(mantissa.find_last_not_of('0') + 1);
+  SameAsWcstod(Widen((mantissa + exponent).c_str()));
+  SameAsWcstod(Widen((mantissa + "000000000000000000001" + exponent).c_str()));
+  if (mantissa.back() >= '1' && mantissa.back() <= '9') {
+    mantissa.back() = static_cast<char>(mantissa.back() - 1);
+    SameAsWcstod(Widen((mantissa + "999999999" + exponent).c_str()));
+  }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -60,22 +115,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::wstring original = Text(data + 1, size - 1);
   std::wstring text = original;
 
+  if (size >= 8)
+    Forms(data);
+
   // The "C" runtime locale: identical to wcstod.
-  double value = 0, ref;
-  wchar_t *end = nullptr, *refEnd = nullptr;
-  bool ok = StringToDouble(text.data(), &value, &end);
-  errno = 0;
-  ref = std::wcstod(text.c_str(), &refEnd);
-  bool refOk = refEnd != text.c_str() && errno != ERANGE;
-  Check(ok == refOk);
-  Check(!ok || (Bits(value) == Bits(ref) && end == refEnd));
-  Check(ok || (value == 0 && end == nullptr));
+  SameAsWcstod(text);
+  double value = 0;
+  wchar_t* end = nullptr;
 
   // Another runtime locale: the own scan, with a comma or a full stop as the
   // runtime's point. A success reads what wcstod reads in the span alone.
   const wchar_t point = (data[0] & 1) ? L',' : L'.';
   qx::platform::SetThreadNumericLocaleOverride("xx_XX.UTF-8", point);
-  ok = StringToDouble(text.data(), &value, &end);
+  bool ok = StringToDouble(text.data(), &value, &end);
   qx::platform::SetThreadNumericLocaleOverride(nullptr, 0);
   Check(text == original);
   if (ok) {

@@ -143,7 +143,10 @@ const FaultCase kExportedCalls[] = {
        void* block = nullptr;
        if (!falloc_(16, &block, true, true))
          return FaultCase::kFailed;
+       void* old = block;
        bool ok = frealloc_(4096, &block);
+       if (!ok)
+         block = old; // a failed resize leaves the old block to its owner
        ffree(&block);
        return Outcome(ok, true);
      }},

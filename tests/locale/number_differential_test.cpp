@@ -1,12 +1,13 @@
-// StringToDouble against glibc's wcstod, and DoubleToString against
-// swprintf, over random and adversarial inputs: the answers must be
-// identical (value bits, end pointer, range error; the same text).
+// StringToDouble against glibc's wcstod on adversarial texts, and
+// DoubleToString against swprintf on a bounded random sample: the answers
+// must be identical (value bits, end pointer, range error; the same text).
+// Random texts, shortest forms and halfway points are compared by
+// fuzz/number_parse_fuzz.cpp.
 #include "qxutil/locale.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -14,7 +15,6 @@
 #include <cwchar>
 #include <random>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -48,137 +48,27 @@ bool SameAsWcstod(const std::wstring& text) {
   return same;
 }
 
-// ExactDecimal - the exact decimal expansion of a long double (halfway
-// points between neighbouring doubles are exact in the 64-bit mantissa).
-std::string ExactDecimal(long double v, int digits) {
-  std::vector<char> buf(static_cast<size_t>(digits) + 32);
-  std::snprintf(buf.data(), buf.size(), "%.*Le", digits, v);
-  return buf.data();
-}
-
-// CompareStringToDouble - `scale` 1 checks about 1.1 million texts.
-void CompareStringToDouble(int scale) {
+TEST(Differential, StringToDoubleMatchesWcstodOnEdges) {
   // The runtime locale is "C" here (tests never call setlocale), so the
   // whole wcstod syntax is compared.
-  std::mt19937_64 random(20240601 + static_cast<unsigned>(scale));
-  int failures = 0;
-  auto check = [&](const std::string& s) {
-    if (!SameAsWcstod(Widen(s)) && ++failures > 20)
-      FAIL() << "too many differences";
-  };
-
+  // clang-format off
   const char* fixed[] = {
-      "0",
-      "-0",
-      "+0.0e-999999",
-      "1e308",
-      "1.7976931348623157e308",
-      "1.7976931348623158e308",
-      "1.7976931348623159e308",
-      "1e309",
-      "-1e400",
-      "1e-400",
-      "2.2250738585072011e-308",
-      "2.2250738585072014e-308",
-      "2.2250738585072012e-308",
-      "4.9406564584124654e-324",
-      "2.4703282292062327e-324",
-      "2.4703282292062328e-324",
-      "5e-324",
-      "1e-323",
-      "0x1.8p3",
-      "0X.8P-2",
-      "0x",
-      "0xg",
-      "0x1p-1074",
-      "0x1p-1075",
-      "0x1.fffffffffffffp1023",
-      "0x1p1024",
-      "-0x0",
-      "inf",
-      "INFINITY",
-      "-Inf",
-      "infinit",
-      "nan",
-      "NaN(123)",
-      "nan(abc_1)",
-      "nan(",
-      " \t+1",
-      "+-1",
-      "- 1",
-      "\xe3",
-      ".",
-      "e5",
-      "1e",
-      "1e+",
-      "1.e5",
-      ".e5",
-      ".5",
-      "5.",
-      "00000000000000000000000000001",
-      "1e+0000000000000000000001",
-      "0e999999999999999999",
-      "1e99999999999999999999",
-      "1e-99999999999999999999",
-      "9007199254740993",
-      "9007199254740992.5",
-      "1.00000000000000011102230246251565404",
-      "123456789012345678901234567890e-30",
-      "0.000000000000000000000000000001e30",
+      "0", "-0", "+0.0e-999999", "1e308", "1.7976931348623157e308", "1.7976931348623158e308",
+      "1.7976931348623159e308", "1e309", "-1e400", "1e-400", "2.2250738585072011e-308",
+      "2.2250738585072014e-308", "2.2250738585072012e-308", "4.9406564584124654e-324",
+      "2.4703282292062327e-324", "2.4703282292062328e-324", "5e-324", "1e-323", "0x1.8p3",
+      "0X.8P-2", "0x", "0xg", "0x1p-1074", "0x1p-1075", "0x1.fffffffffffffp1023", "0x1p1024",
+      "-0x0", "inf", "INFINITY", "-Inf", "infinit", "nan", "NaN(123)", "nan(abc_1)", "nan(",
+      " \t+1", "+-1", "- 1", "\xe3", ".", "e5", "1e", "1e+", "1.e5", ".e5", ".5", "5.",
+      "00000000000000000000000000001", "1e+0000000000000000000001", "0e999999999999999999",
+      "1e99999999999999999999", "1e-99999999999999999999", "9007199254740993",
+      "9007199254740992.5", "1.00000000000000011102230246251565404",
+      "123456789012345678901234567890e-30", "0.000000000000000000000000000001e30",
   };
-  for (const char* s : fixed)
-    check(s);
-
-  char buf[64];
-  for (int i = 0; i < 200000 * scale; ++i) {
-    double d = FromBits(random());
-    auto r = std::to_chars(buf, buf + sizeof buf, d); // shortest
-    check(std::string(buf, r.ptr));
-    std::snprintf(buf, sizeof buf, "%.17g", d);
-    check(buf);
-    std::snprintf(buf, sizeof buf, "%.*e", static_cast<int>(random() % 25), d);
-    check(buf);
-    // Denormals and numbers near 1.
-    double small = FromBits(random() % 0x0010000000000000ull);
-    std::snprintf(buf, sizeof buf, "%.*g", static_cast<int>(1 + random() % 20), small);
-    check(buf);
-    std::snprintf(buf, sizeof buf, "%.*f", static_cast<int>(random() % 20),
-                  static_cast<double>(random() % 1000000) / 1000.0);
-    check(buf);
-  }
-  // Halfway points and their close neighbours, with long mantissas.
-  for (int i = 0; i < 20000 * scale; ++i) {
-    double d = FromBits(random() & 0x7FEFFFFFFFFFFFFFull);
-    double next = std::nextafter(d, HUGE_VAL);
-    long double mid = (static_cast<long double>(d) + next) / 2;
-    std::string exact = ExactDecimal(mid, 780);
-    size_t e = exact.find('e');
-    std::string mantissa = exact.substr(0, e), exponent = exact.substr(e);
-    mantissa.erase(mantissa.find_last_not_of('0') + 1);
-    check(mantissa + exponent);
-    std::string below = mantissa;
-    below.back() = static_cast<char>(below.back() - 1);
-    check(below + "999999999" + exponent);
-    check(mantissa + "000000000000000000001" + exponent);
-  }
-  // Long random digit strings.
-  for (int i = 0; i < 10000 * scale; ++i) {
-    std::string s = (random() & 1) ? "-" : "";
-    size_t n = 1 + random() % 600;
-    for (size_t k = 0; k < n; ++k)
-      s += static_cast<char>('0' + random() % 10);
-    if (random() & 1)
-      s.insert(1 + random() % s.size(), ".");
-    s += "e" + std::to_string(static_cast<int>(random() % 700) - 350);
-    check(s);
-  }
+  // clang-format on
+  for (const char* text : fixed)
+    SameAsWcstod(Widen(text));
 }
-
-TEST(Differential, StringToDoubleMatchesWcstod) { CompareStringToDouble(1); }
-
-// About eleven million texts with another seed: run with
-// --gtest_also_run_disabled_tests --gtest_filter=*Differential*.
-TEST(Differential, DISABLED_StringToDoubleMatchesWcstodAtLength) { CompareStringToDouble(10); }
 
 TEST(Differential, DoubleToStringMatchesSwprintf) {
   std::mt19937_64 random(7);
@@ -190,7 +80,7 @@ TEST(Differential, DoubleToStringMatchesSwprintf) {
       {PRINTF_G, L"%.*g", L"%*.*g"}, {PRINTF_F, L"%.*f", L"%*.*f"}, {PRINTF_E, L"%.*e", L"%*.*e"}};
   int failures = 0;
   wchar_t ours[1100], ref[1100];
-  for (int i = 0; i < 200000; ++i) {
+  for (int i = 0; i < 100000; ++i) {
     double d;
     switch (i % 4) {
     case 0:

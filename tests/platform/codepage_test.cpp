@@ -7,6 +7,8 @@
 
 #include "qxutil/winlocale.h"
 
+#include "common/scaffold.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -29,15 +31,7 @@ constexpr int kNoUsedFlag = -1; // pass no lpUsedDefaultChar
 
 using qxtest::kAllPages;
 
-// Pins the thread locale so that CP_ACP and CP_OEMCP never depend on the machine.
-class PinnedLocale {
-public:
-  explicit PinnedLocale(LCID lcid) : saved_(GetThreadLocale()) { SetThreadLocale(lcid); }
-  ~PinnedLocale() { SetThreadLocale(saved_); }
-
-private:
-  LCID saved_;
-};
+using PinnedLocale = qxtest::ScopedThreadLocale;
 
 // ---- MultiByteToWideChar: conformance table ---------------------------------
 

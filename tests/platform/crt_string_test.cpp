@@ -3,11 +3,12 @@
 // tokens and integer reading.
 #include "platform/crt_string.h"
 
+#include "common/scaffold.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <climits>
-#include <clocale>
 #include <cstdint>
 #include <string>
 #include <thread>
@@ -16,21 +17,7 @@ namespace {
 
 constexpr wchar_t kSentinel = 0x7777;
 
-// Pins the runtime's LC_CTYPE locale for one test and restores it after.
-class CrtLocale {
-public:
-  explicit CrtLocale(const char* name) {
-    const char* old = std::setlocale(LC_CTYPE, nullptr);
-    saved_ = old ? old : "C";
-    ok_ = std::setlocale(LC_CTYPE, name) != nullptr;
-  }
-  ~CrtLocale() { std::setlocale(LC_CTYPE, saved_.c_str()); }
-  bool ok() const { return ok_; }
-
-private:
-  std::string saved_;
-  bool ok_;
-};
+using CrtLocale = qxtest::ScopedRuntimeLocale;
 
 struct ClassCase {
   uint32_t c;

@@ -1,0 +1,66 @@
+// Scaffolding shared by the test binaries: the list of code pages (from
+// common/code_pages.h), scoped thread and runtime locales, and a
+// sentinel-filled buffer.
+#ifndef QXUTIL_TESTS_COMMON_SCAFFOLD_H
+#define QXUTIL_TESTS_COMMON_SCAFFOLD_H
+
+#include "common/code_pages.h"
+#include "qxutil/winlocale.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace qxtest {
+
+/// ScopedThreadLocale - the calling thread's locale is `lcid` while alive.
+class ScopedThreadLocale {
+public:
+  explicit ScopedThreadLocale(LCID lcid) : saved_(GetThreadLocale()) { SetThreadLocale(lcid); }
+  ~ScopedThreadLocale() { SetThreadLocale(saved_); }
+  ScopedThreadLocale(const ScopedThreadLocale&) = delete;
+  ScopedThreadLocale& operator=(const ScopedThreadLocale&) = delete;
+
+private:
+  LCID saved_;
+};
+
+/// ScopedRuntimeLocale - the C runtime's LC_CTYPE locale is `name` while
+/// alive (ok() says whether the machine has it).
+class ScopedRuntimeLocale {
+public:
+  explicit ScopedRuntimeLocale(const char* name) {
+    const char* old = std::setlocale(LC_CTYPE, nullptr);
+    saved_ = old ? old : "C";
+    ok_ = std::setlocale(LC_CTYPE, name) != nullptr;
+  }
+  ~ScopedRuntimeLocale() { std::setlocale(LC_CTYPE, saved_.c_str()); }
+  ScopedRuntimeLocale(const ScopedRuntimeLocale&) = delete;
+  ScopedRuntimeLocale& operator=(const ScopedRuntimeLocale&) = delete;
+  bool ok() const { return ok_; }
+
+private:
+  std::string saved_;
+  bool ok_;
+};
+
+/// Guarded - `size` elements for the code under test followed by a guard,
+/// all pre-filled with `sentinel`.
+template <typename T> struct Guarded {
+  Guarded(size_t size, T sentinel) : size(size), sentinel(sentinel), units(size + 16, sentinel) {}
+  T* data() { return units.data(); }
+  /// UntouchedFrom - nothing at or after `from` was written.
+  bool UntouchedFrom(size_t from) const {
+    return std::all_of(units.begin() + static_cast<std::ptrdiff_t>(from), units.end(),
+                       [this](T c) { return c == sentinel; });
+  }
+  size_t size;
+  T sentinel;
+  std::vector<T> units;
+};
+
+} // namespace qxtest
+
+#endif // QXUTIL_TESTS_COMMON_SCAFFOLD_H
