@@ -27,21 +27,22 @@ private:
   LCID saved_;
 };
 
-/// ScopedRuntimeLocale - the C runtime's LC_CTYPE locale is `name` while
-/// alive (ok() says whether the machine has it).
+/// ScopedRuntimeLocale - the C runtime's `category` (LC_CTYPE unless told)
+/// locale is `name` while alive (ok() says whether the machine has it).
 class ScopedRuntimeLocale {
 public:
-  explicit ScopedRuntimeLocale(const char* name) {
-    const char* old = std::setlocale(LC_CTYPE, nullptr);
+  explicit ScopedRuntimeLocale(const char* name, int category = LC_CTYPE) : category_(category) {
+    const char* old = std::setlocale(category, nullptr);
     saved_ = old ? old : "C";
-    ok_ = std::setlocale(LC_CTYPE, name) != nullptr;
+    ok_ = std::setlocale(category, name) != nullptr;
   }
-  ~ScopedRuntimeLocale() { std::setlocale(LC_CTYPE, saved_.c_str()); }
+  ~ScopedRuntimeLocale() { std::setlocale(category_, saved_.c_str()); }
   ScopedRuntimeLocale(const ScopedRuntimeLocale&) = delete;
   ScopedRuntimeLocale& operator=(const ScopedRuntimeLocale&) = delete;
   bool ok() const { return ok_; }
 
 private:
+  int category_;
   std::string saved_;
   bool ok_;
 };
