@@ -48,14 +48,36 @@ private:
 };
 
 /// Guarded - `size` elements for the code under test followed by a guard,
-/// all pre-filled with `sentinel`.
+/// all pre-filled with `sentinel` (and, when given, `init` at the start: cut
+/// to the size, terminated when it fits).
 template <typename T> struct Guarded {
-  Guarded(size_t size, T sentinel) : size(size), sentinel(sentinel), units(size + 16, sentinel) {}
+  Guarded(size_t size, T sentinel, const T* init = nullptr)
+      : size(size), sentinel(sentinel), units(size + 16, sentinel) {
+    for (size_t i = 0; init && i < size; ++i)
+      if ((units[i] = init[i]) == 0)
+        break;
+  }
   T* data() { return units.data(); }
   /// UntouchedFrom - nothing at or after `from` was written.
   bool UntouchedFrom(size_t from) const {
     return std::all_of(units.begin() + static_cast<std::ptrdiff_t>(from), units.end(),
                        [this](T c) { return c == sentinel; });
+  }
+  /// TouchedUpTo - one past the last element written (that differs from
+  /// the sentinel).
+  size_t TouchedUpTo() const {
+    size_t n = units.size();
+    while (n > 0 && units[n - 1] == sentinel)
+      --n;
+    return n;
+  }
+  /// Text - what was written as a string: up to the terminator, or all
+  /// `size` elements.
+  std::basic_string<T> Text() const {
+    size_t n = 0;
+    while (n < size && units[n] != 0)
+      ++n;
+    return std::basic_string<T>(units.data(), n);
   }
   size_t size;
   T sentinel;

@@ -109,7 +109,7 @@ TEST(WideEdit, ConcatBackslash) {
       {L"abc", 1, L""},
   };
   for (const auto& c : cases) {
-    qxtest::SentinelBuffer buf(c.n);
+    auto buf = qxtest::Buffer(c.n);
     concat_backslash(c.src, buf.data(), c.n);
     EXPECT_EQ(buf.Text(), std::wstring(c.out)) << c.src << " n=" << c.n;
     // strcpyn fills all n units; the backslash and its terminator may use
@@ -126,13 +126,13 @@ TEST(WideEdit, ConcatBackslash) {
 TEST(WideEdit, StrcpynAllSizes) {
   const wchar_t* src = L"abc";
   for (unsigned int n = 0; n <= 6; ++n) {
-    qxtest::SentinelBuffer buf(n);
+    auto buf = qxtest::Buffer(n);
     EXPECT_EQ(strcpyn(buf.data(), src, n), buf.data());
     EXPECT_EQ(buf.Text(), std::wstring(src).substr(0, n ? n - 1 : 0)) << n;
     EXPECT_EQ(buf.TouchedUpTo(), n) << n; // the whole of n is written, no more
-    EXPECT_TRUE(buf.TailIntact()) << n;
+    EXPECT_TRUE(buf.UntouchedFrom(n)) << n;
   }
-  qxtest::SentinelBuffer buf(4);
+  auto buf = qxtest::Buffer(4);
   strcpyn(buf.data(), nullptr, 4);
   EXPECT_EQ(buf.Text(), L"");
   EXPECT_EQ(strcpyn(nullptr, src, 4), nullptr);

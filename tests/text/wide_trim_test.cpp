@@ -162,7 +162,7 @@ TEST(LineEnds, FilterNewline) {
       {L"x\nn", 3, true, L"x\nn"},
   };
   for (const auto& c : cases) {
-    qxtest::SentinelBuffer buf(c.n);
+    auto buf = qxtest::Buffer(c.n);
     FilterNewline(buf.data(), c.src, c.n, c.decode);
     EXPECT_EQ(std::wstring(buf.data(), c.n), std::wstring(c.out)) << c.src;
     EXPECT_EQ(buf.TouchedUpTo(), c.n) << "no terminator: " << c.src;
