@@ -94,25 +94,24 @@ TEST(WideEdit, ReplaceAndReverse) {
 }
 
 TEST(WideEdit, ConcatBackslash) {
+  // strcpyn fills all n units; the backslash and its terminator may use the
+  // one spare unit after them.
   const struct {
     const wchar_t* src;
     unsigned int n;
     const wchar_t* out;
-  } cases[] = {
-      {L"/data", 10, L"/data\\"},
-      {L"/data/", 10, L"/data/"},
-      {L"C:\\x\\", 10, L"C:\\x\\"},
-      {L"", 10, L""},
-      {L"abcdef", 4, L"abc\\"}, // the copy is cut, then appended
-      {L"abc", 1, L""},
-  };
+    size_t touched; // units written
+  } cases[] = {{L"/data", 10, L"/data\\", 10},
+               {L"/data/", 10, L"/data/", 10},
+               {L"C:\\x\\", 10, L"C:\\x\\", 10},
+               {L"", 10, L"", 10},
+               {L"abcdef", 4, L"abc\\", 5}, // the copy is cut, then appended
+               {L"abc", 1, L"", 1}};
   for (const auto& c : cases) {
     auto buf = qxtest::Buffer(c.n);
     concat_backslash(c.src, buf.data(), c.n);
     EXPECT_EQ(buf.Text(), std::wstring(c.out)) << c.src << " n=" << c.n;
-    // strcpyn fills all n units; the backslash and its terminator may use
-    // the one spare unit after them.
-    EXPECT_LE(buf.TouchedUpTo(), c.n + 1) << c.src;
+    EXPECT_EQ(buf.TouchedUpTo(), c.touched) << c.src;
   }
   // n = 0: no copy; what dst holds gets the backslash.
   wchar_t dst[8] = L"ab";
