@@ -7,8 +7,7 @@
 // of the sentinel-filled buffer (with a guard after the stated size) must
 // agree.
 #include "common/code_pages.h"
-#include "platform/codepage.h"
-#include "platform/codepage_reference.h"
+#include "common/platform_codepage_compare.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,82 +16,21 @@
 #include <vector>
 
 using namespace qx::win;
-using qx::platform::MultiByteToWideCharReference;
-using qx::platform::WideCharToMultiByteReference;
 
 namespace {
 
-constexpr int kMaxOut = 24;  // output sizes tried: 0..kMaxOut, the need and more
-constexpr size_t kGuard = 8; // sentinel elements after the stated size
+constexpr int kMaxOut = 24; // every output size up to this one is tried
 
 using qxtest::kAllPages;
 
-void Check(bool ok) {
-  if (!ok) {
-    std::abort();
-  }
-}
-
-// One call's observable result.
-template <typename T> struct Result {
-  int ret;
-  DWORD error;
-  BOOL used;
-  std::vector<T> buffer;
-};
-
-// Same - calls `fast` and `ref` (each taking the output, its size and the
-// used-default flag's address) on equal sentinel-filled buffers and checks
-// that everything observable agrees.
-template <typename T, typename Fast, typename Ref>
-void Same(int size, bool wantUsed, T sentinel, Fast fast, Ref ref) {
-  auto call = [&](auto fn) {
-    Result<T> r{0, 0, 7, std::vector<T>(static_cast<size_t>(size) + kGuard, sentinel)};
-    SetLastError(0xDEADBEEF);
-    r.ret = fn(size == 0 ? nullptr : r.buffer.data(), size, wantUsed ? &r.used : nullptr);
-    r.error = GetLastError();
-    return r;
-  };
-  Result<T> a = call(fast), b = call(ref);
-  Check(a.ret == b.ret && a.error == b.error && a.used == b.used && a.buffer == b.buffer);
-}
-
-std::vector<int> Sizes(int need) {
-  std::vector<int> sizes = {need, need + 5};
-  for (int size = 0; size <= kMaxOut && size < need; ++size) {
-    sizes.push_back(size);
-  }
-  return sizes;
-}
-
 void Decode(UINT cp, DWORD flags, const char* src, int srclen) {
-  int need = MultiByteToWideCharReference(cp, flags, src, srclen, nullptr, 0);
-  for (int size : Sizes(need)) {
-    Same<wchar_t>(
-        size, false, 0x7F7F,
-        [&](LPWSTR dst, int n, LPBOOL) {
-          return MultiByteToWideChar(cp, flags, src, srclen, dst, n);
-        },
-        [&](LPWSTR dst, int n, LPBOOL) {
-          return MultiByteToWideCharReference(cp, flags, src, srclen, dst, n);
-        });
-  }
+  if (qxtest::DecodeDiffers(cp, flags, src, srclen, kMaxOut) >= 0)
+    std::abort();
 }
 
 void Encode(UINT cp, DWORD flags, const wchar_t* src, int srclen, LPCSTR defaultChar) {
-  int need = WideCharToMultiByteReference(cp, flags, src, srclen, nullptr, 0, defaultChar, nullptr);
-  for (int size : Sizes(need)) {
-    for (bool wantUsed : {false, true}) {
-      Same<char>(
-          size, wantUsed, '#',
-          [&](LPSTR dst, int n, LPBOOL used) {
-            return WideCharToMultiByte(cp, flags, src, srclen, dst, n, defaultChar, used);
-          },
-          [&](LPSTR dst, int n, LPBOOL used) {
-            return WideCharToMultiByteReference(cp, flags, src, srclen, dst, n, defaultChar, used);
-          });
-    }
-  }
+  if (qxtest::EncodeDiffers(cp, flags, src, srclen, defaultChar, kMaxOut) >= 0)
+    std::abort();
 }
 
 // Unit - two input bytes as one code unit, steered towards the units the

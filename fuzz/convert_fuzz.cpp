@@ -2,7 +2,10 @@
 // each double-byte member (bad lead and trail bytes, cut sequences) and a
 // single-byte one, random units into ConvertSystemToMBCSChar, with every
 // buffer size from 0 to a small bound; the bytes past each size must stay
-// untouched (dstLen + 1 units for the wide side).
+// untouched (dstLen + 1 units for the wide side). For members with a code
+// page, ConvertSystemToMBCSChar must equal WideCharToMultiByte with
+// WC_COMPOSITECHECK on text rich in nonspacing marks.
+#include "platform/codepage.h"
 #include "qxutil/text.h"
 #include "qxutil/winlocale.h"
 
@@ -10,6 +13,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace {
@@ -27,6 +31,34 @@ constexpr QXCHARSET kMembers[] = {QXCHARSET_WINDOWS_TRAD_CHINESE,
 void Check(bool ok) {
   if (!ok)
     std::abort();
+}
+
+// SameAsCompositeCheck - ConvertSystemToMBCSChar on units drawn from a pool
+// of letters, marks and wide characters against the platform call.
+void SameAsCompositeCheck(const uint8_t* data, size_t n) {
+  static const wchar_t kPool[] = {L'a',      L'e',      L'Z',      L' ',      L'\u00e9', L'\u0301',
+                                  L'\u0300', L'\u0308', L'\u20ac', L'\u3042', L'\u3099', L'\u4e00',
+                                  L'\uff21', L'\u0152', L'\u05b4', L'\u0e31', L'\u2026', L'\u00a0'};
+  static const struct {
+    QXCHARSET cs;
+    UINT cp;
+  } kPages[] = {{QXCHARSET_WINDOWS_LATIN1, 1252},
+                {QXCHARSET_WINDOWS_JAPANESE, 932},
+                {QXCHARSET_WINDOWS_VIETNAMESE, 1258},
+                {QXCHARSET_WINDOWS_HEBREW, 1255},
+                {QXCHARSET_WINDOWS_THAI, 874}};
+  if (n < 2)
+    return;
+  const auto& page = kPages[data[0] % 5];
+  const unsigned int size = 1 + data[1] % 30;
+  std::wstring s;
+  for (size_t i = 2; i < n && s.size() < 24; ++i)
+    s += kPool[data[i] % (sizeof kPool / sizeof kPool[0])];
+  std::vector<char> ours(32, '\x5A'), theirs(32, '\x5A');
+  bool ok = ConvertSystemToMBCSChar(s.c_str(), ours.data(), page.cs, size, false);
+  int got = qx::win::WideCharToMultiByte(page.cp, WC_COMPOSITECHECK, s.c_str(), -1, theirs.data(),
+                                         static_cast<int>(size), nullptr, nullptr);
+  Check(ok == (got > 0) && ours == theirs);
 }
 
 } // namespace
@@ -64,6 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Check(dst[i] == '\x5A');
     }
   }
+
+  SameAsCompositeCheck(data, size);
 
   // The byte tables and the line-end rewriters on the same input.
   int count = 0;

@@ -3,10 +3,11 @@
 // once (run under ThreadSanitizer with the label "threads").
 #include "platform/crt_locale.h"
 
+#include "common/scaffold.h"
+
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -23,11 +24,9 @@ TEST(CrtLocale, OneRuleForTheCLocale) {
   const struct {
     const char* name;
     bool isC;
-  } cases[] = {
-      {nullptr, true},        {"C", true}, {"POSIX", true}, {"C.UTF-8", false}, {"c", false},
-      {"posix", false},       {"", false}, {"CC", false},   {"de_DE", false},   {"C ", false},
-      {"POSIX.UTF-8", false},
-  };
+  } cases[] = {{nullptr, true},  {"C", true},      {"POSIX", true},       {"C.UTF-8", false},
+               {"c", false},     {"posix", false}, {"", false},           {"CC", false},
+               {"de_DE", false}, {"C ", false},    {"POSIX.UTF-8", false}};
   for (const auto& c : cases) {
     EXPECT_EQ(IsCLocaleName(c.name), c.isC) << (c.name ? c.name : "(null)");
     if (!c.name)
@@ -40,46 +39,26 @@ TEST(CrtLocale, OneRuleForTheCLocale) {
   }
 }
 
-// ScopedRuntimeLocale - sets one category of the runtime locale and puts the
-// previous one back.
-class ScopedRuntimeLocale {
-public:
-  ScopedRuntimeLocale(int category, const char* name) : category_(category) {
-    previous_ = std::setlocale(category, nullptr);
-    ok_ = std::setlocale(category, name) != nullptr;
-  }
-  ~ScopedRuntimeLocale() { std::setlocale(category_, previous_.c_str()); }
-  bool ok() const { return ok_; }
-
-private:
-  int category_;
-  std::string previous_;
-  bool ok_;
-};
-
 TEST(CrtLocale, CategoriesAreReadSeparately) {
   ASSERT_TRUE(CrtNumericLocaleIsC());
   ASSERT_TRUE(CrtLocaleIsC());
   {
-    ScopedRuntimeLocale numeric(LC_NUMERIC, "C.UTF-8");
-    if (!numeric.ok())
-      GTEST_SKIP() << "C.UTF-8 is not available";
+    qxtest::ScopedRuntimeLocale numeric("C.UTF-8", LC_NUMERIC);
+    ASSERT_TRUE(numeric.ok());
     EXPECT_FALSE(CrtNumericLocaleIsC());
     EXPECT_TRUE(CrtLocaleIsC());
     EXPECT_EQ(CrtDecimalPoint(), L'.');
   }
   {
-    ScopedRuntimeLocale numeric(LC_NUMERIC, "POSIX");
+    qxtest::ScopedRuntimeLocale numeric("POSIX", LC_NUMERIC);
     EXPECT_TRUE(CrtNumericLocaleIsC());
   }
-  {
-    ScopedRuntimeLocale ctype(LC_CTYPE, "C.UTF-8");
-    char name[4];
-    EXPECT_EQ(CrtLocaleName(name, sizeof name), 7u); // the full length
-    EXPECT_STREQ(name, "C.U");                       // cut to fit
-    EXPECT_FALSE(CrtLocaleIsC());
-    EXPECT_TRUE(CrtNumericLocaleIsC());
-  }
+  qxtest::ScopedRuntimeLocale ctype("C.UTF-8");
+  char name[4];
+  EXPECT_EQ(CrtLocaleName(name, sizeof name), 7u); // the full length
+  EXPECT_STREQ(name, "C.U");                       // cut to fit
+  EXPECT_FALSE(CrtLocaleIsC());
+  EXPECT_TRUE(CrtNumericLocaleIsC());
 }
 
 TEST(CrtLocale, ReadsFromManyThreadsAtOnce) {

@@ -139,7 +139,7 @@ const DoubleCase kDoubleCases[] = {
 TEST(CrtWcstod, Table) {
   for (const DoubleCase& c : kDoubleCases) {
     SCOPED_TRACE(testing::Message() << "row " << (&c - kDoubleCases));
-    wchar_t* end = nullptr;
+    wchar_t* end = reinterpret_cast<wchar_t*>(1);
     errno = 0;
     double value = qx::crt::WcstodWithPoint(c.text, &end, c.point);
     if (std::isnan(c.value)) {
@@ -152,7 +152,7 @@ TEST(CrtWcstod, Table) {
     EXPECT_EQ(errno, c.error);
     // wcstod reads the point of the runtime locale.
     qx::platform::SetThreadNumericLocaleOverride(c.point == L'.' ? "C" : "de_DE.UTF-8", c.point);
-    wchar_t* again = nullptr;
+    wchar_t* again = reinterpret_cast<wchar_t*>(1);
     double through = qx::crt::wcstod(c.text, &again);
     qx::platform::SetThreadNumericLocaleOverride(nullptr, 0);
     EXPECT_TRUE(through == value || (std::isnan(through) && std::isnan(value)));

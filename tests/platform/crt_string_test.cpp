@@ -1,6 +1,6 @@
-// Tests of the Microsoft C-runtime string functions: classification, case
-// folding in the "C" and a changed runtime locale, comparison, reversal,
-// tokens and integer reading.
+// The Microsoft C-runtime string functions in qx::crt: classification, case
+// folding and comparison in the "C" and a changed runtime locale, reversal,
+// the two-argument wcstok, and integer reading with _wtoi and _wtol.
 #include "platform/crt_string.h"
 
 #include "common/scaffold.h"
@@ -10,63 +10,56 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
+using CrtLocale = qxtest::ScopedRuntimeLocale;
+
 constexpr wchar_t kSentinel = 0x7777;
 
-using CrtLocale = qxtest::ScopedRuntimeLocale;
+// ---- Classification ---------------------------------------------------------
 
 struct ClassCase {
   uint32_t c;
-  bool alpha;
-  bool alnum;
-  bool print;
-  bool space;
+  const char* classes; // 'a' iswalpha, 'n' iswalnum, 'p' iswprint, 's' iswspace
 };
 
+// clang-format off
 const ClassCase kClassCases[] = {
-    {L'a', true, true, true, false},
-    {L'5', false, true, true, false},
-    {L'_', false, false, true, false},
-    {L'$', false, false, true, false},  // an ASCII symbol is punctuation
-    {L' ', false, false, true, true},   // blank: printable
-    {L'\t', false, false, false, true}, // TAB is white space, not printable
-    {L'\v', false, false, false, true},
-    {0x7F, false, false, false, false},
-    {0x1C, false, false, false, false}, // file separator: not white space here
-    {0x85, false, false, false, false}, // next line: a control only
-    {0xA0, false, false, true, true},   // no-break space
-    {0xAD, false, false, true, false},  // soft hyphen: Latin-1 punctuation
-    {0xB2, false, true, true, false},   // superscript two is a digit
-    {0xB5, true, true, true, false},
-    {0xD7, false, false, true, false}, // multiplication sign
-    {0xDF, true, true, true, false},
-    {0x0345, false, false, false, false}, // a combining mark has no print class
-    {0x0660, false, true, true, false},   // Arabic-Indic zero: a digit
-    {0x20AC, false, false, false, false}, // euro sign: symbols above U+00FF are not printable
-    {0x2028, false, false, false, true},  // line separator
-    {0x3000, false, false, true, true},   // ideographic space
-    {0x4E00, true, true, true, false},
-    {0x0378, false, false, false, false}, // unassigned
-    {0xFFFF, false, false, false, false},
-    {0x10041, false, false, false, false}, // outside the BMP
-    {WEOF, false, false, false, false},
+    {L'a', "anp"}, {L'5', "np"}, {L'_', "p"}, {L'\v', "s"}, {0x7F, ""}, {0xB5, "anp"},
+    {0xDF, "anp"}, {0x4E00, "anp"}, {0xFFFF, ""}, {WEOF, ""},
+    {L'$', "p"},     // an ASCII symbol is punctuation
+    {L' ', "ps"},    // blank: printable
+    {L'\t', "s"},    // TAB is white space, not printable
+    {0x1C, ""},      // file separator: not white space here
+    {0x85, ""},      // next line: a control only
+    {0xA0, "ps"},    // no-break space
+    {0xAD, "p"},     // soft hyphen: Latin-1 punctuation
+    {0xB2, "np"},    // superscript two is a digit
+    {0xD7, "p"},     // multiplication sign
+    {0x0345, ""},    // a combining mark has no print class
+    {0x0660, "np"},  // Arabic-Indic zero: a digit
+    {0x20AC, ""},    // euro sign: symbols above U+00FF are not printable
+    {0x2028, "s"},   // line separator
+    {0x3000, "ps"},  // ideographic space
+    {0x0378, ""},    // unassigned
+    {0x10041, ""},   // outside the BMP
 };
+// clang-format on
 
 TEST(CrtClass, MicrosoftClassification) {
   for (const ClassCase& t : kClassCases) {
     SCOPED_TRACE(testing::Message() << "U+" << std::hex << t.c);
-    EXPECT_EQ(qx::crt::iswalpha(t.c) != 0, t.alpha);
-    EXPECT_EQ(qx::crt::iswalnum(t.c) != 0, t.alnum);
-    EXPECT_EQ(qx::crt::iswprint(t.c) != 0, t.print);
-    EXPECT_EQ(qx::crt::iswspace(t.c) != 0, t.space);
+    EXPECT_EQ(qx::crt::iswalpha(t.c) != 0, std::strchr(t.classes, 'a') != nullptr);
+    EXPECT_EQ(qx::crt::iswalnum(t.c) != 0, std::strchr(t.classes, 'n') != nullptr);
+    EXPECT_EQ(qx::crt::iswprint(t.c) != 0, std::strchr(t.classes, 'p') != nullptr);
+    EXPECT_EQ(qx::crt::iswspace(t.c) != 0, std::strchr(t.classes, 's') != nullptr);
   }
-}
-
-TEST(CrtClass, ResultsAreTheRuntimeClassBits) {
+  // The results are the runtime's class bits.
   EXPECT_EQ(qx::crt::iswalpha(L'a'), 0x102); // _LOWER | _ALPHA
   EXPECT_EQ(qx::crt::iswalpha(L'A'), 0x101); // _UPPER | _ALPHA
   EXPECT_EQ(qx::crt::iswalnum(L'7'), 0x004); // _DIGIT
@@ -83,124 +76,94 @@ TEST(CrtClass, AsciiRangeInAnyLocale) {
     ASSERT_TRUE(locale.ok()) << name;
     for (wint_t c = 0; c < 0x80; ++c) {
       bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-      bool digit = c >= '0' && c <= '9';
       ASSERT_EQ(qx::crt::iswalpha(c) != 0, letter) << c;
-      ASSERT_EQ(qx::crt::iswalnum(c) != 0, letter || digit) << c;
+      ASSERT_EQ(qx::crt::iswalnum(c) != 0, letter || (c >= '0' && c <= '9')) << c;
       ASSERT_EQ(qx::crt::iswprint(c) != 0, c >= 0x20 && c <= 0x7E) << c;
       ASSERT_EQ(qx::crt::iswspace(c) != 0, (c >= 9 && c <= 13) || c == ' ') << c;
     }
   }
 }
 
-TEST(CrtCase, CLocaleFoldsAsciiOnly) {
-  CrtLocale locale("C");
-  ASSERT_TRUE(locale.ok());
-  EXPECT_EQ(qx::crt::towupper(L'a'), static_cast<wint_t>(L'A'));
-  EXPECT_EQ(qx::crt::towlower(L'Z'), static_cast<wint_t>(L'z'));
-  EXPECT_EQ(qx::crt::towupper(0xE9), 0xE9u);
-  EXPECT_EQ(qx::crt::towlower(0xC9), 0xC9u);
-  EXPECT_EQ(qx::crt::towlower(0xFF21), 0xFF21u);
-  EXPECT_EQ(qx::crt::towlower(WEOF), WEOF);
+// ---- Case: "C" folds ASCII only; a changed locale uses Windows' simple mapping
+
+TEST(CrtCase, TowupperAndTowlower) {
+  // clang-format off
+  const struct {
+    const char* locale;
+    wint_t c, upper, lower;
+  } cases[] = {
+      {"C", L'a', L'A', L'a'}, {"C", L'Z', L'Z', L'z'}, {"C", 0xE9, 0xE9, 0xE9},
+      {"C", 0xC9, 0xC9, 0xC9}, {"C", 0xFF21, 0xFF21, 0xFF21}, {"C", WEOF, WEOF, WEOF},
+      {"C.UTF-8", 0xE9, 0xC9, 0xE9}, {"C.UTF-8", 0xC9, 0xC9, 0xE9},
+      {"C.UTF-8", 0xFF21, 0xFF21, 0xFF41}, {"C.UTF-8", 0x10041, 0x10041, 0x10041},
+      {"C.UTF-8", 0x131, 0x131, 0x131}, {"C.UTF-8", 0x130, 0x130, 0x130}, // no Turkish rule
+      {"C.UTF-8", WEOF, WEOF, WEOF}};
+  // clang-format on
+  for (const auto& t : cases) {
+    CrtLocale locale(t.locale);
+    ASSERT_TRUE(locale.ok()) << t.locale;
+    EXPECT_EQ(qx::crt::towupper(t.c), t.upper) << t.locale << " " << t.c;
+    EXPECT_EQ(qx::crt::towlower(t.c), t.lower) << t.locale << " " << t.c;
+  }
 }
 
-TEST(CrtCase, ChangedLocaleUsesTheTables) {
-  CrtLocale locale("C.UTF-8");
-  ASSERT_TRUE(locale.ok());
-  EXPECT_EQ(qx::crt::towupper(0xE9), 0xC9u);
-  EXPECT_EQ(qx::crt::towlower(0xC9), 0xE9u);
-  EXPECT_EQ(qx::crt::towlower(0xFF21), 0xFF41u);
-  EXPECT_EQ(qx::crt::towupper(0x131), 0x131u); // no Turkish rule
-  EXPECT_EQ(qx::crt::towlower(0x130), 0x130u);
-  EXPECT_EQ(qx::crt::towupper(0x10041), 0x10041u);
-  EXPECT_EQ(qx::crt::towlower(WEOF), WEOF);
-}
+// ---- _wcsicmp and _wcsnicmp ---------------------------------------------------
 
 struct CompareCase {
+  const char* locale;
   const wchar_t* a;
   const wchar_t* b;
+  size_t n;     // kAll: _wcsicmp, and _wcsnicmp with a count past both
   int expected; // Microsoft's value: the difference of the folded units
 };
 
-// The unchanged "C" locale: ASCII A-Z fold to lower case, nothing else.
-const CompareCase kCLocaleCases[] = {
-    {L"abc", L"ABC", 0},
-    {L"_", L"A", '_' - 'a'}, // lower-case folding: '_' sorts before letters
-    {L"A", L"_", 'a' - '_'},
-    {L"[", L"a", '[' - 'a'},
-    {L"abc", L"ABD", 'c' - 'd'},
-    {L"abc", L"ab", 'c'},
-    {L"", L"a", -'a'},
-    {L"", L"", 0},
-    {L"\u00e9", L"\u00c9", 0xE9 - 0xC9}, // accented letters do not fold
-    {L"\uff21", L"\uff41", 0xFF21 - 0xFF41},
-    {L"STRA\u00dfE", L"strasse", 0xDF - 's'},
-    {L"\uffff", L"a", 0xFFFF - 'a'}, // units compare unsigned
+constexpr size_t kAll = 100;
+
+// clang-format off
+const CompareCase kCompareCases[] = {
+    // The unchanged "C" locale: ASCII A-Z fold to lower case, nothing else.
+    {"C", L"abc", L"ABC", kAll, 0}, {"C", L"abc", L"ABD", kAll, 'c' - 'd'},
+    {"C", L"_", L"A", kAll, '_' - 'a'}, // lower-case folding: '_' sorts before letters
+    {"C", L"A", L"_", kAll, 'a' - '_'}, {"C", L"[", L"a", kAll, '[' - 'a'},
+    {"C", L"abc", L"ab", kAll, 'c'}, {"C", L"", L"a", kAll, -'a'}, {"C", L"", L"", kAll, 0},
+    {"C", L"\u00e9", L"\u00c9", kAll, 0xE9 - 0xC9}, // accented letters do not fold
+    {"C", L"\uff21", L"\uff41", kAll, 0xFF21 - 0xFF41},
+    {"C", L"STRA\u00dfE", L"strasse", kAll, 0xDF - 's'},
+    {"C", L"\uffff", L"a", kAll, 0xFFFF - 'a'}, // units compare unsigned
+    // A changed runtime locale: Windows' simple case mapping, still to lower case.
+    {"C.UTF-8", L"abc", L"ABC", kAll, 0}, {"C.UTF-8", L"_", L"A", kAll, '_' - 'a'},
+    {"C.UTF-8", L"\u00e9t\u00e9", L"\u00c9T\u00c9", kAll, 0},
+    {"C.UTF-8", L"\uff21", L"\uff41", kAll, 0}, {"C.UTF-8", L"\u00ff", L"\u0178", kAll, 0},
+    {"C.UTF-8", L"\u0131", L"I", kAll, 0x131 - 'i'},        // dotless i does not fold to i
+    {"C.UTF-8", L"\u03a3", L"\u03c2", kAll, 0x3C3 - 0x3C2}, // sigma, not final sigma
+    {"C.UTF-8", L"\u00b5", L"\u039c", kAll, 0xB5 - 0x3BC},  // micro sign is not Greek mu
+    {"C.UTF-8", L"STRA\u00dfE", L"strasse", kAll, 0xDF - 's'},
+    // _wcsnicmp stops after the count, or at a terminator.
+    {"C", L"abcX", L"ABCy", 3, 0}, {"C", L"abcX", L"ABCy", 4, 'x' - 'y'},
+    {"C", L"ab", L"abc", 5, -'c'}, {"C", L"ab", L"abc", 2, 0}, {"C", L"a", L"b", 0, 0},
+    {"C", L"_x", L"Ax", 1, '_' - 'a'},
 };
+// clang-format on
 
-// A changed runtime locale: Windows' simple case mapping, still to lower case.
-const CompareCase kChangedLocaleCases[] = {
-    {L"abc", L"ABC", 0},
-    {L"_", L"A", '_' - 'a'},
-    {L"\u00e9t\u00e9", L"\u00c9T\u00c9", 0},
-    {L"\uff21", L"\uff41", 0},
-    {L"\u0131", L"I", 0x131 - 'i'},        // dotless i does not fold to i
-    {L"\u03a3", L"\u03c2", 0x3C3 - 0x3C2}, // capital sigma folds to sigma, not final sigma
-    {L"\u00b5", L"\u039c", 0xB5 - 0x3BC},  // micro sign is not Greek mu
-    {L"\u00ff", L"\u0178", 0},
-    {L"STRA\u00dfE", L"strasse", 0xDF - 's'},
-};
-
-// Checks _wcsicmp and an unbounded _wcsnicmp on every case under one
-// runtime locale.
-template <size_t N> void ExpectCompares(const char* localeName, const CompareCase (&cases)[N]) {
-  CrtLocale locale(localeName);
-  ASSERT_TRUE(locale.ok()) << localeName;
-  for (const CompareCase& t : cases) {
-    SCOPED_TRACE(testing::Message() << localeName << " case " << (&t - cases));
-    EXPECT_EQ(qx::crt::_wcsicmp(t.a, t.b), t.expected);
-    EXPECT_EQ(qx::crt::_wcsnicmp(t.a, t.b, 100), t.expected);
-  }
-}
-
-TEST(CrtCompare, WcsicmpInTheCLocale) { ExpectCompares("C", kCLocaleCases); }
-
-TEST(CrtCompare, WcsicmpInAChangedLocale) { ExpectCompares("C.UTF-8", kChangedLocaleCases); }
-
-struct CountCase {
-  const wchar_t* a;
-  const wchar_t* b;
-  size_t n;
-  int expected;
-};
-
-const CountCase kCountCases[] = {
-    {L"abcX", L"ABCy", 3, 0},     {L"abcX", L"ABCy", 4, 'x' - 'y'},
-    {L"ab", L"abc", 5, -'c'}, // the terminator ends the comparison
-    {L"ab", L"abc", 2, 0},        {L"a", L"b", 0, 0},
-    {L"_x", L"Ax", 1, '_' - 'a'},
-};
-
-TEST(CrtCompare, WcsnicmpStopsAfterCount) {
-  CrtLocale locale("C");
-  ASSERT_TRUE(locale.ok());
-  for (const CountCase& t : kCountCases) {
-    SCOPED_TRACE(testing::Message() << "case " << (&t - kCountCases));
+TEST(CrtCompare, WcsicmpAndWcsnicmp) {
+  for (const CompareCase& t : kCompareCases) {
+    SCOPED_TRACE(testing::Message() << t.locale << " case " << (&t - kCompareCases));
+    CrtLocale locale(t.locale);
+    ASSERT_TRUE(locale.ok());
+    if (t.n == kAll) {
+      EXPECT_EQ(qx::crt::_wcsicmp(t.a, t.b), t.expected);
+    }
     EXPECT_EQ(qx::crt::_wcsnicmp(t.a, t.b, t.n), t.expected);
   }
-}
-
-// A count that runs past both terminators reads nothing beyond them.
-TEST(CrtCompare, WcsnicmpDoesNotReadPastTerminators) {
-  wchar_t a[3] = {L'a', 0, kSentinel};
-  wchar_t b[3] = {L'A', 0, L'z'};
+  // A count that runs past both terminators reads nothing beyond them.
+  wchar_t a[3] = {L'a', 0, kSentinel}, b[3] = {L'A', 0, L'z'};
   EXPECT_EQ(qx::crt::_wcsnicmp(a, b, SIZE_MAX), 0);
 }
 
 TEST(CrtCompare, NullArgumentsGiveNlsCmpError) {
   EXPECT_EQ(_NLSCMPERROR, 0x7FFFFFFF);
   const struct {
-    const wchar_t* a;
-    const wchar_t* b;
+    const wchar_t *a, *b;
     size_t n;
   } cases[] = {{nullptr, L"a", 1}, {L"a", nullptr, 1}, {nullptr, nullptr, 1}, {nullptr, L"a", 0}};
   for (const auto& t : cases) {
@@ -213,21 +176,17 @@ TEST(CrtCompare, NullArgumentsGiveNlsCmpError) {
   }
 }
 
+// ---- _wcsrev and wcstok ---------------------------------------------------------
+
 TEST(CrtReverse, ReversesUnitsInPlace) {
-  const struct {
-    const wchar_t* text;
-    const wchar_t* expected;
-  } cases[] = {
+  const std::pair<const wchar_t*, const wchar_t*> cases[] = {
       {L"", L""}, {L"a", L"a"}, {L"ab", L"ba"}, {L"abc", L"cba"}, {L"a\u0301b", L"b\u0301a"}};
-  for (const auto& t : cases) {
-    wchar_t buf[8];
-    std::fill(std::begin(buf), std::end(buf), kSentinel);
-    size_t len = wcslen(t.text);
-    wmemcpy(buf, t.text, len + 1);
-    EXPECT_EQ(qx::crt::_wcsrev(buf), buf);
-    EXPECT_EQ(std::wstring(buf), std::wstring(t.expected));
-    for (size_t i = len + 1; i < 8; ++i)
-      EXPECT_EQ(buf[i], kSentinel);
+  for (const auto& [text, reversed] : cases) {
+    qxtest::Guarded<wchar_t> buf(8, kSentinel);
+    wmemcpy(buf.data(), text, wcslen(text) + 1);
+    EXPECT_EQ(qx::crt::_wcsrev(buf.data()), buf.data());
+    EXPECT_STREQ(buf.data(), reversed);
+    EXPECT_TRUE(buf.UntouchedFrom(wcslen(text) + 1));
   }
   errno = 0;
   EXPECT_EQ(qx::crt::_wcsrev(nullptr), nullptr);
@@ -245,15 +204,13 @@ TEST(CrtTokens, TwoArgumentWcstok) {
   EXPECT_EQ(qx::crt::wcstok(nullptr, delims), nullptr);
   EXPECT_EQ(qx::crt::wcstok(nullptr, delims), nullptr); // stays at the end
   EXPECT_EQ(text[9], L' ');                             // only the first blank after c changed
-}
-
-TEST(CrtTokens, EdgeCases) {
-  wchar_t empty[] = L"";
+  // Nothing but delimiters, or nothing at all: no token.
+  wchar_t empty[] = L"", only[] = L",,,";
   EXPECT_EQ(qx::crt::wcstok(empty, L","), nullptr);
-  wchar_t only[] = L",,,";
   EXPECT_EQ(qx::crt::wcstok(only, L","), nullptr);
+  // No delimiters: one token.
   wchar_t whole[] = {L'a', L' ', L'b', 0, kSentinel};
-  EXPECT_EQ(qx::crt::wcstok(whole, L""), whole); // no delimiters: one token
+  EXPECT_EQ(qx::crt::wcstok(whole, L""), whole);
   EXPECT_EQ(whole[1], L' ');
   EXPECT_EQ(qx::crt::wcstok(nullptr, L""), nullptr);
   EXPECT_EQ(whole[4], kSentinel);
@@ -269,52 +226,44 @@ TEST(CrtTokens, PositionIsPerThread) {
   EXPECT_EQ(std::wstring(qx::crt::wcstok(mine, L" ")), L"x");
   std::wstring seen;
   bool freshThreadHadNoPosition = false;
-  std::thread other([&] {
+  std::thread([&] {
     freshThreadHadNoPosition = qx::crt::wcstok(nullptr, L" ") == nullptr;
     wchar_t theirs[] = L"p q";
     for (wchar_t* t = qx::crt::wcstok(theirs, L" "); t; t = qx::crt::wcstok(nullptr, L" "))
       seen += t;
-  });
-  other.join();
+  }).join();
   EXPECT_TRUE(freshThreadHadNoPosition);
   EXPECT_EQ(seen, L"pq");
   EXPECT_EQ(std::wstring(qx::crt::wcstok(nullptr, L" ")), L"y");
 }
 
+// ---- _wtoi and _wtol ------------------------------------------------------------
+
 struct IntCase {
-  const wchar_t* text;
+  const wchar_t* text; // null: EINVAL
   int32_t expected;
   int error; // errno afterwards (0 when untouched)
 };
 
+// clang-format off
 const IntCase kIntCases[] = {
-    {L"3;2;0", 3, 0},
-    {L"  -42abc", -42, 0},
-    {L"+7", 7, 0},
-    {L"\t\n\v\f\r 12", 12, 0},
-    {L"\u00a012", 12, 0}, // no-break space is white space
-    {L"\u300012", 12, 0}, // so is the ideographic space
-    {L"\u008512", 0, 0},  // next line is not
-    {L"- 5", 0, 0},
-    {L"+-5", 0, 0},
-    {L"", 0, 0},
-    {L"abc", 0, 0},
-    {L"0x1A", 0, 0},
-    {L"12\u0301", 12, 0},
-    {L"000000000000000000000012", 12, 0},
-    {L"2147483647", INT32_MAX, 0},
-    {L"2147483648", INT32_MAX, ERANGE},
-    {L"-2147483648", INT32_MIN, 0},
-    {L"-2147483649", INT32_MIN, ERANGE},
+    {L"3;2;0", 3, 0}, {L"  -42abc", -42, 0}, {L"+7", 7, 0}, {L"\t\n\v\f\r 12", 12, 0},
+    {L"\u00a012", 12, 0}, {L"\u300012", 12, 0}, // no-break and ideographic space are white space
+    {L"\u008512", 0, 0},                          // next line is not
+    {L"- 5", 0, 0}, {L"+-5", 0, 0}, {L"", 0, 0}, {L"abc", 0, 0}, {L"0x1A", 0, 0},
+    {L"12\u0301", 12, 0}, {L"000000000000000000000012", 12, 0},
+    {L"2147483647", INT32_MAX, 0}, {L"2147483648", INT32_MAX, ERANGE},
+    {L"-2147483648", INT32_MIN, 0}, {L"-2147483649", INT32_MIN, ERANGE},
     {L"99999999999999999999999", INT32_MAX, ERANGE},
     {L"-99999999999999999999999x", INT32_MIN, ERANGE},
-    {L"\u0661\u0662", 12, 0}, // Arabic-Indic digits
-    {L"\uff11\uff12", 12, 0}, // fullwidth digits
-    {L"1\u0968", 12, 0},      // ASCII then Devanagari
-    {L"\u1811", 1, 0},        // Mongolian
-    {L"\u19d1", 0, 0},        // New Tai Lue digits are not read
-    {L"\u00b9", 0, 0},        // nor superscripts
+    {L"\u0661\u0662", 12, 0}, {L"\uff11\uff12", 12, 0}, // Arabic-Indic and fullwidth digits
+    {L"1\u0968", 12, 0},                                  // ASCII then Devanagari
+    {L"\u1811", 1, 0},                                    // Mongolian
+    {L"7:", 7, 0}, {L"\u0669\u066a", 9, 0},               // the unit after a 9 is no digit
+    {L"\u19d1", 0, 0}, {L"\u00b9", 0, 0}, // neither New Tai Lue digits nor superscripts
+    {nullptr, 0, EINVAL},
 };
+// clang-format on
 
 TEST(CrtToInt, WtoiAndWtol) {
   for (const IntCase& t : kIntCases) {
@@ -326,15 +275,6 @@ TEST(CrtToInt, WtoiAndWtol) {
     EXPECT_EQ(qx::crt::_wtol(t.text), static_cast<long>(t.expected));
     EXPECT_EQ(errno, t.error);
   }
-}
-
-TEST(CrtToInt, NullReadsZero) {
-  errno = 0;
-  EXPECT_EQ(qx::crt::_wtoi(nullptr), 0);
-  EXPECT_EQ(errno, EINVAL);
-  errno = 0;
-  EXPECT_EQ(qx::crt::_wtol(nullptr), 0L);
-  EXPECT_EQ(errno, EINVAL);
 }
 
 } // namespace

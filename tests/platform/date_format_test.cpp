@@ -52,6 +52,7 @@ TEST(GetDateFormatW, PicturesAndLocaleNames) {
       {1033, 0, d, L"d dd ddd dddd", 64, L"5 05 Tue Tuesday", 0},
       {1033, 0, d, L"M MM MMM MMMM", 64, L"3 03 Mar March", 0},
       {1033, 0, Date(2009, 1, 1), L"y yy yyy yyyy", 64, L"9 09 2009 2009", 0},
+      {1033, 0, d, L"y", 64, L"4", 0}, // the last digit only
       {1033, 0, d, L"'Day' d 'o''clock' ''", 64, L"Day 5 o'clock '", 0},
       {1033, 0, d, L"hh:mm 'x", 64, L"hh:mm x", 0}, // time letters copied; open quote
       {1033, 0, d, L"gg yyyy", 64, L"A.D. 2024", 0},

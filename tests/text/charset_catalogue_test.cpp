@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -62,23 +63,20 @@ TEST(CharsetCatalogue, Members) {
 }
 
 TEST(CharsetCatalogue, NameLookup) {
+  // clang-format off
   struct Case {
     const wchar_t* name;
     QXCHARSET expected;
   } cases[] = {
-      {L"mac", QXCHARSET_MAC_ROMAN},
-      {L"macroman", QXCHARSET_MAC_ROMAN},
-      {L"XAscii", QXCHARSET_CODEPAGE_437},
-      {L"lics", QXCHARSET_LICS},
+      {L"mac", QXCHARSET_MAC_ROMAN}, {L"macroman", QXCHARSET_MAC_ROMAN},
+      {L"XAscii", QXCHARSET_CODEPAGE_437}, {L"lics", QXCHARSET_LICS},
       {L"PACKEDEUCJAPANESE", QXCHARSET_PACKED_EUC_JAPANESE},
       {L"PackedEUCKorean", QXCHARSET_NONE}, // the name keeps its question mark
-      {L"?packedeuckorean", QXCHARSET_PACKED_EUC_KOREAN},
-      {L"neutral", QXCHARSET_NEUTRAL},
-      {L"windowsbalticrim", QXCHARSET_WINDOWS_BALTIC_RIM},
-      {L"", QXCHARSET_NONE},
-      {L"WindowsLatin1 ", QXCHARSET_NONE},
-      {nullptr, QXCHARSET_NONE},
+      {L"?packedeuckorean", QXCHARSET_PACKED_EUC_KOREAN}, {L"neutral", QXCHARSET_NEUTRAL},
+      {L"windowsbalticrim", QXCHARSET_WINDOWS_BALTIC_RIM}, {L"", QXCHARSET_NONE},
+      {L"WindowsLatin1 ", QXCHARSET_NONE}, {nullptr, QXCHARSET_NONE},
   };
+  // clang-format on
   for (const Case& c : cases)
     EXPECT_EQ(Str2CS(c.name), c.expected) << (c.name ? c.name : L"(null)");
   EXPECT_EQ(Str2CS(L"ansi"), system_charset());
@@ -86,47 +84,47 @@ TEST(CharsetCatalogue, NameLookup) {
     EXPECT_EQ(Str2CS(CS2Str(static_cast<QXCHARSET>(cs))), cs);
 }
 
+// Japanese skips 0x85, 0x86, 0xEB, 0xEC and 0xEF-0xF9.
 TEST(CharsetCatalogue, LeadByteRangesAreTheLibrarysOwn) {
-  auto lead = [](unsigned char b, QXCHARSET cs) {
-    char c = static_cast<char>(b);
-    return qx::IsCharsetLeadByte(&c, cs);
+  // clang-format off
+  const struct {
+    QXCHARSET cs;
+    std::vector<int> leads, others;
+  } cases[] = {
+      {QXCHARSET_WINDOWS_JAPANESE, {0x81, 0x84, 0x87, 0x9F, 0xE0, 0xEA, 0xED, 0xEE, 0xFA, 0xFC},
+       {0x80, 0x85, 0x86, 0xA0, 0xEB, 0xEC, 0xEF, 0xF9, 0xFD}},
+      {QXCHARSET_WINDOWS_TRAD_CHINESE, {0xC9}, {0xC7}}, {QXCHARSET_WINDOWS_SIMP_CHINESE, {0xFE}, {}},
+      {QXCHARSET_WINDOWS_KOREAN, {}, {0xC9}}, {QXCHARSET_MAC_KOREAN, {0x90}, {}},
+      {QXCHARSET_MAC_TRAD_CHINESE, {0xAF}, {}}, {QXCHARSET_MAC_JAPANESE, {0xFC}, {}},
+      {QXCHARSET_PACKED_EUC_JAPANESE, {0x8E}, {0xF0}},
+      {QXCHARSET_MAC_SIMP_CHINESE, {}, {0x81}}, // DBCS, but no ranges
+      {QXCHARSET_NONE, {}, {0x81}},
   };
-  // Japanese skips 0x85, 0x86, 0xEB, 0xEC and 0xEF-0xF9.
-  for (unsigned char b : {0x81, 0x84, 0x87, 0x9F, 0xE0, 0xEA, 0xED, 0xEE, 0xFA, 0xFC})
-    EXPECT_TRUE(lead(b, QXCHARSET_WINDOWS_JAPANESE)) << int(b);
-  for (unsigned char b : {0x80, 0x85, 0x86, 0xA0, 0xEB, 0xEC, 0xEF, 0xF9, 0xFD})
-    EXPECT_FALSE(lead(b, QXCHARSET_WINDOWS_JAPANESE)) << int(b);
-  EXPECT_TRUE(lead(0xC9, QXCHARSET_WINDOWS_TRAD_CHINESE));
-  EXPECT_FALSE(lead(0xC7, QXCHARSET_WINDOWS_TRAD_CHINESE));
-  EXPECT_TRUE(lead(0xFE, QXCHARSET_WINDOWS_SIMP_CHINESE));
-  EXPECT_FALSE(lead(0xC9, QXCHARSET_WINDOWS_KOREAN));
-  EXPECT_TRUE(lead(0x90, QXCHARSET_MAC_KOREAN));
-  EXPECT_TRUE(lead(0xAF, QXCHARSET_MAC_TRAD_CHINESE));
-  EXPECT_TRUE(lead(0xFC, QXCHARSET_MAC_JAPANESE));
-  EXPECT_TRUE(lead(0x8E, QXCHARSET_PACKED_EUC_JAPANESE));
-  EXPECT_FALSE(lead(0xF0, QXCHARSET_PACKED_EUC_JAPANESE));
-  EXPECT_FALSE(lead(0x81, QXCHARSET_MAC_SIMP_CHINESE)); // DBCS, but no ranges
-  EXPECT_FALSE(lead(0x81, QXCHARSET_NONE));
+  // clang-format on
+  for (const auto& c : cases) {
+    for (bool lead : {true, false})
+      for (int b : lead ? c.leads : c.others) {
+        char byte = static_cast<char>(b);
+        EXPECT_EQ(qx::IsCharsetLeadByte(&byte, c.cs), lead) << c.cs << " " << b;
+      }
+  }
   EXPECT_FALSE(qx::IsCharsetLeadByte(nullptr, QXCHARSET_WINDOWS_JAPANESE));
 }
 
 TEST(SystemCharset, ChosenFromTheLocalesAnsiCodePageWhenTheSetIsBuilt) {
+  // clang-format off
   struct Case {
     LCID lcid;
     QXCHARSET expected;
   } cases[] = {
-      {1033, QXCHARSET_WINDOWS_LATIN1},
-      {1041, QXCHARSET_WINDOWS_JAPANESE},
-      {2052, QXCHARSET_WINDOWS_SIMP_CHINESE},
-      {1028, QXCHARSET_WINDOWS_TRAD_CHINESE},
-      {1042, QXCHARSET_WINDOWS_KOREAN},
-      {1049, QXCHARSET_WINDOWS_CYRILLIC},
-      {1045, QXCHARSET_WINDOWS_LATIN2},
-      {1054, QXCHARSET_WINDOWS_THAI},
-      {1062, QXCHARSET_WINDOWS_BALTIC_RIM},
-      {1066, QXCHARSET_WINDOWS_VIETNAMESE},
+      {1033, QXCHARSET_WINDOWS_LATIN1}, {1041, QXCHARSET_WINDOWS_JAPANESE},
+      {2052, QXCHARSET_WINDOWS_SIMP_CHINESE}, {1028, QXCHARSET_WINDOWS_TRAD_CHINESE},
+      {1042, QXCHARSET_WINDOWS_KOREAN}, {1049, QXCHARSET_WINDOWS_CYRILLIC},
+      {1045, QXCHARSET_WINDOWS_LATIN2}, {1054, QXCHARSET_WINDOWS_THAI},
+      {1062, QXCHARSET_WINDOWS_BALTIC_RIM}, {1066, QXCHARSET_WINDOWS_VIETNAMESE},
       {1081, QXCHARSET_NEUTRAL}, // hi-IN: Unicode only, ANSI code page 0
   };
+  // clang-format on
   for (const Case& c : cases) {
     qxtest::RunOnNewThread([&] {
       ASSERT_TRUE(SetThreadLocale(c.lcid));

@@ -1,4 +1,6 @@
-// Line-end rewriting between LF and the system charset's line end.
+// Line-end rewriting between LF and the system charset's line end: a table
+// over CR LF and one-unit systems, the growth of the output buffer, and
+// memory failures.
 #include "common/thread_runner.h"
 #include "platform/heap.h"
 #include "qxutil/text.h"
@@ -55,92 +57,67 @@ std::wstring Repeat(const std::wstring& s, int n) {
   return out;
 }
 
-TEST(ConvertPlatformCRLFToLF, Cases) {
-  struct Case {
+// Both directions under a CR LF system charset, and LF to the one-unit line
+// ends; null when there is nothing to rewrite (LF to CR LF: no LF).
+TEST(LineEndRewriting, Cases) {
+  constexpr QXCHARSET kCrLf = QXCHARSET_WINDOWS_LATIN1;
+  // clang-format off
+  const struct {
+    QXCHARSET system;
+    bool toLF; // ConvertPlatformCRLFToLF, else ConvertLFToPlatformCRLF
     std::wstring in;
     Result expected;
   } cases[] = {
-      {L"a\r\nb\rc", L"a\nb\nc"},
-      {L"abc", std::nullopt}, // nothing to rewrite
-      {L"a\nb", std::nullopt},
-      {L"", std::nullopt},
-      {L"\r", L"\n"},
-      {L"\r\r\n", L"\n\n"},
-      {L"\n\r", L"\n\n"},
-      {L"\r\n\r\n", L"\n\n"},
-      {L"x\r", L"x\n"},
-      {Repeat(L"ab\r\n", 100), Repeat(L"ab\n", 100)},
+      {kCrLf, true, L"a\r\nb\rc", L"a\nb\nc"}, {kCrLf, true, L"abc", std::nullopt},
+      {kCrLf, true, L"a\nb", std::nullopt}, {kCrLf, true, L"", std::nullopt},
+      {kCrLf, true, L"\r", L"\n"}, {kCrLf, true, L"\r\r\n", L"\n\n"},
+      {kCrLf, true, L"\n\r", L"\n\n"}, {kCrLf, true, L"\r\n\r\n", L"\n\n"},
+      {kCrLf, true, L"x\r", L"x\n"}, {kCrLf, true, Repeat(L"ab\r\n", 100), Repeat(L"ab\n", 100)},
+      {kCrLf, false, L"a\nb", L"a\r\nb"}, {kCrLf, false, L"abc", std::nullopt},
+      {kCrLf, false, L"", std::nullopt},
+      {kCrLf, false, L"a\r\nb", L"a\r\nb"}, // already right: still a new buffer
+      {kCrLf, false, L"\r", L"\r\n"}, {kCrLf, false, L"\n\r\n\r", L"\r\n\r\n\r\n"},
+      {kCrLf, false, L"\r\r\n\n", L"\r\n\r\n\r\n"},
+      {QXCHARSET_MAC_ROMAN, false, L"a\nb\r\nc\rd", L"a\rb\rc\rd"},
+      {QXCHARSET_ISO8859_1, false, L"a\nb\r\nc\rd", L"a\nb\nc\nd"},
+      {QXCHARSET_MAC_ROMAN, false, Repeat(L"\n", 100), Repeat(L"\r", 100)},
   };
-  InUSEnglish([&] {
-    for (Case& c : cases)
-      EXPECT_EQ(Take(ConvertPlatformCRLFToLF(c.in.data())), c.expected) << c.in.size();
-    EXPECT_EQ(ConvertPlatformCRLFToLF(nullptr), nullptr);
-  });
-}
-
-TEST(ConvertLFToPlatformCRLF, CRLFSystem) {
-  struct Case {
-    std::wstring in;
-    Result expected;
-  } cases[] = {
-      {L"a\nb", L"a\r\nb"},   {L"abc", std::nullopt},         {L"", std::nullopt},
-      {L"a\r\nb", L"a\r\nb"}, // already right: still a new buffer
-      {L"\r", L"\r\n"},       {L"\n\r\n\r", L"\r\n\r\n\r\n"}, {L"\r\r\n\n", L"\r\n\r\n\r\n"},
-  };
-  InUSEnglish([&] {
-    for (Case& c : cases)
-      EXPECT_EQ(Take(ConvertLFToPlatformCRLF(c.in.data())), c.expected) << c.in.size();
-    EXPECT_EQ(ConvertLFToPlatformCRLF(nullptr), nullptr);
-  });
+  // clang-format on
+  for (const auto& c : cases) {
+    WithSystemCharset(c.system, [&] {
+      std::wstring in = c.in;
+      EXPECT_EQ(
+          Take(c.toLF ? ConvertPlatformCRLFToLF(in.data()) : ConvertLFToPlatformCRLF(in.data())),
+          c.expected)
+          << c.system << " " << c.toLF << " " << (&c - cases);
+    });
+  }
+  EXPECT_EQ(ConvertPlatformCRLFToLF(nullptr), nullptr);
+  EXPECT_EQ(ConvertLFToPlatformCRLF(nullptr), nullptr);
 }
 
 // Each LF needs one extra unit: 40 are spare at first, and the buffer grows
-// by 40 units whenever they run out.
+// by 40 units whenever they run out. CR LF pairs cost no spare unit: a text
+// of them never grows its buffer.
 TEST(ConvertLFToPlatformCRLF, GrowsAcrossTheSpareUnits) {
-  InUSEnglish([] {
-    for (int breaks : {1, 39, 40, 41, 42, 79, 80, 81, 121, 400}) {
-      for (const std::wstring& unit : {std::wstring(L"\n"), std::wstring(L"ab\n"),
-                                       std::wstring(L"\r"), std::wstring(L"\n\r\n")}) {
-        std::wstring in = Repeat(unit, breaks);
-        std::wstring expected;
-        for (size_t i = 0; i < in.size(); ++i) {
-          if (in[i] == L'\r' && i + 1 < in.size() && in[i + 1] == L'\n')
-            continue;
-          expected += in[i] == L'\r' || in[i] == L'\n' ? std::wstring(L"\r\n") : in.substr(i, 1);
-        }
-        EXPECT_EQ(Take(ConvertLFToPlatformCRLF(in.data())), expected)
-            << breaks << " x " << unit.size();
+  const struct {
+    const wchar_t* unit;
+    const wchar_t* rewritten;
+  } units[] = {{L"\n", L"\r\n"}, {L"ab\n", L"ab\r\n"}, {L"\r", L"\r\n"}, {L"\n\r\n", L"\r\n\r\n"}};
+  InUSEnglish([&] {
+    for (int breaks : {1, 39, 40, 41, 42, 79, 80, 81, 121, 400})
+      for (const auto& u : units) {
+        std::wstring in = Repeat(u.unit, breaks);
+        EXPECT_EQ(Take(ConvertLFToPlatformCRLF(in.data())), Repeat(u.rewritten, breaks))
+            << breaks << " x " << u.unit;
       }
-    }
-  });
-}
-
-// CR LF pairs cost no spare unit: a text of them never grows its buffer.
-TEST(ConvertLFToPlatformCRLF, PairsNeedNoGrowth) {
-  InUSEnglish([] {
-    std::wstring in = Repeat(L"\r\n", 300);
-    wchar_t* out = ConvertLFToPlatformCRLF(in.data());
+    std::wstring pairs = Repeat(L"\r\n", 300);
+    wchar_t* out = ConvertLFToPlatformCRLF(pairs.data());
     ASSERT_NE(out, nullptr);
-    EXPECT_EQ(std::wstring(out), in);
-    EXPECT_LT(memSize(out), (in.size() + 41 + 40) * sizeof(wchar_t));
+    EXPECT_EQ(std::wstring(out), pairs);
+    EXPECT_LT(memSize(out), (pairs.size() + 41 + 40) * sizeof(wchar_t));
     ffree(&out);
   });
-}
-
-TEST(ConvertLFToPlatformCRLF, OneUnitLineEnds) {
-  struct Case {
-    QXCHARSET system;
-    std::wstring in, expected;
-  } cases[] = {
-      {QXCHARSET_MAC_ROMAN, L"a\nb\r\nc\rd", L"a\rb\rc\rd"},
-      {QXCHARSET_ISO8859_1, L"a\nb\r\nc\rd", L"a\nb\nc\nd"},
-      {QXCHARSET_MAC_ROMAN, Repeat(L"\n", 100), Repeat(L"\r", 100)},
-  };
-  for (Case& c : cases) {
-    WithSystemCharset(c.system, [&] {
-      EXPECT_EQ(Take(ConvertLFToPlatformCRLF(c.in.data())), Result(c.expected)) << c.system;
-    });
-  }
 }
 
 TEST(LineEndRewriting, MemoryFailures) {

@@ -132,26 +132,44 @@ TEST(ConvertCharset, MapRulesThroughTables) {
   });
 }
 
-TEST(ConvertCharset, Latin1To437CountsTheUnknown) {
+// A miss builds the table and writes the count of unknown bytes (28
+// controls, 0x7F, 75 upper-half bytes); a hit leaves the count alone and
+// returns the same table; the reverse direction is another pair; another
+// thread has its own cache.
+TEST(ConvertCharset, Latin1To437AndTheCache) {
   OnFreshThread([] {
     int count = -1;
-    unsigned char* table = nullptr;
-    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &table));
-    EXPECT_EQ(count, 104); // 28 controls, 0x7F, 75 upper-half bytes
+    unsigned char* first = nullptr;
+    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &first));
+    EXPECT_EQ(count, 104);
     int unknown = 0;
     for (int b = 1; b < 256; ++b)
-      unknown += table[b] == '_' && b != '_';
+      unknown += first[b] == '_' && b != '_';
     EXPECT_EQ(unknown, 104);
+    count = -7;
+    unsigned char* again = nullptr;
+    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &again));
+    EXPECT_EQ(count, -7);
+    EXPECT_EQ(again, first);
+    unsigned char* reverse = nullptr;
+    ASSERT_TRUE(ConvertCharset(k437, kLatin1, &count, &reverse));
+    EXPECT_NE(count, -7);
+    EXPECT_NE(reverse, first);
+    OnFreshThread([&] {
+      int other = -7;
+      unsigned char* theirs = nullptr;
+      ASSERT_TRUE(ConvertCharset(kLatin1, k437, &other, &theirs));
+      EXPECT_EQ(other, 104); // built afresh: the count is written
+      EXPECT_NE(theirs, first);
+    });
   });
 }
 
 TEST(ConvertCharset, Rejections) {
   struct Case {
     int from, to;
-  } cases[] = {
-      {10, 10}, {0, 10},  {10, 0},  {10, 57}, {57, 10}, {-1, 10}, {10, -1}, {10, 17},
-      {17, 10}, {19, 20}, {10, 26}, {29, 10}, {46, 10}, {10, 49}, {50, 10}, {10, 53},
-  };
+  } cases[] = {{10, 10}, {0, 10},  {10, 0},  {10, 57}, {57, 10}, {-1, 10}, {10, -1}, {10, 17},
+               {17, 10}, {19, 20}, {10, 26}, {29, 10}, {46, 10}, {10, 49}, {50, 10}, {10, 53}};
   OnFreshThread([&] {
     for (const Case& c : cases) {
       int count = 12345;
@@ -199,25 +217,6 @@ TEST(ConvertCharset, RoundTripsOverEveryPairOfMaps) {
   });
 }
 
-TEST(ConvertCharset, CacheHitLeavesTheCountAlone) {
-  OnFreshThread([] {
-    int count = -1;
-    unsigned char* first = nullptr;
-    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &first));
-    EXPECT_EQ(count, 104);
-    count = -7;
-    unsigned char* again = nullptr;
-    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &again));
-    EXPECT_EQ(count, -7);
-    EXPECT_EQ(again, first);
-    // The reverse direction is another pair.
-    unsigned char* reverse = nullptr;
-    ASSERT_TRUE(ConvertCharset(k437, kLatin1, &count, &reverse));
-    EXPECT_NE(count, -7);
-    EXPECT_NE(reverse, first);
-  });
-}
-
 TEST(ConvertCharset, TenSlotsReplacedRoundRobin) {
   OnFreshThread([] {
     // Ten sources, each to WindowsLatin1.
@@ -249,30 +248,13 @@ TEST(ConvertCharset, TenSlotsReplacedRoundRobin) {
   });
 }
 
-TEST(ConvertCharset, EachThreadHasItsOwnCache) {
-  unsigned char* mine = nullptr;
-  OnFreshThread([&] {
-    int count = 0;
-    ASSERT_TRUE(ConvertCharset(kLatin1, k437, &count, &mine));
-    OnFreshThread([&] {
-      int other = -7;
-      unsigned char* theirs = nullptr;
-      ASSERT_TRUE(ConvertCharset(kLatin1, k437, &other, &theirs));
-      EXPECT_EQ(other, 104); // built afresh: the count is written
-      EXPECT_NE(theirs, mine);
-    });
-  });
-}
-
 TEST(IsStrConvertNecessary, Cases) {
   struct Case {
     int from, to;
     bool expected;
-  } cases[] = {
-      {10, 0, false}, {0, 10, false}, {10, 10, false}, {10, 34, true},
-      {1, 56, true},  {56, 1, true},  {57, 1, false},  {1, 57, false},
-      {-1, 1, false}, {17, 19, true}, {21, 21, false}, {0, 0, false},
-  };
+  } cases[] = {{10, 0, false}, {0, 10, false}, {10, 10, false}, {10, 34, true},
+               {1, 56, true},  {56, 1, true},  {57, 1, false},  {1, 57, false},
+               {-1, 1, false}, {17, 19, true}, {21, 21, false}, {0, 0, false}};
   for (const Case& c : cases)
     EXPECT_EQ(IsStrConvertNecessary(Cs(c.from), Cs(c.to)), c.expected) << c.from << "," << c.to;
 }

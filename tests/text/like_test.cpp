@@ -17,69 +17,43 @@ namespace {
 struct LikeCase {
   const wchar_t* subject;
   const wchar_t* pattern;
-  const wchar_t* escape;
-  bool result; // false: malformed pattern, error 61
   bool match;
+  bool result = true; // false: malformed pattern, error 61
+  const wchar_t* escape = L"";
 };
 
+// clang-format off
 const LikeCase kLikeCases[] = {
     // Plain wildcards.
-    {L"abc", L"a%", L"", true, true},
-    {L"abc", L"a_c", L"", true, true},
-    {L"ab", L"a_c", L"", true, false},
-    {L"abc", L"abc", L"", true, true},
-    {L"abc", L"ab", L"", true, false},
-    {L"ab", L"abc", L"", true, false},
-    {L"ABC", L"abc", L"", true, false}, // case-sensitive
-    {L"", L"", L"", true, true},
-    {L"a", L"", L"", true, false},
-    {L"", L"_", L"", true, false},
-    {L"abc", L"%b%", L"", true, true},
-    {L"abc", L"%c", L"", true, true},
-    {L"abc", L"%a", L"", true, false},
-    {L"abcabd", L"%ab_", L"", true, true},
-    {L"xabyab", L"%ab%ab", L"", true, true},
-    {L"xaby", L"%ab%ab", L"", true, false},
-    {L"aXbXc", L"a%b%c", L"", true, true},
-    {L"\u00e9t\u00e9", L"_t_", L"", true, true}, // units, not bytes
+    {L"abc", L"a%", true}, {L"abc", L"a_c", true}, {L"ab", L"a_c", false}, {L"abc", L"abc", true},
+    {L"abc", L"ab", false}, {L"ab", L"abc", false}, {L"ABC", L"abc", false}, // case-sensitive
+    {L"", L"", true}, {L"a", L"", false}, {L"", L"_", false}, {L"abc", L"%b%", true},
+    {L"abc", L"%c", true}, {L"abc", L"%a", false}, {L"abcabd", L"%ab_", true},
+    {L"xabyab", L"%ab%ab", true}, {L"xaby", L"%ab%ab", false}, {L"aXbXc", L"a%b%c", true},
+    {L"\u00e9t\u00e9", L"_t_", true}, // units, not bytes
     // A "%" with more pattern after it does not stretch to the end.
-    {L"", L"%", L"", true, true},
-    {L"", L"%%", L"", true, false},
-    {L"a", L"%%", L"", true, true},
-    {L"a", L"a%", L"", true, true},
-    {L"a", L"a%%", L"", true, false},
-    {L"ab", L"a%%", L"", true, true},
-    {L"a", L"%_", L"", true, true},
-    {L"", L"%_", L"", true, false},
-    {L"ab", L"%%b", L"", true, true},
-    {L"b", L"%%b", L"", true, true},
-    {L"ab", L"a%%%", L"", true, true},
-    {L"ab", L"ab%%%", L"", true, false},
+    {L"", L"%", true}, {L"", L"%%", false}, {L"a", L"%%", true}, {L"a", L"a%", true},
+    {L"a", L"a%%", false}, {L"ab", L"a%%", true}, {L"a", L"%_", true}, {L"", L"%_", false},
+    {L"ab", L"%%b", true}, {L"b", L"%%b", true}, {L"ab", L"a%%%", true}, {L"ab", L"ab%%%", false},
     // Escapes.
-    {L"a%", L"a!%", L"!", true, true},
-    {L"ab", L"a!%", L"!", true, false},
-    {L"a_", L"a!_", L"!", true, true},
-    {L"ab", L"a!_", L"!", true, false},
-    {L"a!", L"a!!", L"!", true, true},
-    {L"a!b", L"%!!%", L"!", true, true},
-    {L"50%", L"%0!%", L"!", true, true},
-    {L"a%", L"a%%", L"%", true, true}, // "%" escaping itself
-    {L"ab", L"a%%", L"%", true, false},
-    {L"a", L"a!", L"!x", false, false},  // only the first unit escapes
-    {L"a%", L"a%", nullptr, true, true}, // null escape: none
+    {L"a%", L"a!%", true, true, L"!"}, {L"ab", L"a!%", false, true, L"!"},
+    {L"a_", L"a!_", true, true, L"!"}, {L"ab", L"a!_", false, true, L"!"},
+    {L"a!", L"a!!", true, true, L"!"}, {L"a!b", L"%!!%", true, true, L"!"},
+    {L"50%", L"%0!%", true, true, L"!"}, {L"a%", L"a%%", true, true, L"%"}, // "%" escaping itself
+    {L"ab", L"a%%", false, true, L"%"},
+    {L"a", L"a!", false, false, L"!x"}, // only the first unit escapes
+    {L"a%", L"a%", true, true, nullptr}, // null escape: none
     // Malformed escapes, reported once matching reaches them.
-    {L"ab", L"a!b", L"!", false, false},
-    {L"", L"!", L"!", false, false},
-    {L"a", L"a!", L"!", false, false},
-    {L"xb", L"a!b", L"!", true, false}, // fails before the escape is read
-    {L"bb", L"%a!x", L"!", true, false},
-    {L"ba", L"%a!x", L"!", false, false},
-    {L"", L"%!x", L"!", true, false},   // "%" at the end reads nothing more
-    {L"a", L"a%!x", L"!", true, false}, // likewise
-    {L"ab", L"a%!x", L"!", false, false},
-    {L"a", L"a%%!x", L"!", true, false},
-    {L"abc", L"%b!x", L"!", false, false},
+    {L"ab", L"a!b", false, false, L"!"}, {L"", L"!", false, false, L"!"},
+    {L"a", L"a!", false, false, L"!"},
+    {L"xb", L"a!b", false, true, L"!"}, // fails before the escape is read
+    {L"bb", L"%a!x", false, true, L"!"}, {L"ba", L"%a!x", false, false, L"!"},
+    {L"", L"%!x", false, true, L"!"}, // "%" at the end reads nothing more
+    {L"a", L"a%!x", false, true, L"!"}, // likewise
+    {L"ab", L"a%!x", false, false, L"!"}, {L"a", L"a%%!x", false, true, L"!"},
+    {L"abc", L"%b!x", false, false, L"!"},
 };
+// clang-format on
 
 class LikeErrors : public ::testing::Test {
 protected:

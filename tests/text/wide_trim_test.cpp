@@ -9,21 +9,13 @@
 
 namespace {
 
-struct TrimCase {
-  const wchar_t* in;
-  const wchar_t* out;
-  unsigned int result;
-};
-
 TEST(WideTrim, Skipwhite) {
   const struct {
     const wchar_t* in;
     long at; // -1: null
-  } cases[] = {
-      {L" \tx ", 2}, {L"x", 0},        {L"  ", -1},
-      {L"", -1},     {L"\r\n\f y", 4}, {L"\vx", 0}, // vertical tab is not white space
-      {L"\x01x", 0},
-  };
+  } cases[] = {{L" \tx ", 2}, {L"x", 0},        {L"  ", -1},
+               {L"", -1},     {L"\r\n\f y", 4}, {L"\vx", 0}, // vertical tab is not white space
+               {L"\x01x", 0}};
   for (const auto& c : cases) {
     const wchar_t* r = skipwhite(c.in);
     EXPECT_EQ(r ? r - c.in : -1, c.at) << c.in;
@@ -31,48 +23,42 @@ TEST(WideTrim, Skipwhite) {
   EXPECT_EQ(skipwhite(static_cast<const wchar_t*>(nullptr)), nullptr);
 }
 
-TEST(WideTrim, Ltrim) {
-  const TrimCase cases[] = {
-      {L"\t a ", L"a ", 2},
-      {L"a", L"a", 0},
-      {L"", L"", 0},
-      {L" \x01\x7f"
-       L"b",
-       L"b", 3},               // unprintable units go too
-      {L" \t ", L" \t ", 0},   // nothing but such units: left as it is
-      {L"\x80x", L"\x80x", 0}, // 128 and up is printable
-  };
-  for (const TrimCase& c : cases) {
-    std::wstring s = c.in;
-    EXPECT_EQ(ltrim(s.data()), c.result) << c.in;
-    EXPECT_STREQ(s.c_str(), c.out) << c.in;
-  }
-  const TrimCase spaces[] = {
-      {L"  \ta", L"\ta", 2}, {L"   ", L"", 3}, {L"a ", L"a ", 0}, {L"", L"", 0}};
-  for (const TrimCase& c : spaces) {
-    std::wstring s = c.in;
-    EXPECT_EQ(ltrim2(s.data()), c.result) << c.in;
-    EXPECT_STREQ(s.c_str(), c.out) << c.in;
-  }
-  EXPECT_EQ(ltrim(nullptr), 0u);
-  EXPECT_EQ(ltrim2(nullptr), 0u);
-}
+// The in-place edits: the text afterwards and the count returned.
+struct EditCase {
+  unsigned int (*edit)(wchar_t*);
+  const wchar_t* in;
+  const wchar_t* out;
+  unsigned int result;
+};
 
-TEST(WideTrim, Rtrim) {
-  const TrimCase cases[] = {
-      {L"a b \r\n", L"a b", 3},    {L"abc", L"abc", 3}, {L"", L"", 0}, {L" \t", L"", 0},
-      {L"a\x01\x7f", L"a", 1},     {L"a\v", L"a", 1}, // VT is unprintable
-      {L"a\u00a0", L"a\u00a0", 2},
-  };
-  for (const TrimCase& c : cases) {
+// clang-format off
+const EditCase kEditCases[] = {
+    {ltrim, L"\t a ", L"a ", 2}, {ltrim, L"a", L"a", 0}, {ltrim, L"", L"", 0},
+    {ltrim, L" \x01\x7f" L"b", L"b", 3},   // unprintable units go too
+    {ltrim, L" \t ", L" \t ", 0},          // nothing but such units: left as it is
+    {ltrim, L"\x80x", L"\x80x", 0},        // 128 and up is printable
+    {ltrim2, L"  \ta", L"\ta", 2}, {ltrim2, L"   ", L"", 3}, {ltrim2, L"a ", L"a ", 0},
+    {ltrim2, L"", L"", 0},
+    {rtrim, L"a b \r\n", L"a b", 3}, {rtrim, L"abc", L"abc", 3}, {rtrim, L"", L"", 0},
+    {rtrim, L" \t", L"", 0}, {rtrim, L"a\x01\x7f", L"a", 1}, {rtrim, L"a\u00a0", L"a\u00a0", 2},
+    {rtrim, L"a\v", L"a", 1}, // VT is unprintable
+    {TextRemoveCrs, L"a\r\nb\r\n", L"a\nb\n", 4}, {TextRemoveCrs, L"a\r\r\nb", L"a\r\nb", 4},
+    {TextRemoveCrs, L"\r", L"\r", 1}, {TextRemoveCrs, L"a\n\rb", L"a\n\rb", 4},
+    {TextRemoveCrs, L"", L"", 0},
+};
+// clang-format on
+
+TEST(WideTrim, InPlaceEdits) {
+  for (const EditCase& c : kEditCases) {
+    SCOPED_TRACE(testing::Message() << "case " << (&c - kEditCases) << " '" << c.in << "'");
     std::wstring s = c.in;
-    EXPECT_EQ(rtrim(s.data()), c.result) << c.in;
-    EXPECT_STREQ(s.c_str(), c.out) << c.in;
-    // Every trimmed unit is zeroed, not only the first.
-    for (size_t i = c.result; i < s.size(); ++i)
-      EXPECT_EQ(s[i], 0) << c.in << " at " << i;
+    EXPECT_EQ(c.edit(s.data()), c.result);
+    EXPECT_STREQ(s.c_str(), c.out);
+    // rtrim zeroes every trimmed unit, not only the first.
+    for (size_t i = c.result; c.edit == rtrim && i < s.size(); ++i)
+      EXPECT_EQ(s[i], 0) << "at " << i;
+    EXPECT_EQ(c.edit(nullptr), 0u);
   }
-  EXPECT_EQ(rtrim(nullptr), 0u);
 }
 
 TEST(WideTrim, RtrimANeverCutsADoubleByteCharacter) {
@@ -96,22 +82,6 @@ TEST(WideTrim, RtrimANeverCutsADoubleByteCharacter) {
       }
     });
   EXPECT_EQ(rtrimA(nullptr), 0u);
-}
-
-TEST(LineEnds, RemoveCrs) {
-  const TrimCase cases[] = {
-      {L"a\r\nb\r\n", L"a\nb\n", 4},
-      {L"a\r\r\nb", L"a\r\nb", 4},
-      {L"\r", L"\r", 1},
-      {L"a\n\rb", L"a\n\rb", 4},
-      {L"", L"", 0},
-  };
-  for (const TrimCase& c : cases) {
-    std::wstring s = c.in;
-    EXPECT_EQ(TextRemoveCrs(s.data()), c.result) << c.in;
-    EXPECT_STREQ(s.c_str(), c.out) << c.in;
-  }
-  EXPECT_EQ(TextRemoveCrs(nullptr), 0u);
 }
 
 TEST(LineEnds, AddCrs) {
@@ -162,7 +132,7 @@ TEST(LineEnds, FilterNewline) {
       {L"x\nn", 3, true, L"x\nn"},
   };
   for (const auto& c : cases) {
-    qxtest::SentinelBuffer buf(c.n);
+    auto buf = qxtest::Buffer(c.n);
     FilterNewline(buf.data(), c.src, c.n, c.decode);
     EXPECT_EQ(std::wstring(buf.data(), c.n), std::wstring(c.out)) << c.src;
     EXPECT_EQ(buf.TouchedUpTo(), c.n) << "no terminator: " << c.src;
