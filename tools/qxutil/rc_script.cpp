@@ -553,7 +553,8 @@ private:
       for (const std::string& dir : options_.includeDirs)
         candidates.push_back(dir.empty() || dir.back() == '/' ? dir + name : dir + "/" + name);
     }
-    for (const std::string& candidate : candidates) {
+    for (std::string& candidate : candidates) {
+      candidate = std::filesystem::path(candidate).lexically_normal().string();
       if (once_.count(candidate))
         return true;
       std::string bytes;
