@@ -24,7 +24,7 @@ constexpr int kMaxIncludeDepth = 32;
 constexpr int kMaxIncludes = 256;
 constexpr size_t kMaxExpansion = 10000;   // tokens one use of a macro may give
 constexpr size_t kMaxMacroNesting = 64;   // macros expanding inside one another
-constexpr size_t kMaxTokens = 5000000;    // the preprocessed script
+constexpr size_t kMaxTokens = 1000000;    // the preprocessed script
 constexpr int kMaxExpressionDepth = 256;  // nested parentheses and unary operators
 constexpr size_t kMaxStringUnits = 65535; // a string's length is a 16-bit count
 constexpr uintmax_t kMaxFileBytes = 64 << 20;
@@ -500,6 +500,7 @@ private:
       return true;
     }
     std::vector<Token> tokens;
+    size_t budget = kMaxExpansion; // for the whole line
     for (size_t k = 1; k < d.size(); ++k) {
       const Token& t = d[k];
       if (t.kind == Kind::kIdent && t.text == "defined") {
@@ -513,7 +514,7 @@ private:
         number.text = macros_.count(d[at].text) ? "1" : "0";
         tokens.push_back(number);
         k = at + parens;
-      } else if (!Expand(t, &tokens)) {
+      } else if (!Expand(t, &budget, &tokens)) {
         return false;
       }
     }
@@ -588,17 +589,19 @@ private:
 
   // Emit - one token of the script, its macros expanded.
   bool Emit(const Token& t) {
-    if (!Expand(t, &tokens_))
+    size_t budget = kMaxExpansion;
+    if (!Expand(t, &budget, &tokens_))
       return false;
     if (tokens_.size() > kMaxTokens)
       return Fail(t, "the script is too large");
     return true;
   }
 
-  bool Expand(const Token& t, std::vector<Token>* out) {
+  // Expand - `t` with its macros expanded into `out`, taking at most
+  // *budget tokens.
+  bool Expand(const Token& t, size_t* budget, std::vector<Token>* out) {
     std::vector<const std::string*> active;
-    size_t budget = kMaxExpansion;
-    return ExpandInto(t, t, &active, &budget, out);
+    return ExpandInto(t, t, &active, budget, out);
   }
 
   // ExpandInto - `t` into `out`: an object-like macro not already being
