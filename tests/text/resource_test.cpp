@@ -44,34 +44,33 @@ bool ModuleLoaded() { return qx::win::GetModuleHandleW(kModule.c_str()) != nullp
 TEST(StringResource, TheRingHandsOutTenBuffersStartingWithBufferOne) {
   cStringResourceBuffers* ring = cStringResourceBuffers::Create();
   ASSERT_NE(ring, nullptr);
-  wchar_t* first = ring->GetNextBuffer();
-  std::set<wchar_t*> seen{first};
-  wchar_t* last = first;
-  for (int i = 1; i < 10; ++i)
-    seen.insert(last = ring->GetNextBuffer());
-  EXPECT_EQ(seen.size(), 10u);
-  EXPECT_EQ(last + 256, first) << "the tenth call returns buffer 0, the first call buffer 1";
-  EXPECT_EQ(ring->GetNextBuffer(), first);
+  wchar_t* buffers[11];
+  for (wchar_t*& buffer : buffers)
+    buffer = ring->GetNextBuffer();
   delete ring;
-
+  EXPECT_EQ(std::set<wchar_t*>(buffers, buffers + 10).size(), 10u);
+  EXPECT_EQ(buffers[9] + 256, buffers[0]) << "buffer 1 first, buffer 0 tenth";
+  EXPECT_EQ(buffers[10], buffers[0]);
   // Through operator[]: the eleventh text reuses the first one's buffer.
   sStringTable table[] = {{1, L"one"}, {0, nullptr}};
   cStringTable strings(table);
-  wchar_t* texts[11];
-  for (wchar_t*& text : texts)
+  for (wchar_t*& text : buffers)
     text = strings[1];
-  EXPECT_EQ(std::set<wchar_t*>(texts, texts + 10).size(), 10u);
-  EXPECT_EQ(texts[10], texts[0]);
+  EXPECT_EQ(std::set<wchar_t*>(buffers, buffers + 10).size(), 10u);
+  EXPECT_EQ(buffers[10], buffers[0]);
 }
 
-TEST(StringResource, MissingStringsGiveTheFixedTexts) {
-  sStringTable table[] = {{5, L"five"}, {5, L"shadowed"}, {0, nullptr}, {7, L"after the end"}};
+TEST(StringTable, FindsTheFirstEntryBeforeTheEndElseTheFixedTexts) {
+  const std::wstring longText = Repeat(kAlphabet, 12);
+  sStringTable table[] = {
+      {5, L"five"}, {5, L"shadowed"}, {9, longText.c_str()}, {0, nullptr}, {7, L"after the end"}};
   cStringTable strings(table);
   const struct {
     int id;
     std::wstring text;
   } kCases[] = {
       {5, L"five"},
+      {9, longText.substr(0, 254)},
       {58, L"Internal Error: %u"},
       {59, L"System Error"},
       {60, L"Program cannot run because required resource was not found.  Executable file may "
@@ -83,22 +82,14 @@ TEST(StringResource, MissingStringsGiveTheFixedTexts) {
   };
   for (const auto& c : kCases)
     EXPECT_EQ(std::wstring(strings[c.id]), c.text) << c.id;
-  EXPECT_EQ(static_cast<const sStringTable*>(strings), table);
-}
 
-TEST(StringTable, FindsOnlyBeforeTheEndEntryAndCuts) {
-  std::wstring longText = Repeat(kAlphabet, 12);
   sStringTable endFirst[] = {{0, nullptr}, {3, L"three"}};
-  sStringTable withLong[] = {{9, longText.c_str()}, {0, nullptr}};
   EXPECT_EQ(std::wstring(cStringTable(endFirst)[3]), Missing(3));
-  EXPECT_EQ(std::wstring(cStringTable()[3]), Missing(3));
-  EXPECT_EQ(static_cast<const sStringTable*>(cStringTable()), nullptr);
-  EXPECT_EQ(std::wstring(cStringTable(withLong)[9]), longText.substr(0, 254));
-
-  cStringTable a(withLong), b;
-  b = a;
-  cStringTable c(b);
-  EXPECT_EQ(static_cast<const sStringTable*>(c), withLong);
+  cStringTable none, copy(strings);
+  EXPECT_EQ(std::wstring(none[3]), Missing(3));
+  EXPECT_EQ(static_cast<const sStringTable*>(none), nullptr);
+  none = copy;
+  EXPECT_EQ(static_cast<const sStringTable*>(none), table);
 }
 
 // ---- String modules ------------------------------------------------------------
@@ -128,57 +119,40 @@ TEST(ResourceDll, ReadsTheStringsOfAModuleMadeFromAResourceScript) {
     EXPECT_EQ(std::wstring(strings[c.id]), c.text) << c.id;
 }
 
-TEST(ResourceDll, LoadsAtTheFirstLookupAndReleasesAtDestruction) {
+// The module is loaded at the first lookup; each object, copies included,
+// holds a load of its own and releases it.
+TEST(ResourceDll, EachObjectHoldsAndReleasesItsOwnLoad) {
   ASSERT_FALSE(ModuleLoaded());
   {
-    cResourceDLL strings(kModule.c_str());
-    EXPECT_FALSE(ModuleLoaded());
-    EXPECT_EQ(std::wstring(strings[1]), L"Roads");
-    EXPECT_TRUE(ModuleLoaded());
-    strings.SetResource(L"/nonexistent/strings.so"); // the loaded module stays in use
-    EXPECT_EQ(std::wstring(strings[1]), L"Roads");
-    strings.SetResource(nullptr);
-  }
-  EXPECT_FALSE(ModuleLoaded());
-
-  {
-    HINSTANCE module = qx::win::LoadLibraryW(kModule.c_str());
-    ASSERT_NE(module, nullptr);
-    cResourceDLL owner(module); // owns that load from now on
-    EXPECT_EQ(std::wstring(owner[1]), L"Roads");
-  }
-  EXPECT_FALSE(ModuleLoaded());
-}
-
-TEST(ResourceDll, EachCopyHoldsAndReleasesItsOwnLoad) {
-  {
     cResourceDLL* original = new cResourceDLL(kModule.c_str());
-    cResourceDLL notLoaded(*original); // copied before the first lookup: no name, no module
+    cResourceDLL notLoaded(*original); // before the first lookup: no name, no module
+    EXPECT_FALSE(ModuleLoaded());
     EXPECT_EQ(std::wstring((*original)[1]), L"Roads");
+    original->SetResource(L"/nonexistent/strings.so"); // the loaded module stays in use
+    original->SetResource(nullptr);
     cResourceDLL copy(*original);
     cResourceDLL assigned(L"/nonexistent/strings.so");
     assigned = copy;
     cResourceDLL& same = assigned;
-    assigned = same; // itself
+    assigned = same;
     delete original;
-    EXPECT_TRUE(ModuleLoaded());
     EXPECT_EQ(std::wstring(copy[1]), L"Roads");
     EXPECT_EQ(std::wstring(assigned[1001]), L"Cannot open ^0.");
     EXPECT_EQ(std::wstring(notLoaded[1]), Missing(1));
-    notLoaded = cResourceDLL(L"/nonexistent/strings.so");
+    HINSTANCE module = qx::win::LoadLibraryW(kModule.c_str());
+    cResourceDLL owner(module); // owns that load from now on
+    EXPECT_EQ(std::wstring(owner[1]), L"Roads");
   }
   EXPECT_FALSE(ModuleLoaded());
-}
 
-TEST(ResourceDll, WithoutAModuleEveryLookupFallsBack) {
+  // Without a module every lookup falls back, and the next one tries again.
   cResourceDLL noName(static_cast<const wchar_t*>(nullptr));
-  cResourceDLL noFile(L"/nonexistent/strings.so");
   HINSTANCE none = nullptr;
   cResourceDLL noHandle(none);
-  for (cResourceDLL* strings : {&noName, &noFile, &noHandle})
+  cResourceDLL noFile(L"/nonexistent/strings.so");
+  for (cResourceDLL* strings : {&noName, &noHandle, &noFile})
     EXPECT_EQ(std::wstring((*strings)[1]), Missing(1));
-
-  noFile.SetResource(kModule.c_str()); // the next lookup tries again
+  noFile.SetResource(kModule.c_str());
   EXPECT_EQ(std::wstring(noFile[1]), L"Roads");
 }
 
