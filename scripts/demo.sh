@@ -18,3 +18,8 @@ show convert --from XASCII --to UTF-8 /tmp/roads-cp437.txt
 show date --locale de-DE 5.3.24 20240229 31.2.2024
 show date --locale en-US --format "dddd, MMMM d, yyyy" 3/5/2024
 show number --locale de-DE --ui "1.234.567,891" -0,5 1e300
+echo "# A string module from a Windows resource script (its ids come from a header):"
+show strings compile tests/text/resource_strings.rc -o /tmp/qxutil-strings.cpp \
+  -I tests/text/resource_include
+"${CXX:-c++}" -shared -fPIC -o /tmp/qxutil-strings.so /tmp/qxutil-strings.cpp
+show strings list /tmp/qxutil-strings.so

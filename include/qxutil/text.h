@@ -520,4 +520,191 @@ QXUTIL_API bool InitLiterals();
 /// characters, a LOGFONT face name); "Arial" until it succeeds.
 QXUTIL_API const wchar_t* GetDefaultRotatableFont();
 
+// ---- String resources and string caches ------------------------------------
+//
+// Hosts fetch their message texts by number. cStringResource is one source
+// of numbered strings with two implementations: cResourceDLL reads a string
+// module (a shared object made from a Windows resource script with `qxutil
+// strings compile` or the CMake function qxutil_add_string_module), loaded on
+// its first lookup; cStringTable reads a caller's array of sStringTable
+// entries. operator[] hands each text out in the next of ten buffers kept by
+// the calling context (cStringResourceBuffers), so several texts can be used
+// in one expression without copying: a text stays valid until ten more have
+// been fetched in the same context. A missing string gives a fixed fallback
+// text instead.
+//
+// A string cache is a small keyed list in one block of the memory manager,
+// owned by the caller through a wchar_t* (null for an empty cache, freed with
+// ffree). Its layout, in units: unit 0 is zero; then entries, each a data area
+// of `dataSize` units that holds the first `dataSize` bytes of the caller's
+// record (the rest of the area is zero) followed by the NUL-terminated name;
+// the list ends where a name would begin with a zero unit. An entry is
+// addressed by its offset, the unit index of its data area (the first entry
+// has offset 1). Every call on one cache must pass the same `dataSize`.
+// Sizes are reckoned in 16-bit units, as on Windows: a cache never grows
+// beyond 65,500 bytes of them.
+//
+// Failure rule: nothing here records an error. A missing string or module
+// makes FindString false and operator[] return the fallback text; the cache
+// functions answer 0 or false (or an empty name) and leave the cache as it
+// was; every read stays inside the cache's block (memSize).
+
+/// cResourceHandle - the root of the string-resource classes.
+class QXUTIL_API cResourceHandle : public QXHeapObject {
+public:
+  cResourceHandle();
+  cResourceHandle(const cResourceHandle& other);
+  cResourceHandle& operator=(const cResourceHandle& other);
+  virtual ~cResourceHandle();
+};
+
+/// cStringResource - a source of numbered strings.
+class QXUTIL_API cStringResource : public cResourceHandle {
+public:
+  cStringResource();
+  cStringResource(const cStringResource& other);
+  cStringResource& operator=(const cStringResource& other);
+  ~cStringResource() override;
+
+  /// operator[] - string `id` in the next buffer of the context's ring of
+  /// ten (256 units each), looked up with FindString. When there is no such
+  /// string the buffer holds a fallback text: for 58 "Internal Error: %u"
+  /// (as it stands, unformatted), for 59 "System Error", for 60 "Program
+  /// cannot run because required resource was not found.  Executable file
+  /// may be damaged.", for any other id "The string resource (7) could not
+  /// be accessed." (with the id). Null only when the context has no ring (a
+  /// failed start-up).
+  virtual wchar_t* operator[](int id) const;
+
+protected:
+  /// FindString - copies string `id` into `buffer` (at most 255 units and a
+  /// terminator); false when there is no such string.
+  virtual bool FindString(int id, wchar_t* buffer) const = 0;
+
+private:
+  /// GetNextBuffer - the next buffer of cStringResourceBuffers::Instance().
+  wchar_t* GetNextBuffer() const;
+};
+
+/// cResourceDLL - the strings of a string module, loaded (LoadLibraryW) on
+/// the first lookup that needs it and released (FreeLibrary) when the object
+/// is destroyed. A module that cannot be loaded makes every lookup false and
+/// is tried again at the next one.
+class QXUTIL_API cResourceDLL : public cStringResource {
+public:
+  /// cResourceDLL - remembers the module's file name (at most 259 units);
+  /// nothing is loaded yet. A null name leaves the name empty, so that
+  /// nothing is ever found.
+  cResourceDLL(const wchar_t* fileName);
+  /// cResourceDLL - takes a module already loaded; the object owns that load
+  /// and releases it at its destruction.
+  cResourceDLL(HINSTANCE const& module);
+  /// The copies take the module only (not the name), each with a counted
+  /// load of its own that it releases at its destruction; an object whose
+  /// module is not loaded yet copies as one that finds nothing.
+  cResourceDLL(const cResourceDLL& other);
+  cResourceDLL& operator=(const cResourceDLL& other);
+  ~cResourceDLL() override;
+
+  /// SetResource - replaces the file name used for the next load (a null
+  /// name changes nothing); a module already loaded stays loaded and in use.
+  void SetResource(const wchar_t* fileName);
+
+protected:
+  /// FindString - LoadStringW(module, id, buffer, 255) of the loaded module:
+  /// true when it copied at least one unit.
+  bool FindString(int id, wchar_t* buffer) const override;
+
+private:
+  /// GetResource - the module, loaded now if it is not yet; null when it
+  /// cannot be loaded.
+  HINSTANCE GetResource() const;
+  /// bIsWIN95 - whether the platform is of the Windows 9x family (where
+  /// modules are never released): false here, which reports the NT family.
+  bool bIsWIN95() const;
+
+  wchar_t fileName_[MAX_PATH];
+  mutable HINSTANCE module_;
+};
+
+/// sStringTable - one string of a caller's table; the table ends with an
+/// entry whose `id` is 0.
+struct sStringTable {
+  int id;
+  const wchar_t* text;
+};
+
+/// cStringTable - the strings of a caller-owned array of sStringTable
+/// entries (not copied: it must outlive the object).
+class QXUTIL_API cStringTable : public cStringResource {
+public:
+  cStringTable();
+  cStringTable(sStringTable* table);
+  cStringTable(const cStringTable& other);
+  cStringTable& operator=(const cStringTable& other);
+  ~cStringTable() override;
+
+  /// operator const sStringTable* - the array (null for none).
+  operator const sStringTable*() const;
+
+protected:
+  /// FindString - the first entry with this id before the one whose id is
+  /// 0, copied with strcpyn(buffer, text, 255); false with no array, or when
+  /// the id is not there (so id 0 is never found).
+  bool FindString(int id, wchar_t* buffer) const override;
+
+private:
+  sStringTable* table_;
+};
+
+/// cStringResourceBuffers - the ring of ten 256-unit buffers that
+/// operator[] hands texts out in (slot key 9).
+class QXUTIL_API cStringResourceBuffers : public QXSingleton<cStringResourceBuffers, 9> {
+public:
+  virtual ~cStringResourceBuffers();
+  /// GetNextBuffer - the next buffer of the ring: buffer 1 first, then 2,
+  /// ..., 9, 0, 1, ...
+  virtual wchar_t* GetNextBuffer() = 0;
+
+  /// Create - a new ring (not installed); null if memory fails.
+  static cStringResourceBuffers* Create();
+};
+extern template class QXSingleton<cStringResourceBuffers, 9>;
+
+/// CacheString - adds (name, data) to *cache and returns the entry's
+/// offset. An empty cache is allocated (zero-filled) with the entry. In a
+/// cache that has entries, a name equal to an entry's name ignoring ASCII
+/// case (qxStrICmp) only has its data replaced (when `data` is not null),
+/// and its offset is returned. Otherwise the entry is added at the end, or,
+/// with `sorted`, before the first entry whose name compares greater, and
+/// the entries after it move up (so hosts that keep offsets must not insert
+/// sorted). A null `data` leaves the new entry's data area zero. Returns 0,
+/// with the cache as it was, for a null `cache` or `name`, a negative
+/// `dataSize`, an empty name added to a cache that has entries, a block
+/// that would exceed 65,500 bytes of 16-bit units, a cache that does not
+/// read as one with this `dataSize`, or memory that cannot be had.
+///   CacheString(&c, L"beta", &b, 4, true) => 1;
+///   CacheString(&c, L"Alpha", &a, 4, true) => 1 ("beta" is now at 11)
+QXUTIL_API unsigned CacheString(wchar_t** cache, wchar_t* name, void* data, int dataSize,
+                                bool sorted);
+
+/// GetCachedString - copies `dataSize` bytes of the entry at `offset` to
+/// `data` (when not null) and its name to `name` with strcpyn(name, ...,
+/// nameSize). With a null cache, or an offset outside the block, `name`
+/// becomes "" and `data` is not written. Nothing is read beyond the block:
+/// bytes of `data` the block cannot supply are zero.
+QXUTIL_API void GetCachedString(wchar_t* cache, unsigned offset, wchar_t* name, int nameSize,
+                                void* data, int dataSize);
+
+/// GetIthCachedString - entry `index` (from 0) copied as GetCachedString
+/// does; true when it exists. `name` is set to "" first; false for a null
+/// cache, a negative index or one past the last entry.
+QXUTIL_API bool GetIthCachedString(wchar_t* cache, int index, wchar_t* name, int nameSize,
+                                   void* data, int dataSize);
+
+/// GetCachedStructure - copies `dataSize` bytes of the data of the first
+/// entry whose name equals `name` ignoring ASCII case (striequ) to `data`
+/// (when not null); false when there is none.
+QXUTIL_API bool GetCachedStructure(wchar_t* cache, wchar_t* name, void* data, int dataSize);
+
 #endif // QXUTIL_TEXT_H

@@ -1,5 +1,6 @@
-// Provides: GetModuleHandleW, GetProcAddress, LoadLibraryW, FreeLibrary
-// (dlopen with RTLD_NOLOAD, dlsym, dl_iterate_phdr).
+// Provides: GetModuleHandleW, GetProcAddress, LoadLibraryW, FreeLibrary,
+// AddModuleReference (dlopen with RTLD_NOLOAD, dlsym, dlinfo,
+// dl_iterate_phdr).
 #include "platform/modules.h"
 
 #include "platform/utf8.h"
@@ -110,4 +111,19 @@ BOOL qx::win::FreeLibrary(HMODULE module) {
     return FALSE;
   }
   return TRUE;
+}
+
+HMODULE qx::win::AddModuleReference(HMODULE module) {
+  link_map* map = nullptr;
+  if (!module || dlinfo(module, RTLD_DI_LINKMAP, &map) != 0 || !map) {
+    SetLastError(ERROR_INVALID_HANDLE);
+    return nullptr;
+  }
+  // The main program has no file name in its link map; its handle is the
+  // one dlopen(null) gives, and it is never unloaded.
+  void* again =
+      *map->l_name ? dlopen(map->l_name, RTLD_LAZY | RTLD_NOLOAD) : dlopen(nullptr, RTLD_LAZY);
+  if (!again)
+    SetLastError(ERROR_MOD_NOT_FOUND);
+  return static_cast<HMODULE>(again);
 }

@@ -1,7 +1,8 @@
 //===- platform/modules.h - Module handles and export lookup ----*- C++ -*-===//
 //
 // Provides: GetModuleHandleW, GetProcAddress, LoadLibraryW, FreeLibrary over
-// dlopen/dlsym. A shared object (".so") plays the part of a DLL.
+// dlopen/dlsym, and the extra counted load GetModuleHandleExW gives. A shared
+// object (".so") plays the part of a DLL.
 //
 //===----------------------------------------------------------------------===//
 #ifndef QXUTIL_PLATFORM_MODULES_H
@@ -26,6 +27,12 @@ HMODULE LoadLibraryW(LPCWSTR path);
 
 /// FreeLibrary - drops one load of `module`.
 BOOL FreeLibrary(HMODULE module);
+
+/// AddModuleReference - one more counted load of the loaded `module`, as
+/// GetModuleHandleExW without GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT
+/// takes one: returns `module` (each such call needs its FreeLibrary), or
+/// null when `module` is null or no longer loaded.
+HMODULE AddModuleReference(HMODULE module);
 
 } // namespace qx::win
 

@@ -39,6 +39,8 @@ template <class Service> void Delete(InstanceData* data) {
 
 InstanceData* CreateServices(InstanceData* data) {
   // Creation order.
+  if (!Install<cStringResourceBuffers>(data))
+    return data;
   if (!Install<cErrorSystem>(data))
     return data;
   if (!Install<cLocaleInfo>(data))
@@ -54,6 +56,7 @@ InstanceData* CreateServices(InstanceData* data) {
 
 void DestroyServices(InstanceData* data) {
   // Destruction order.
+  Delete<cStringResourceBuffers>(data);
   Delete<cErrorSystem>(data);
   Delete<cCharsetInfo>(data);
   Delete<cCharsetConverter>(data);

@@ -1,0 +1,165 @@
+// String caches: the edge cases, the 65,500-byte bound, reads that must stay
+// inside the block, and short random runs against a plain model with the
+// heap failing growths (the long runs are fuzz/string_cache_fuzz.cpp).
+#include "common/fault_walk.h"
+#include "common/string_cache_model.h"
+#include "common/thread_runner.h"
+#include "qxutil/text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <cwchar>
+#include <random>
+#include <string>
+
+namespace {
+
+using qxtest::CacheStep;
+using qxtest::CompareCache;
+using qxtest::StringCacheModel;
+
+wchar_t* W(const wchar_t* s) { return const_cast<wchar_t*>(s); }
+
+std::wstring NameAt(wchar_t* cache, unsigned offset, int dataSize, int* data = nullptr) {
+  wchar_t name[64];
+  GetCachedString(cache, offset, name, 64, data, dataSize);
+  return name;
+}
+
+TEST(StringCache, SortedInsertionAndCaseInsensitiveNames) {
+  wchar_t* cache = nullptr;
+  int beta = 2, alpha = 1, again = 11, data = 0;
+  EXPECT_EQ(CacheString(&cache, W(L"beta"), &beta, 4, true), 1u);
+  EXPECT_EQ(CacheString(&cache, W(L"Alpha"), &alpha, 4, true), 1u);
+  EXPECT_EQ(NameAt(cache, 11, 4), L"beta"); // moved up by 4 + 5 + 1 units
+  // The same name in other letters: the data is replaced, the name kept.
+  EXPECT_EQ(CacheString(&cache, W(L"ALPHA"), &again, 4, true), 1u);
+  EXPECT_EQ(NameAt(cache, 1, 4, &data), L"Alpha");
+  EXPECT_EQ(data, 11);
+  // Unsorted: at the end; an empty name is refused.
+  EXPECT_EQ(CacheString(&cache, W(L"a"), nullptr, 4, false), 20u);
+  EXPECT_EQ(CacheString(&cache, W(L""), nullptr, 4, false), 0u);
+  EXPECT_TRUE(GetCachedStructure(cache, W(L"BETA"), &data, 4));
+  EXPECT_EQ(data, 2);
+  EXPECT_FALSE(GetCachedStructure(cache, W(L"gamma"), &data, 4));
+  ffree(&cache);
+}
+
+TEST(StringCache, NeverGrowsBeyond65500BytesOf16BitUnits) {
+  // The first entry takes (n + 2 x dataSize) x 2 + 6 bytes.
+  wchar_t* cache = nullptr;
+  std::wstring name(32748, L'n');
+  EXPECT_EQ(CacheString(&cache, name.data(), nullptr, 0, false), 0u); // 65502 bytes
+  EXPECT_EQ(cache, nullptr);
+  name.resize(32747);
+  EXPECT_EQ(CacheString(&cache, name.data(), nullptr, 0, false), 1u); // 65500 bytes
+  ffree(&cache);
+  // Growth to (n + end + 2 x dataSize + 2) x 2 bytes: the model refuses at
+  // the same entry as the cache.
+  for (int dataSize : {0, 3}) {
+    StringCacheModel model(dataSize);
+    size_t count = 0;
+    for (int i = 0; i == 0 || model.entries().size() > count; ++i) {
+      count = model.entries().size();
+      unsigned char data[3] = {1, 2, 3};
+      std::wstring entry = L"entry" + std::to_wstring(i) + std::wstring(90, L'x');
+      ASSERT_EQ(CacheStep(&cache, &model, entry, data, false, false), "") << i;
+    }
+    EXPECT_GT(count, 300u);
+    EXPECT_EQ(CompareCache(cache, model), "");
+    ffree(&cache);
+  }
+}
+
+TEST(StringCache, ReadsStayInsideTheBlock) {
+  wchar_t* cache = nullptr;
+  int data = 7, out = -1;
+  ASSERT_EQ(CacheString(&cache, W(L"one"), &data, 4, false), 1u);
+  const unsigned units = memSize(cache) / sizeof(wchar_t);
+  wchar_t name[8] = L"xxxxxxx";
+  GetCachedString(cache, units, name, 8, &out, 4); // past the block: "" and no data
+  EXPECT_EQ(name[0], 0);
+  EXPECT_EQ(out, -1);
+  char big[64]; // from the last unit: what the block cannot supply reads as zero
+  std::memset(big, 0x55, sizeof big);
+  GetCachedString(cache, units - 1, name, 8, big, 64);
+  EXPECT_EQ(big[63], 0);
+  GetCachedString(cache, 1, name, 3, nullptr, 4); // a name cut to the caller's size
+  EXPECT_EQ(std::wstring(name), L"on");
+  // Another data size makes the walks fail, never read past the block.
+  EXPECT_FALSE(GetCachedStructure(cache, W(L"one"), &out, 4000));
+  EXPECT_FALSE(GetIthCachedString(cache, 0, name, 8, nullptr, 4000));
+  EXPECT_EQ(CacheString(&cache, W(L"two"), &data, 4000, false), 0u);
+  EXPECT_FALSE(GetIthCachedString(cache, -1, name, 8, nullptr, 4));
+  EXPECT_TRUE(GetIthCachedString(cache, 0, name, 8, &out, 4));
+  EXPECT_EQ(out, 7);
+  EXPECT_EQ(CacheString(nullptr, name, &data, 4, false), 0u);
+  EXPECT_EQ(CacheString(&cache, nullptr, &data, 4, false), 0u);
+  EXPECT_EQ(CacheString(&cache, name, &data, -1, false), 0u);
+  EXPECT_FALSE(GetCachedStructure(nullptr, name, &out, 4));
+  ffree(&cache);
+}
+
+// Random names from letters that fold and units that do not (the "C"
+// runtime folds ASCII letters only), random data sizes, sorted and unsorted
+// insertion, and a failing heap on a quarter of the calls.
+TEST(StringCache, AgreesWithAPlainList) {
+  const wchar_t kLetters[] = L"aAbBzZ_[`\u00e9\u00c9\u4e00";
+  qxtest::RunOnNewThread([&] {
+    for (unsigned seed = 1; seed <= 24; ++seed) {
+      std::mt19937 random(seed);
+      const int dataSize = static_cast<int>(random() % 9);
+      const int sortedMode = static_cast<int>(seed % 3); // never, always, mixed
+      StringCacheModel model(dataSize);
+      wchar_t* cache = nullptr;
+      for (int step = 0; step < 150; ++step) {
+        std::wstring name(random() % 6, L' ');
+        for (wchar_t& c : name)
+          c = kLetters[random() % (sizeof kLetters / sizeof kLetters[0] - 1)];
+        unsigned char data[8];
+        for (unsigned char& b : data)
+          b = static_cast<unsigned char>(random());
+        const bool sorted = sortedMode == 1 || (sortedMode == 2 && random() % 2);
+        const std::string diff = CacheStep(&cache, &model, name, random() % 5 ? data : nullptr,
+                                           sorted, random() % 4 == 0);
+        ASSERT_EQ(diff, "") << "seed " << seed << " step " << step;
+        ASSERT_EQ(CompareCache(cache, model), "") << "seed " << seed << " step " << step;
+      }
+      ffree(&cache);
+    }
+  });
+}
+
+using qxtest::FaultCase;
+using qxtest::Outcome;
+
+// A new cache, then its growth: either failure leaves the caller's cache as
+// it was.
+const FaultCase kCacheCalls[] = {
+    {"CacheString (a new cache, then growth)",
+     [] {
+       wchar_t* cache = nullptr;
+       if (!CacheString(&cache, W(L"rivers"), nullptr, 2, true))
+         return cache ? FaultCase::kWrong : FaultCase::kFailed;
+       wchar_t before[13], name[16]; // compared without the C++ heap
+       std::wmemcpy(before, cache, 13);
+       unsigned offset = CacheString(&cache, W(L"lakes"), nullptr, 2, true);
+       bool unchanged = std::wmemcmp(before, cache, 13) == 0;
+       GetCachedString(cache, 9, name, 16, nullptr, 2);
+       bool right = offset == 1 && std::wcscmp(name, L"rivers") == 0;
+       ffree(&cache);
+       if (!offset)
+         return unchanged ? FaultCase::kFailed : FaultCase::kWrong;
+       return Outcome(true, right);
+     }},
+};
+
+TEST(FaultWalk, StringCaches) {
+  qxtest::RunOnNewThread([] {
+    for (const FaultCase& c : kCacheCalls)
+      qxtest::WalkFaults(c);
+  });
+}
+
+} // namespace
