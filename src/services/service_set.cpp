@@ -47,6 +47,8 @@ InstanceData* CreateServices(InstanceData* data) {
     return data;
   if (!Install<cCharsetConverter>(data))
     return data;
+  if (!Install<StringNormalizerManager>(data))
+    return nullptr; // a failed set: this call answers null, the next finds the set
   if (!Install<cCheckEsc>(data))
     return data;
   return data;
@@ -55,6 +57,7 @@ InstanceData* CreateServices(InstanceData* data) {
 void DestroyServices(InstanceData* data) {
   // Destruction order.
   Delete<cErrorSystem>(data);
+  Delete<StringNormalizerManager>(data);
   Delete<cCharsetInfo>(data);
   Delete<cCharsetConverter>(data);
   Delete<cLocaleInfo>(data);
