@@ -110,12 +110,12 @@ TEST(StringNormalizer, DefaultFollowsTheSystemCharsetAndTheLanguage) {
       {1030, 34070}, {1044, 34070}, {2068, 34070}, {1045, 40623}, {1049, 55762},
       {1032, 32694}, {1055, 21121}, {1041, 65496}, {1037, 65496},
   };
-  for (auto [lcid, id] : kCases)
-    OnThreadWithLocale(lcid, [&, id = id] {
+  for (const auto& c : kCases)
+    OnThreadWithLocale(c.first, [&] {
       StringNormalizer* n = GetDefaultNormalizer();
-      ASSERT_NE(n, nullptr) << lcid;
-      EXPECT_EQ(n->GetId(), id) << lcid;
-      EXPECT_EQ(n->GetCharset(), system_charset()) << lcid;
+      ASSERT_NE(n, nullptr) << c.first;
+      EXPECT_EQ(n->GetId(), c.second) << c.first;
+      EXPECT_EQ(n->GetCharset(), system_charset()) << c.first;
       EXPECT_EQ(GetDefaultNormalizer(), n);
     });
 }
@@ -126,12 +126,12 @@ TEST(StringNormalizer, RequestDefaultNormalizerChoosesTheLanguageOnce) {
       {1035, 1298},  {1053, 1298},  {2077, 1298},  {2107, 1298},  {3131, 1298},  {5179, 1298},
       {7227, 1298},  {8251, 1298},  {9275, 1298},  {1031, 5607},  {0, 5607},
   };
-  for (auto [language, id] : kLanguages)
-    OnThreadWithLocale(1033, [&, language = language, id = id] {
-      EXPECT_TRUE(RequestDefaultNormalizer(language));
-      EXPECT_EQ(GetDefaultNormalizer()->GetId(), id) << language;
+  for (const auto& l : kLanguages)
+    OnThreadWithLocale(1033, [&] {
+      EXPECT_TRUE(RequestDefaultNormalizer(l.first));
+      EXPECT_EQ(GetDefaultNormalizer()->GetId(), l.second) << l.first;
       EXPECT_FALSE(RequestDefaultNormalizer(1053)); // the default stays
-      EXPECT_EQ(GetDefaultNormalizer()->GetId(), id) << language;
+      EXPECT_EQ(GetDefaultNormalizer()->GetId(), l.second) << l.first;
     });
 }
 
@@ -163,7 +163,7 @@ TEST(StringNormalizer, UnknownTableRecordsError74) {
   const std::pair<QXCHARSET, unsigned short> kUnknown[] = {
       {kWestern, 12345}, {QXCHARSET_WINDOWS_LATIN2, 5607}, {kWestern, 0}};
   RunOnNewThread([&] {
-    for (auto [cs, id] : kUnknown) {
+    for (const auto& [cs, id] : kUnknown) {
       ClearErrors();
       EXPECT_EQ(GetNormalizer(cs, id), nullptr);
       ASSERT_EQ(NumErrors(), 1);
@@ -255,11 +255,11 @@ TEST(StringNormalizer, DoubleByteSetsFoldInTheSystemsCharacterSteps) {
   // mapped, the trail byte 61 too (83 41 is U+30A2); on a Japanese system
   // the pair is stepped over.
   const std::pair<LCID, std::wstring> kSystems[] = {{1033, L"\u30a2A"}, {1041, L"\u30c2A"}};
-  for (const auto& [lcid, expected] : kSystems)
-    OnThreadWithLocale(lcid, [&] {
+  for (const auto& system : kSystems)
+    OnThreadWithLocale(system.first, [&] {
       wchar_t text[] = L"\u30c2a";
       GetNormalizer(QXCHARSET_WINDOWS_JAPANESE, 65496)->Normalize(text);
-      EXPECT_EQ(std::wstring(text), expected) << lcid;
+      EXPECT_EQ(std::wstring(text), system.second) << system.first;
     });
   // A table that breaks a pair (lead byte 8A of U+6F22 folds to "S") would
   // make the text longer: it is left as it was.
