@@ -12,7 +12,9 @@
 
 #include "frame/scratch.h"
 #include "platform/codepage.h"
+#include "platform/unicode.h"
 
+#include <cstdint>
 #include <cstring>
 #include <cwchar>
 #include <new>
@@ -52,6 +54,12 @@ bool BytesToText(UINT cp, const char* bytes, wchar_t* text, size_t capacity) {
   int written = win::MultiByteToWideChar(cp, MB_PRECOMPOSED, bytes, n, text, needed);
   text[written] = 0;
   return written > 0;
+}
+
+// IsMark - a nonspacing mark (none comes before U+0300).
+inline bool IsMark(wchar_t u) {
+  auto unit = static_cast<uint32_t>(u);
+  return unit >= 0x300 && platform::IsNonSpacingMark(unit);
 }
 
 // CompareBytes - -1, 0 or 1 as the NUL-terminated `a` and `b` compare byte
@@ -103,7 +111,41 @@ const NormalizationTable* FoldingTableOf(StringNormalizer* normalizer) {
 StringNormalizerImpl::StringNormalizerImpl(QXCHARSET charset, const NormalizationTable& table)
     : charset_(charset), table_(&table),
       id_(charset == QXCHARSET_WINDOWS_LATIN1 && table.id() == kWesternId ? kRenamedWesternId
-                                                                          : table.id()) {}
+                                                                          : table.id()),
+      quick_(!IS_DBCS_CHARSET(charset) && GetWinCodePage(charset) > 1 &&
+             win::IsValidCodePage(static_cast<UINT>(GetWinCodePage(charset)))) {}
+
+StringNormalizerImpl::~StringNormalizerImpl() {
+  for (unsigned char*& page : pages_)
+    if (page != page0_)
+      ffree(&page);
+}
+
+const unsigned char* StringNormalizerImpl::BuildPage(unsigned int page) {
+  unsigned char* bytes = page0_;
+  if (page != 0 && !falloc_(256, &bytes, true, true))
+    return nullptr;
+  for (unsigned int low = 0; low < 256; ++low) {
+    const wchar_t unit[2] = {static_cast<wchar_t>(page << 8 | low), 0};
+    char converted[4] = {};
+    if (unit[0] != 0 && !platform::IsNonSpacingMark(static_cast<uint32_t>(unit[0])) &&
+        ConvertSystemToMBCSChar(unit, converted, charset_, sizeof converted, false) &&
+        converted[0] != 0 && converted[1] == 0)
+      bytes[low] = table_->map()[static_cast<unsigned char>(converted[0])];
+  }
+  pages_[page] = bytes;
+  return bytes;
+}
+
+int StringNormalizerImpl::FoldedUnit(wchar_t u) {
+  auto unit = static_cast<uint32_t>(u);
+  if (unit > 0xFFFF)
+    return 0;
+  const unsigned char* page = pages_[unit >> 8];
+  if (!page && !(page = BuildPage(unit >> 8)))
+    return 0;
+  return page[unit & 0xFF];
+}
 
 StringNormalizerImpl* StringNormalizerImpl::Create(QXCHARSET charset,
                                                    const NormalizationTable& table) {
@@ -124,11 +166,44 @@ void StringNormalizerImpl::Normalize(wchar_t* text) {
   BytesToText(RoundTripCodePage(charset_), bytes.data(), text, n);
 }
 
+// Compare - first without converting the strings: each unit folded on its
+// own, compared as it goes. That is what converting the strings gives unless
+// a nonspacing mark is involved (it composes with the unit before it), so a
+// mark before the first difference, or right after it, leaves the answer to
+// the conversion; so does a unit that is no single byte on its own.
 int StringNormalizerImpl::Compare(const wchar_t* a, const wchar_t* b) {
   if (!a)
     a = L"";
   if (!b)
     b = L"";
+  if (quick_ && (pages_[0] || BuildPage(0))) {
+    size_t i = 0;
+    int fa, fb;
+    // fold - the folded byte of s[at] on its own.
+    auto fold = [this](const wchar_t* s, size_t at) {
+      auto u = static_cast<uint32_t>(s[at]);
+      return u < 256 ? page0_[u] : FoldedUnit(s[at]);
+    };
+    for (;; i += 2) { // unrolled once: the strings are mostly short
+      fa = fold(a, i), fb = fold(b, i);
+      if (fa != fb || fa == 0)
+        break;
+      fa = fold(a, i + 1), fb = fold(b, i + 1); // a[i] was no terminator
+      if (fa != fb || fa == 0) {
+        ++i;
+        break;
+      }
+    }
+    // A 0 is the terminator, or a unit with no byte of its own.
+    bool decided = (fa != 0 || a[i] == 0) && (fb != 0 || b[i] == 0) &&
+                   (fa == fb || !((a[i] && IsMark(a[i + 1])) || (b[i] && IsMark(b[i + 1]))));
+    if (decided)
+      return (fa > fb) - (fa < fb);
+  }
+  return CompareConverted(a, b);
+}
+
+int StringNormalizerImpl::CompareConverted(const wchar_t* a, const wchar_t* b) {
   size_t la = std::wcslen(a), lb = std::wcslen(b);
   Scratch<wchar_t, kLocalCopyUnits> copy(la + lb + 2, la + lb < 513);
   if (!copy.ok())

@@ -37,11 +37,28 @@ public:
 
 private:
   StringNormalizerImpl(QXCHARSET charset, const NormalizationTable& table);
+  ~StringNormalizerImpl() override;
+
+  /// CompareConverted - Compare by converting both strings whole (its
+  /// buffers kept out of Compare's own frame).
+  [[gnu::noinline]] int CompareConverted(const wchar_t* a, const wchar_t* b);
+  /// FoldedUnit - the folded byte of `u` converted on its own; 0 for the
+  /// terminator and when `u` does not convert to one byte on its own (a
+  /// nonspacing mark, a unit outside the BMP) or memory fails.
+  int FoldedUnit(wchar_t u);
+  const unsigned char* BuildPage(unsigned int page);
 
   QXCHARSET charset_;
   const NormalizationTable* table_;
   unsigned short id_;
   bool active_ = true;
+  /// Whether Compare may fold unit by unit: a single-byte set with a code page of
+  /// its own, so a unit's byte never depends on the thread or the system.
+  bool quick_;
+  /// pages_[u >> 8][u & 0xFF] - the folded byte of unit u on its own, 0 when
+  /// it has none; a page is made on first use (page 0 lives in page0_).
+  unsigned char* pages_[256] = {};
+  unsigned char page0_[256] = {};
 };
 
 /// FoldText - `text` converted to bytes of `charset` into `out` of `size`

@@ -42,7 +42,8 @@ inline int Sign(const std::string& a, const std::string& b) {
 /// kAlphabet - what random text is made of: ASCII letters, digits and
 /// punctuation, accented Latin letters of the Western, Central European and
 /// Turkish pages, Nordic letters, Cyrillic, Greek with tonos and dialytika,
-/// quotation marks, kana and ideographs, and a character no page holds.
+/// quotation marks, kana and ideographs, a character no page holds, and
+/// nonspacing marks (which compose with the letter before them).
 inline constexpr wchar_t kAlphabet[] =
     L"aAzZ09 _[\\]^`{|}~-.'\""
     L"\u00e9\u00c9\u00e5\u00c5\u00e4\u00c4\u00f6\u00d6\u00e6\u00c6\u00f8\u00d8\u00fc\u00dc\u00df"
@@ -52,7 +53,8 @@ inline constexpr wchar_t kAlphabet[] =
     L"\u0430\u0410\u0451\u0401\u044f\u042f\u0456\u0491"
     L"\u03b1\u0391\u03ac\u0386\u03ca\u03b0\u03c2\u03c3\u03bf\u03cc"
     L"\u201c\u201d\u2018\u2019\u201e\u00ab\u00bb"
-    L"\u30c2\u3042\u6f22\u4e00\u2603";
+    L"\u30c2\u3042\u6f22\u4e00\u2603"
+    L"\u0301\u0308\u0327\u030a";
 
 } // namespace qxtest
 
