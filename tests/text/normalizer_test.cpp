@@ -198,6 +198,10 @@ TEST(StringNormalizer, Compare) {
       {kWestern, 44414, L"\u0153uvre", L"OUVRE", 0},
       {kWestern, 44414, L"z", L"\u00e9", 1}, // folded bytes, not code points
       {kWestern, 65496, L"\u00e9", L"E", 1}, // table 0 strips nothing
+      // A nonspacing mark composes with the letter before it (E9 > "F").
+      {kWestern, 65496, L"e\u0301", L"f", 1},
+      {kWestern, 44414, L"e\u0301t\u00e9", L"\u00c9TE", 0},
+      {kWestern, 65496, L"ae\u0301", L"ae", 1},
       {kWestern, 56485, L"a_b", L"a`b", 0},  // punctuation classes
       {kWestern, 34070, L"\u0153", L"O", 1}, // 9C is not folded in table 6
       {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0451\u043b\u043a\u0430", L"\u0401\u041b\u041a\u0410",
