@@ -37,6 +37,7 @@ import os
 import sys
 import unicodedata
 
+import gen_charset_maps  # tools/gen/gen_charset_maps.py: the reader of the code-page files
 import gencheck  # tools/gen/gencheck.py
 
 PAGES = os.path.join(gencheck.SHARED_DATA, "codepages")
@@ -59,15 +60,7 @@ def crc16_arc(data):
 
 def read_page(name):
     """byte -> character of a code-page file (single bytes; unmapped bytes absent)."""
-    page = {}
-    with open(os.path.join(PAGES, name), encoding="utf-8") as f:
-        for line in f:
-            if line.startswith("#") or not line.strip():
-                continue
-            code, unit = (int(x, 16) for x in line.split())
-            if code <= 0xFF:
-                page[code] = chr(unit)
-    return page
+    return {code: chr(unit) for code, unit in gen_charset_maps.read_table(name).items()}
 
 
 def read_found(n):
