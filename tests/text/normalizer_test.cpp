@@ -343,36 +343,6 @@ TEST(StringNormalizerSet, AFailedManagerFailsTheCallThatBuildsTheSet) {
   EXPECT_TRUE(seen);
 }
 
-TEST(StringNormalizerSet, DestroyedAfterTheErrorListAndBeforeTheCharsetInfo) {
-  std::vector<std::string> log;
-  struct Manager final : StringNormalizerManager {
-    std::vector<std::string>* log;
-    ~Manager() override { log->push_back("StringNormalizerManager"); }
-    StringNormalizer* GetDefaultNormalizer() override { return nullptr; }
-    StringNormalizer* GetNormalizer(QXCHARSET, unsigned short) override { return nullptr; }
-    bool RequestDefaultNormalizer(int) override { return false; }
-  };
-  struct Info final : cCharsetInfo {
-    std::vector<std::string>* log;
-    ~Info() override { log->push_back("cCharsetInfo"); }
-    QXCHARSET GetSystemCharset() override { return kWestern; }
-  };
-  RunOnNewThread([&] {
-    ASSERT_NE(StringNormalizerManager::Instance(), nullptr);
-    delete StringNormalizerManager::Instance();
-    delete cCharsetInfo::Instance();
-    auto* manager = new Manager;
-    manager->log = &log;
-    auto* info = new Info;
-    info->log = &log;
-    StringNormalizerManager::Instance(manager);
-    cCharsetInfo::Instance(info);
-    log.push_back("thread ends");
-  });
-  EXPECT_EQ(log,
-            (std::vector<std::string>{"thread ends", "StringNormalizerManager", "cCharsetInfo"}));
-}
-
 // ---- Every allocation failing -----------------------------------------------------
 
 using qxtest::FaultCase;
