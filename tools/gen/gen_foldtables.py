@@ -290,31 +290,31 @@ def build_all(departures=True):
     def build(n):
         if n in built:
             return built[n]
-        spec = TABLES[n]
-        if spec["base"] is None:
+        recipe = TABLES[n]
+        if recipe["base"] is None:
             table = [ascii_upper().get(b, b) for b in range(256)]
         else:
-            table = list(build(spec["base"]))
-        for _, step in spec["rules"]:
+            table = list(build(recipe["base"]))
+        for _, step in recipe["rules"]:
             for b, v in step(table).items():
                 table[b] = v
-        for _, step, _ in spec["departures"] if departures else ():
+        for _, step, _ in recipe["departures"] if departures else ():
             for b, v in step(table).items():
                 table[b] = v
         built[n] = table
         return table
 
-    return [build(spec["n"]) for spec in TABLES]
+    return [build(recipe["n"]) for recipe in TABLES]
 
 
 def verify(tables):
     """The checks of the module docstring; returns the list of failures and each table's status."""
     failures, status = [], []
-    for spec, table in zip(TABLES, tables):
-        n = spec["n"]
+    for recipe, table in zip(TABLES, tables):
+        n = recipe["n"]
         got_id, got_printable = crc16_arc(table), crc16_arc(table[32:127])
-        want_printable = spec.get("printable", PRINTABLE_ID)
-        confirmed = got_id == spec["id"]
+        want_printable = recipe.get("printable", PRINTABLE_ID)
+        confirmed = got_id == recipe["id"]
         if got_printable != want_printable:
             failures.append("table %d: printableId %d, listed %d" % (n, got_printable, want_printable))
         found = read_found(n)
@@ -323,25 +323,25 @@ def verify(tables):
             failures.append("table %d differs from table%d.hex at %s"
                             % (n, n, ", ".join("%02X" % b for b in diff)))
         if found is not None and not confirmed:
-            failures.append("table %d: id %d, listed %d" % (n, got_id, spec["id"]))
-        if found is None and confirmed != spec.get("found_here", False):
+            failures.append("table %d: id %d, listed %d" % (n, got_id, recipe["id"]))
+        if found is None and confirmed != recipe.get("found_here", False):
             failures.append("table %d: id %d, listed %d; %s" % (
-                n, got_id, spec["id"], "it was found here" if spec.get("found_here") else
+                n, got_id, recipe["id"], "it was found here" if recipe.get("found_here") else
                 "it now reproduces its identifier: mark it found_here and say how"))
         status.append((confirmed, got_id))
     return failures, status
 
 
-def cpp_table(spec, table, confirmed, got_id):
+def cpp_table(recipe, table, confirmed, got_id):
     lines = []
     state = "confirmed: its bytes reproduce the identifier" if confirmed else (
         "rule-built, not yet confirmed: its bytes give %d" % got_id)
-    lines.append("    // %d: %s" % (spec["n"], state))
-    for name, _ in spec["rules"]:
+    lines.append("    // %d: %s" % (recipe["n"], state))
+    for name, _ in recipe["rules"]:
         lines.append("    //   rule: %s" % name)
-    for name, _, why in spec["departures"]:
+    for name, _, why in recipe["departures"]:
         lines.append("    //   departure: %s (%s)" % (name, why))
-    lines.append("    {%d, %s, {" % (spec["id"], "true" if confirmed else "false"))
+    lines.append("    {%d, %s, {" % (recipe["id"], "true" if confirmed else "false"))
     for row in range(16):
         cells = ", ".join("0x%02X" % v for v in table[row * 16:row * 16 + 16])
         lines.append("        " + cells + ",")
@@ -366,8 +366,8 @@ def generate_into(directory):
         "",
         "constexpr FoldingTableData kFoldingTableData[11] = {",
     ]
-    for spec, table, (confirmed, got_id) in zip(TABLES, tables, status):
-        out.extend(cpp_table(spec, table, confirmed, got_id))
+    for recipe, table, (confirmed, got_id) in zip(TABLES, tables, status):
+        out.extend(cpp_table(recipe, table, confirmed, got_id))
     out.append("};")
     os.makedirs(directory, exist_ok=True)
     with open(os.path.join(directory, OUT_NAME), "w", encoding="ascii", newline="\n") as f:
