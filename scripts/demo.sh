@@ -9,6 +9,10 @@ show --help
 show charsets
 show message "Cannot open ^0 (^1 blocks, 100^^ sure)" roads.dat 512
 show like "Riverside Drive 12" "River%Drive __"
+printf 'Zürich\nÅland\nzurich\nÉcole\nÖrebro\nAarhus\n' > /tmp/places.txt
+show fold /tmp/places.txt
+show sort /tmp/places.txt
+show sort --language sv-SE --unique /tmp/places.txt
 echo "# samples/roads-cp1252.txt is Windows Latin 1 with CR LF line ends:"
 od -c samples/roads-cp1252.txt | sed -n 3,4p
 echo

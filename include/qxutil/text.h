@@ -205,6 +205,115 @@ QXUTIL_API wchar_t* ConvertLFToPlatformCRLF(wchar_t* s);
 /// Null when `s` has no CR, is null, or memory fails.
 QXUTIL_API wchar_t* ConvertPlatformCRLFToLF(wchar_t* s);
 
+// ---- String normalizers ----------------------------------------------------
+//
+// A string normalizer folds text for case- and accent-insensitive sorting and
+// matching: the text is converted to bytes of the normalizer's character set,
+// and each byte goes through a 256-entry folding table that up-cases letters
+// and, in most tables, strips accents ("\u00e9lan", "\u00c9LAN" and "ELAN"
+// fold alike). Eleven tables are built in; a table is known by a 16-bit
+// identifier, the CRC-16/ARC of its 256 bytes, which hosts store with every
+// index they sort so that they can ask for the same table later:
+//
+//   65496 a-z only        44414 Western (1252)      40623 Central European
+//   55762 Cyrillic        32694 Greek               21121 Turkish
+//   34070 Danish, Norw.   41909 AE O-slash A-ring   1298  Finnish, Swedish
+//   56485 as 54273 with punctuation classes         54273 A-ring A-uml O-uml
+//
+// A normalizer of "WindowsLatin1" over table 44414 reports the identifier
+// 5607, under which hosts know the default Western table; asking for either
+// number gives that normalizer. docs/normalizers.md says which tables'
+// bytes are confirmed by their identifier.
+//
+// Failure rule: GetNormalizer records error 74 (level eErrorLevelError,
+// message resource 74, the identifier as its argument) for an identifier no
+// table has, and returns null. Everything else fails by its result alone
+// (null, false, text left as it was), recording nothing.
+
+/// StringNormalizer - folds text through one table in one character set.
+/// Normalizers belong to the context's StringNormalizerManager: callers never
+/// delete them, and they live as long as the manager.
+class QXUTIL_API StringNormalizer : public QXHeapObject {
+public:
+  virtual ~StringNormalizer();
+  /// GetCharset - the character set the text is folded in.
+  virtual QXCHARSET GetCharset() = 0;
+  /// GetId - the identifier of the table (5607 for "WindowsLatin1" over
+  /// 44414).
+  virtual unsigned short GetId() = 0;
+  /// GetPrintableId - the CRC-16/ARC of the table's entries 32..126: 24861
+  /// for every table that only up-cases a-z there, 44564 for 56485.
+  virtual unsigned short GetPrintableId() = 0;
+  /// IsActive - the active flag: true from creation and whenever the
+  /// manager hands the normalizer out; its meaning is the host's.
+  virtual bool IsActive() = 0;
+  /// Normalize - folds `text` in place: the text is converted to the
+  /// character set, folded, and converted back, so characters the set
+  /// cannot hold come back as its replacement ("\u03a9" => "?" in
+  /// "WindowsLatin1"). The text never grows: when the folded text would
+  /// need more units than it had (a double-byte set whose pairs the table
+  /// breaks), or memory fails, the text is left as it was. Null or empty
+  /// text: nothing happens.
+  virtual void Normalize(wchar_t* text) = 0;
+  /// Compare - -1, 0 or 1 as the folded bytes of `a` compare with those of
+  /// `b`, byte by byte as unsigned values; a prefix sorts first:
+  /// Compare(L"\u00e9lan", L"ELAN") => 0 and Compare(L"abc", L"abcd") =>
+  /// -1 over 44414. A total preorder on strings. A null string counts as
+  /// empty. When memory for long strings cannot be had, the strings are
+  /// compared unfolded (as qxStrCmp does).
+  virtual int Compare(const wchar_t* a, const wchar_t* b) = 0;
+  /// SetActive - stores `on` in the active flag and returns it.
+  virtual bool SetActive(bool on) = 0;
+};
+
+/// StringNormalizerManager - owns the normalizers of one context (slot key
+/// 13): a default normalizer, chosen from the system character set and the
+/// user's language, and any others asked for by character set and table.
+class QXUTIL_API StringNormalizerManager : public QXSingleton<StringNormalizerManager, 13> {
+public:
+  virtual ~StringNormalizerManager();
+  /// GetDefaultNormalizer - the default normalizer, made on first use with
+  /// the user's language; null if it cannot be made.
+  virtual StringNormalizer* GetDefaultNormalizer() = 0;
+  /// GetNormalizer - the normalizer of `charset` over table `id`, made on
+  /// first use and kept; the same object every later time, set active.
+  /// Null (and error 74) for an identifier no table has; null when memory
+  /// fails. Never the default normalizer.
+  virtual StringNormalizer* GetNormalizer(QXCHARSET charset, unsigned short id) = 0;
+  /// RequestDefaultNormalizer - makes the default normalizer with the
+  /// folding of `languageId` (0: the user's); false when a default already
+  /// exists (nothing changes) or it cannot be made.
+  virtual bool RequestDefaultNormalizer(int languageId) = 0;
+
+  /// Create - a new manager for system_charset(), with no normalizers yet
+  /// (not installed); null if memory fails.
+  static StringNormalizerManager* Create();
+};
+extern template class QXSingleton<StringNormalizerManager, 13>;
+
+// Each function below calls the same operation of the context's manager;
+// without one it returns null or false.
+
+/// GetDefaultNormalizer - the context's default normalizer. Its table
+/// follows the system character set: "WindowsLatin1" 44414 (reported as
+/// 5607), or 34070 for a Danish, Norwegian or Sami language (1030, 1044,
+/// 1083, 2068, 4155, 6203), or 1298 for a Finnish, Swedish or Sami one
+/// (1035, 1053, 2077, 2107, 3131, 5179, 7227, 8251, 9275);
+/// "WindowsLatin2" 40623, "WindowsCyrillic" 55762, "WindowsGreek" 32694,
+/// "WindowsTurkish" 21121; any other set 65496. The language is the low 16
+/// bits of GetLocaleIdentifier() unless RequestDefaultNormalizer chose one.
+QXUTIL_API StringNormalizer* GetDefaultNormalizer();
+/// GetNormalizer - StringNormalizerManager::GetNormalizer:
+/// GetNormalizer(QXCHARSET_WINDOWS_LATIN1, 44414) and (..., 5607) give the
+/// same normalizer, whose GetId() is 5607; GetNormalizer(..., 12345) =>
+/// null and error 74 with the argument "12345".
+QXUTIL_API StringNormalizer* GetNormalizer(QXCHARSET charset, unsigned short id);
+/// RequestDefaultNormalizer - StringNormalizerManager::RequestDefaultNormalizer:
+/// call it before the first GetDefaultNormalizer to fold as another
+/// language does (RequestDefaultNormalizer(1053) => Swedish, 1298, on a
+/// "WindowsLatin1" system).
+QXUTIL_API bool RequestDefaultNormalizer(int languageId);
+
 // ---- Wide-string functions -------------------------------------------------
 //
 // Text is NUL-terminated runs of 16-bit code units (one wchar_t each). A

@@ -5,18 +5,10 @@
 // not hold (index at or beyond its size) are computed instead of read.
 //
 //===----------------------------------------------------------------------===//
+#include "frame/crc16.h"
 #include "qxutil/frame.h"
 
-namespace {
-
-unsigned short TableEntry(unsigned int index) {
-  unsigned int value = index;
-  for (int bit = 0; bit < 8; ++bit)
-    value = (value & 1) ? (value >> 1) ^ 0xA001u : value >> 1;
-  return static_cast<unsigned short>(value);
-}
-
-} // namespace
+using qx::Crc16ArcEntry;
 
 unsigned short calculate_crc16(const unsigned char* data, unsigned int length,
                                unsigned short table[], bool buildTable, int tableSize) {
@@ -25,11 +17,11 @@ unsigned short calculate_crc16(const unsigned char* data, unsigned int length,
   const unsigned int held = tableSize > 0 ? static_cast<unsigned int>(tableSize) : 0;
   if (buildTable)
     for (unsigned int i = 0; i < held; ++i)
-      table[i] = TableEntry(i);
+      table[i] = Crc16ArcEntry(i);
   unsigned int crc = 0;
   for (unsigned int i = 0; i < length; ++i) {
     unsigned int index = (data[i] ^ crc) & 0xFF;
-    crc = (crc >> 8) ^ (index < held ? table[index] : TableEntry(index));
+    crc = (crc >> 8) ^ (index < held ? table[index] : Crc16ArcEntry(index));
   }
   return static_cast<unsigned short>(crc);
 }

@@ -49,6 +49,8 @@ InstanceData* CreateServices(InstanceData* data) {
     return data;
   if (!Install<cCharsetConverter>(data))
     return data;
+  if (!Install<StringNormalizerManager>(data))
+    return nullptr; // a failed set: this call answers null, the next finds the set
   if (!Install<cCheckEsc>(data))
     return data;
   return data;
@@ -58,6 +60,7 @@ void DestroyServices(InstanceData* data) {
   // Destruction order.
   Delete<cStringResourceBuffers>(data);
   Delete<cErrorSystem>(data);
+  Delete<StringNormalizerManager>(data);
   Delete<cCharsetInfo>(data);
   Delete<cCharsetConverter>(data);
   Delete<cLocaleInfo>(data);

@@ -17,6 +17,8 @@ std::vector<std::string> ReplaceWithRecorders(DestructionLog* log) {
   // The documented destruction order, restricted to the services built so far.
   std::vector<std::string> order;
   Replace<cErrorSystem, RecordingErrorSystem>(log, &order, "cErrorSystem");
+  Replace<StringNormalizerManager, RecordingNormalizerManager>(log, &order,
+                                                               "StringNormalizerManager");
   Replace<cCharsetInfo, RecordingCharsetInfo>(log, &order, "cCharsetInfo");
   Replace<cCharsetConverter, RecordingCharsetConverter>(log, &order, "cCharsetConverter");
   Replace<cLocaleInfo, RecordingLocaleInfo>(log, &order, "cLocaleInfo");

@@ -108,6 +108,18 @@ private:
   DestructionLog* log_;
 };
 
+class RecordingNormalizerManager final : public StringNormalizerManager {
+public:
+  explicit RecordingNormalizerManager(DestructionLog* log) : log_(log) {}
+  ~RecordingNormalizerManager() override { log_->Add("StringNormalizerManager"); }
+  StringNormalizer* GetDefaultNormalizer() override { return nullptr; }
+  StringNormalizer* GetNormalizer(QXCHARSET, unsigned short) override { return nullptr; }
+  bool RequestDefaultNormalizer(int) override { return false; }
+
+private:
+  DestructionLog* log_;
+};
+
 class RecordingCharsetConverter final : public cCharsetConverter {
 public:
   explicit RecordingCharsetConverter(DestructionLog* log) : log_(log) {}

@@ -45,7 +45,7 @@ TEST(InstanceData, ThreadExitDestroysTheSetInOrder) {
   std::vector<std::string> expected;
   RunOnNewThread([&] { expected = qxtest::ReplaceWithRecorders(&log); });
   EXPECT_EQ(log.Names(), expected);
-  EXPECT_EQ(expected.size(), 5u);
+  EXPECT_EQ(expected.size(), 6u);
 }
 
 TEST(InstanceData, ClearAutoDestroyKeepsTheSetAliveAfterThreadExit) {
@@ -61,7 +61,7 @@ TEST(InstanceData, ClearAutoDestroyKeepsTheSetAliveAfterThreadExit) {
   InstanceData* own = GetInstanceData();
   ASSERT_TRUE(SetInstanceData(kept));
   InstanceData::Destroy(false, false);
-  EXPECT_EQ(log.Names().size(), 5u);
+  EXPECT_EQ(log.Names().size(), 6u);
   SetInstanceData(own);
 }
 

@@ -40,6 +40,9 @@ SIDEWAYS = {
     # The system character set follows the locale identifier of the locale
     # service; nothing else in text knows about locales.
     ("src/text/charset_info.cpp", "locale"),
+    # The default folding table of "WindowsLatin1" follows the user's
+    # language, which the locale service knows.
+    ("src/text/default_folding.cpp", "locale"),
 }
 
 # Operating-system headers: only src/platform may include them.

@@ -1,0 +1,404 @@
+// String normalizers: the eleven tables and their identifiers, the default
+// normalizer's choice, the manager's list, Compare and Normalize on short
+// and long text, double-byte walking, the folded-byte property, the manager
+// in the service set, and every allocation failing.
+#include "common/fault_walk.h"
+#include "common/scaffold.h"
+#include "common/thread_runner.h"
+#include "platform/heap.h"
+#include "qxutil/frame.h"
+#include "qxutil/text.h"
+#include "text/normalization_table.h"
+#include "text/normalizer_oracle.h"
+
+#include <gtest/gtest.h>
+
+#include <cwchar>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using qx::FoldingTable;
+using qxtest::RunOnNewThread;
+using qxtest::ScopedThreadLocale;
+
+constexpr QXCHARSET kWestern = QXCHARSET_WINDOWS_LATIN1;
+
+// On a new thread whose set is built for `lcid`.
+template <class Fn> void OnThreadWithLocale(LCID lcid, Fn fn) {
+  RunOnNewThread([&] {
+    ScopedThreadLocale locale(lcid);
+    fn();
+  });
+}
+
+// ---- The tables ------------------------------------------------------------
+
+TEST(FoldingTables, IdentifiersChecksumsAndWhichAreConfirmed) {
+  struct Row {
+    unsigned short id, printableId, checksum;
+  };
+  // The tables whose bytes reproduce their identifier; the others are built
+  // from their rules and answer to their identifier (docs/normalizers.md).
+  const std::vector<int> kConfirmed = {0, 1, 3, 4, 6, 7, 8, 9, 10};
+  const Row kRows[qx::kFoldingTableCount] = {
+      {65496, 24861, 65496}, {44414, 24861, 44414}, {40623, 24861, 15491}, {55762, 24861, 55762},
+      {32694, 24861, 32694}, {21121, 24861, 60810}, {34070, 24861, 34070}, {41909, 24861, 41909},
+      {1298, 24861, 1298},   {56485, 44564, 56485}, {54273, 24861, 54273},
+  };
+  std::vector<int> confirmed;
+  for (int i = 0; i < qx::kFoldingTableCount; ++i) {
+    const qx::NormalizationTable& t = FoldingTable(i);
+    EXPECT_EQ(t.id(), kRows[i].id) << i;
+    EXPECT_EQ(t.printableId(), kRows[i].printableId) << i;
+    EXPECT_EQ(t.checksum(), kRows[i].checksum) << i;
+    // The frame's CRC-16/ARC, an implementation of its own, agrees.
+    unsigned short crcTable[256];
+    EXPECT_EQ(calculate_crc16(t.map(), 256, crcTable, true, 256), t.checksum()) << i;
+    EXPECT_EQ(calculate_crc16(t.map() + 32, 95, crcTable, false, 256), t.printableId()) << i;
+    if (t.confirmed())
+      confirmed.push_back(i);
+    EXPECT_EQ(qx::FindFoldingTable(t.id()), &t) << i;
+  }
+  EXPECT_EQ(confirmed, kConfirmed);
+  EXPECT_EQ(qx::FindFoldingTable(5607), nullptr);
+}
+
+TEST(FoldingTables, OnlyZeroFoldsToZeroAndAsciiOnlyUpCases) {
+  for (int i = 0; i < qx::kFoldingTableCount; ++i) {
+    const unsigned char* map = FoldingTable(i).map();
+    for (int b = 0; b < 256; ++b) {
+      EXPECT_EQ(map[b] == 0, b == 0) << i << " " << b;
+      bool letter = b >= 'a' && b <= 'z';
+      if (b < 128 && i != 9) { // table 9 also folds punctuation into classes
+        EXPECT_EQ(map[b], letter ? b - 32 : b) << i << " " << b;
+      }
+    }
+  }
+}
+
+TEST(FoldingTables, NordicLettersSortAfterZInTheirLanguagesOrder) {
+  struct Case {
+    unsigned short id;
+    const wchar_t* ordered; // each letter sorts after the one before it
+  };
+  const Case kCases[] = {
+      {34070, L"Z\u00c6\u00d8\u00c5"}, // Danish, Norwegian: AE < O-slash < A-ring
+      {41909, L"Z\u00c6\u00d8\u00c5"},
+      {1298, L"Z\u00c5\u00c4\u00d6"}, // Finnish, Swedish: A-ring < A-umlaut < O-umlaut
+      {54273, L"Z\u00c5\u00c4\u00d6"},
+  };
+  RunOnNewThread([&] {
+    for (const Case& c : kCases) {
+      StringNormalizer* n = GetNormalizer(kWestern, c.id);
+      ASSERT_NE(n, nullptr);
+      for (const wchar_t* p = c.ordered; p[1]; ++p) {
+        wchar_t a[] = {p[0], 0}, b[] = {p[1], 0};
+        EXPECT_EQ(n->Compare(a, b), -1) << c.id << " at " << (p - c.ordered);
+      }
+    }
+  });
+}
+
+// ---- The default normalizer and the manager's list -------------------------------
+
+TEST(StringNormalizer, DefaultFollowsTheSystemCharsetAndTheLanguage) {
+  const std::pair<LCID, unsigned short> kCases[] = {
+      {1033, 5607},  {2057, 5607},  {1053, 1298},  {1035, 1298},  {2077, 1298},
+      {1030, 34070}, {1044, 34070}, {2068, 34070}, {1045, 40623}, {1049, 55762},
+      {1032, 32694}, {1055, 21121}, {1041, 65496}, {1037, 65496},
+  };
+  for (const auto& c : kCases)
+    OnThreadWithLocale(c.first, [&] {
+      StringNormalizer* n = GetDefaultNormalizer();
+      ASSERT_NE(n, nullptr) << c.first;
+      EXPECT_EQ(n->GetId(), c.second) << c.first;
+      EXPECT_EQ(n->GetCharset(), system_charset()) << c.first;
+      EXPECT_EQ(GetDefaultNormalizer(), n);
+    });
+}
+
+TEST(StringNormalizer, RequestDefaultNormalizerChoosesTheLanguageOnce) {
+  const std::pair<int, unsigned short> kLanguages[] = {
+      {1030, 34070}, {1044, 34070}, {1083, 34070}, {2068, 34070}, {4155, 34070}, {6203, 34070},
+      {1035, 1298},  {1053, 1298},  {2077, 1298},  {2107, 1298},  {3131, 1298},  {5179, 1298},
+      {7227, 1298},  {8251, 1298},  {9275, 1298},  {1031, 5607},  {0, 5607},
+  };
+  for (const auto& l : kLanguages)
+    OnThreadWithLocale(1033, [&] {
+      EXPECT_TRUE(RequestDefaultNormalizer(l.first));
+      EXPECT_EQ(GetDefaultNormalizer()->GetId(), l.second) << l.first;
+      EXPECT_FALSE(RequestDefaultNormalizer(1053)); // the default stays
+      EXPECT_EQ(GetDefaultNormalizer()->GetId(), l.second) << l.first;
+    });
+}
+
+TEST(StringNormalizer, GetNormalizerKeepsOneNormalizerPerRequest) {
+  OnThreadWithLocale(1033, [] {
+    StringNormalizer* western = GetNormalizer(kWestern, 44414);
+    ASSERT_NE(western, nullptr);
+    EXPECT_EQ(western->GetId(), 5607);
+    EXPECT_EQ(GetNormalizer(kWestern, 5607), western);
+    EXPECT_EQ(GetNormalizer(kWestern, 44414), western);
+    EXPECT_NE(GetDefaultNormalizer(), western); // the default is never in the list
+
+    StringNormalizer* neutral = GetNormalizer(QXCHARSET_NEUTRAL, 44414); // renamed only in 10
+    ASSERT_NE(neutral, nullptr);
+    EXPECT_EQ(neutral->GetId(), 44414);
+    EXPECT_NE(neutral, western);
+    EXPECT_EQ(GetNormalizer(QXCHARSET_NEUTRAL, 44414), neutral);
+
+    EXPECT_TRUE(western->IsActive());
+    EXPECT_FALSE(western->SetActive(false));
+    EXPECT_FALSE(western->IsActive());
+    EXPECT_EQ(GetNormalizer(kWestern, 5607), western);
+    EXPECT_TRUE(western->IsActive()); // handing it out again makes it active
+    EXPECT_EQ(GetNormalizer(QXCHARSET_WINDOWS_GREEK, 56485)->GetPrintableId(), 44564);
+  });
+}
+
+TEST(StringNormalizer, UnknownTableRecordsError74) {
+  const std::pair<QXCHARSET, unsigned short> kUnknown[] = {
+      {kWestern, 12345}, {QXCHARSET_WINDOWS_LATIN2, 5607}, {kWestern, 0}};
+  RunOnNewThread([&] {
+    for (const auto& [cs, id] : kUnknown) {
+      ClearErrors();
+      EXPECT_EQ(GetNormalizer(cs, id), nullptr);
+      ASSERT_EQ(NumErrors(), 1);
+      EXPECT_EQ(GetErrorNum(0), 74);
+      EXPECT_EQ(GetResourceID(0), 74);
+      wchar_t arg[16];
+      GetErrorMsg(L"^0", 0, arg, 16);
+      EXPECT_EQ(std::wstring(arg), std::to_wstring(id));
+    }
+    ClearErrors();
+  });
+}
+
+// ---- Compare and Normalize -----------------------------------------------------
+
+TEST(StringNormalizer, Compare) {
+  const std::wstring lower(300, L'\u00e9'), upper(300, L'E'); // past the stack buffers
+  struct Case {
+    QXCHARSET cs;
+    unsigned short id;
+    const wchar_t *a, *b;
+    int expected;
+  };
+  const Case kCases[] = {
+      {kWestern, 44414, L"\u00e9lan", L"ELAN", 0},
+      {kWestern, 44414, L"abc", L"abcd", -1}, // a prefix first
+      {kWestern, 44414, L"abcd", L"abc", 1},
+      {kWestern, 44414, L"", L"", 0},
+      {kWestern, 44414, nullptr, L"", 0},
+      {kWestern, 44414, L"", L"a", -1},
+      {kWestern, 44414, L"stra\u00dfe", L"STRASE", 0},
+      {kWestern, 44414, L"\u0153uvre", L"OUVRE", 0},
+      {kWestern, 44414, L"z", L"\u00e9", 1}, // folded bytes, not code points
+      {kWestern, 65496, L"\u00e9", L"E", 1}, // table 0 strips nothing
+      // A nonspacing mark composes with the letter before it (E9 > "F").
+      {kWestern, 65496, L"e\u0301", L"f", 1},
+      {kWestern, 44414, L"e\u0301t\u00e9", L"\u00c9TE", 0},
+      {kWestern, 65496, L"ae\u0301", L"ae", 1},
+      {kWestern, 56485, L"a_b", L"a`b", 0},  // punctuation classes
+      {kWestern, 34070, L"\u0153", L"O", 1}, // 9C is not folded in table 6
+      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0451\u043b\u043a\u0430", L"\u0401\u041b\u041a\u0410",
+       0},
+      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0491\u00ab\u201c", L"\u0413\"\"", 0},
+      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03ac\u03bb\u03c6\u03b1", L"\u0391\u039b\u03a6\u0391", 0},
+      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u00ab\u03cc", L"\u00ab\u039f", 0},
+      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03c2", L"\u03a3", 0},
+      {QXCHARSET_WINDOWS_TURKISH, 21121, L"\u0131\u015f\u011f", L"ISG", 0},
+      {QXCHARSET_WINDOWS_TURKISH, 21121, L"\u00e6", L"A", 1},
+      {QXCHARSET_WINDOWS_LATIN2, 40623, L"\u0142\u00f3d\u017a", L"L\u00d3DZ", 0},
+      {QXCHARSET_WINDOWS_LATIN2, 40623, L"\u0107", L"C", 1}, // Polish letters stay distinct
+      {kWestern, 44414, lower.c_str(), upper.c_str(), 0},
+  };
+  RunOnNewThread([&] {
+    for (const Case& c : kCases) {
+      StringNormalizer* n = GetNormalizer(c.cs, c.id);
+      ASSERT_NE(n, nullptr) << c.id;
+      EXPECT_EQ(n->Compare(c.a, c.b), c.expected) << c.id;
+      EXPECT_EQ(n->Compare(c.b, c.a), -c.expected) << c.id;
+    }
+  });
+}
+
+TEST(StringNormalizer, NormalizeRoundTrips) {
+  const std::wstring longText = std::wstring(400, L'\u00e9') + L"x";
+  const std::wstring longFolded = std::wstring(400, L'E') + L"X";
+  struct Case {
+    QXCHARSET cs;
+    unsigned short id;
+    std::wstring in, out;
+  };
+  const Case kCases[] = {
+      {kWestern, 44414, L"\u00e9lan, stra\u00dfe", L"ELAN, STRASE"},
+      {kWestern, 44414, L"", L""},
+      // Characters the set cannot hold come back as its best fit or "?".
+      {kWestern, 44414, L"\u03a9 \u4e00 \u0416", L"O ? ?"},
+      {kWestern, 65496, L"\u00e9t\u00e9", L"\u00e9T\u00e9"},
+      {kWestern, 41909, L"\u00e6\u00f8\u00e5", L"[\\]"},
+      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0451\u0436 \u00e9", L"\u0401\u0416 E"},
+      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03ac\u03b5", L"\u0386\u0388"},
+      {kWestern, 44414, longText, longFolded}, // a heap buffer
+  };
+  RunOnNewThread([&] {
+    for (const Case& c : kCases) {
+      std::vector<wchar_t> text(c.in.begin(), c.in.end());
+      text.push_back(0);
+      GetNormalizer(c.cs, c.id)->Normalize(text.data());
+      EXPECT_EQ(std::wstring(text.data()), c.out) << c.id;
+    }
+    GetDefaultNormalizer()->Normalize(nullptr);
+  });
+}
+
+TEST(StringNormalizer, DoubleByteSetsFoldInTheSystemsCharacterSteps) {
+  // U+30C2 is 83 61 in code page 932: on a single-byte system every byte is
+  // mapped, the trail byte 61 too (83 41 is U+30A2); on a Japanese system
+  // the pair is stepped over.
+  const std::pair<LCID, std::wstring> kSystems[] = {{1033, L"\u30a2A"}, {1041, L"\u30c2A"}};
+  for (const auto& system : kSystems)
+    OnThreadWithLocale(system.first, [&] {
+      wchar_t text[] = L"\u30c2a";
+      GetNormalizer(QXCHARSET_WINDOWS_JAPANESE, 65496)->Normalize(text);
+      EXPECT_EQ(std::wstring(text), system.second) << system.first;
+    });
+  // A table that breaks a pair (lead byte 8A of U+6F22 folds to "S") would
+  // make the text longer: it is left as it was.
+  OnThreadWithLocale(1033, [] {
+    wchar_t text[] = L"\u6f22x";
+    GetNormalizer(QXCHARSET_WINDOWS_JAPANESE, 44414)->Normalize(text);
+    EXPECT_EQ(std::wstring(text), L"\u6f22x");
+  });
+}
+
+// Compare agrees with the oracle on every pair of a sample, which makes it a
+// total preorder; antisymmetry and transitivity are checked outright too.
+// Long random runs are the fuzz target's (fuzz/normalizer_fuzz.cpp).
+TEST(StringNormalizer, CompareIsTheOrderOfTheFoldedBytes) {
+  const QXCHARSET kCharsets[] = {kWestern,
+                                 QXCHARSET_WINDOWS_LATIN2,
+                                 QXCHARSET_WINDOWS_CYRILLIC,
+                                 QXCHARSET_WINDOWS_GREEK,
+                                 QXCHARSET_WINDOWS_TURKISH,
+                                 QXCHARSET_MAC_ROMAN,
+                                 QXCHARSET_WINDOWS_JAPANESE};
+  std::mt19937 random(12);
+  auto text = [&] {
+    std::wstring s(random() % 6, L' ');
+    for (wchar_t& c : s)
+      c = qxtest::kAlphabet[random() % (std::size(qxtest::kAlphabet) - 1)];
+    return s;
+  };
+  for (LCID system : {1033, 1041})
+    OnThreadWithLocale(system, [&] {
+      for (QXCHARSET cs : kCharsets)
+        for (int t = 0; t < qx::kFoldingTableCount; ++t) {
+          StringNormalizer* n = GetNormalizer(cs, FoldingTable(t).id());
+          std::vector<std::wstring> sample(12);
+          for (std::wstring& s : sample)
+            s = text();
+          for (const std::wstring& a : sample)
+            for (const std::wstring& b : sample) {
+              int c = n->Compare(a.c_str(), b.c_str());
+              ASSERT_EQ(c, qxtest::Sign(qxtest::FoldedBytes(cs, FoldingTable(t).map(), a),
+                                        qxtest::FoldedBytes(cs, FoldingTable(t).map(), b)))
+                  << system << " " << cs << " " << t;
+              ASSERT_EQ(n->Compare(b.c_str(), a.c_str()), -c);
+              for (const std::wstring& m : sample)
+                if (c <= 0 && n->Compare(b.c_str(), m.c_str()) <= 0) {
+                  ASSERT_LE(n->Compare(a.c_str(), m.c_str()), 0);
+                }
+            }
+        }
+    });
+}
+
+// ---- The manager in the service set -------------------------------------------
+
+TEST(StringNormalizerSet, AFailedManagerFailsTheCallThatBuildsTheSet) {
+  // Walk the allocations of building a set until the manager's fails.
+  bool seen = false;
+  for (long n = 1; !seen && n < 1000; ++n)
+    RunOnNewThread([&] {
+      qx::platform::FailAllocations(n, false);
+      InstanceData* first = GetInstanceData();
+      qx::platform::FailAllocations(0, false);
+      // The InstanceData itself failing also gives null, and then the next
+      // call builds a whole set.
+      if (first || StringNormalizerManager::Instance())
+        return;
+      seen = true; // the set stopped at the manager: null, then the partial set
+      EXPECT_NE(GetInstanceData(), nullptr);
+      EXPECT_NE(cCharsetConverter::Instance(), nullptr);
+      EXPECT_EQ(cCheckEsc::Instance(), nullptr);
+      EXPECT_EQ(GetDefaultNormalizer(), nullptr);
+      EXPECT_EQ(GetNormalizer(kWestern, 44414), nullptr);
+      EXPECT_FALSE(RequestDefaultNormalizer(0));
+    });
+  EXPECT_TRUE(seen);
+}
+
+// ---- Every allocation failing -----------------------------------------------------
+
+using qxtest::FaultCase;
+using qxtest::Outcome;
+
+bool AllOf(const wchar_t* text, wchar_t c) {
+  const wchar_t one[] = {c, 0};
+  return text[std::wcsspn(text, one)] == 0;
+}
+
+const FaultCase kAllocatingCalls[] = {
+    {"StringNormalizerManager",
+     [] {
+       StringNormalizerManager* m = StringNormalizerManager::Create();
+       if (!m)
+         return FaultCase::kFailed;
+       StringNormalizer* d = m->GetDefaultNormalizer();
+       StringNormalizer* made[5] = {};
+       const unsigned short kIds[] = {44414, 5607, 1298, 55762, 65496};
+       bool all = d != nullptr, right = !d || d->GetId() == 5607;
+       for (int i = 0; i < 5; ++i) {
+         made[i] = m->GetNormalizer(kWestern, kIds[i]);
+         all = all && made[i];
+         right = right && (!made[i] || made[i]->GetId() == (i < 2 ? 5607 : kIds[i]));
+       }
+       delete m;
+       return right ? Outcome(all, true) : FaultCase::kWrong;
+     }},
+    // The texts are static: the case itself must not allocate.
+    {"Normalize (long text)",
+     [] {
+       static wchar_t text[601];
+       std::wmemset(text, L'\u00e9', 600);
+       GetNormalizer(kWestern, 44414)->Normalize(text);
+       return AllOf(text, L'E')        ? FaultCase::kComplete
+              : AllOf(text, L'\u00e9') ? FaultCase::kFailed
+                                       : FaultCase::kWrong;
+     }},
+    {"Compare (long texts, converted whole)",
+     [] {
+       static wchar_t a[601], b[301]; // a: 300 times e and a combining acute accent
+       for (int i = 0; i < 600; i += 2)
+         a[i] = L'e', a[i + 1] = L'\u0301';
+       std::wmemset(b, L'E', 300);
+       int c = GetNormalizer(kWestern, 44414)->Compare(a, b);
+       return c == 0                ? FaultCase::kComplete
+              : c == qxStrCmp(a, b) ? FaultCase::kFailed
+                                    : FaultCase::kWrong;
+     }},
+};
+
+TEST(FaultWalk, NormalizerCallsThatAllocate) {
+  OnThreadWithLocale(1033, [] {
+    for (const FaultCase& c : kAllocatingCalls)
+      EXPECT_GT(qxtest::WalkFaults(c).faults, 0) << c.name;
+  });
+}
+
+} // namespace
