@@ -7,6 +7,7 @@
 //===----------------------------------------------------------------------===//
 #include "frame/service_set.h"
 
+#include "qxutil/files.h"
 #include "qxutil/frame.h"
 #include "qxutil/locale.h"
 #include "qxutil/text.h"
@@ -14,6 +15,11 @@
 namespace qx {
 
 namespace {
+
+// The block cache every context gets: 401 descriptors (400 usable blocks)
+// of 512 bytes.
+constexpr int kCacheBlocks = 401;
+constexpr long kCacheBlockSize = 512;
 
 // Install - creates one service with `create` and installs it under its key.
 template <class Service, class Factory> bool Install(InstanceData* data, Factory create) {
@@ -49,6 +55,10 @@ InstanceData* CreateServices(InstanceData* data) {
     return data;
   if (!Install<cCheckEsc>(data))
     return data;
+  if (!Install<cFileSystem>(data))
+    return data;
+  if (!Install<cFileCache>(data, [] { return cFileCache::Create(kCacheBlocks, kCacheBlockSize); }))
+    return data;
   return data;
 }
 
@@ -59,6 +69,8 @@ void DestroyServices(InstanceData* data) {
   Delete<cCharsetConverter>(data);
   Delete<cLocaleInfo>(data);
   Delete<cCheckEsc>(data);
+  Delete<cFileSystem>(data);
+  Delete<cFileCache>(data);
 }
 
 } // namespace qx
