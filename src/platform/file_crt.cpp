@@ -26,9 +26,6 @@ using namespace qx::platform;
 
 namespace {
 
-// kEintrRetries - interrupted calls are made again, this many times at most.
-constexpr int kEintrRetries = 100;
-
 // Fail - turns the kernel's errno into the runtime's and returns -1.
 int Fail() {
   errno = WindowsErrno(errno);
@@ -167,11 +164,8 @@ int _wsopen(const wchar_t* path, int oflag, int shflag, int pmode) {
   }
   if (shflag != _SH_DENYNO) {
     int op = (shflag == _SH_DENYWR ? LOCK_SH : LOCK_EX) | LOCK_NB;
-    int tries = 0;
-    while (SysFlock(fd, op) != 0) {
+    if (SysFlock(fd, op) != 0) {
       int e = errno;
-      if (e == EINTR && ++tries < kEintrRetries)
-        continue;
       SysClose(fd);
       return e == EWOULDBLOCK ? FailWith(kErrAcces) : (errno = e, Fail());
     }
@@ -191,12 +185,9 @@ int _read(int fd, void* buffer, unsigned int count) {
   if (count > INT_MAX || (!buffer && count))
     return FailWith(kErrInval);
   unsigned int done = 0;
-  int interrupted = 0;
   while (done < count) {
     ssize_t r = SysRead(fd, static_cast<char*>(buffer) + done, count - done);
     if (r < 0) {
-      if (errno == EINTR && ++interrupted < kEintrRetries)
-        continue;
       if (done)
         break;
       return Fail();
@@ -212,11 +203,8 @@ int _write(int fd, const void* buffer, unsigned int count) {
   if (count > INT_MAX || (!buffer && count))
     return FailWith(kErrInval);
   unsigned int done = 0;
-  int interrupted = 0;
   while (done < count) {
     ssize_t r = SysWrite(fd, static_cast<const char*>(buffer) + done, count - done);
-    if (r < 0 && errno == EINTR && ++interrupted < kEintrRetries)
-      continue;
     if (r <= 0) {
       if (r == 0)
         errno = ENOSPC;
@@ -244,12 +232,8 @@ long _lseek(int fd, long offset, int origin) {
 int _chsize(int fd, long size) {
   if (size < 0 || size > INT32_MAX)
     return FailWith(kErrInval);
-  int tries = 0;
-  while (SysFtruncate(fd, size) != 0) {
-    if (errno == EINTR && ++tries < kEintrRetries)
-      continue;
+  if (SysFtruncate(fd, size) != 0)
     return errno == EINVAL ? FailWith(kErrAcces) : Fail();
-  }
   return 0;
 }
 

@@ -82,62 +82,78 @@ void FailFileCalls(long nth, int error, bool persistent) {
 
 long FileCallCount() { return tHook.calls; }
 
-#define QX_SEAM_CALL(failure, call)                                                                \
-  do {                                                                                             \
-    if (Consult() == Verdict::kFail)                                                               \
-      return failure;                                                                              \
-    return call;                                                                                   \
-  } while (0)
+// Call - one call through the hook and the table. An interrupted call
+// (EINTR, from the kernel or the hook) is made again, a bounded number of
+// times: nothing above the seam sees EINTR.
+constexpr int kInterruptRetries = 100;
+
+template <class R, class F> R Call(R failure, F call) {
+  for (int tries = 0;; ++tries) {
+    Verdict v = Consult();
+    R r = v == Verdict::kFail ? failure : call(v == Verdict::kShort);
+    if (r == failure && errno == EINTR && tries < kInterruptRetries)
+      continue;
+    return r;
+  }
+}
 
 int SysOpen(const char* path, int flags, mode_t mode) {
-  QX_SEAM_CALL(-1, gCalls.open(path, flags, mode));
+  return Call(-1, [&](bool) { return gCalls.open(path, flags, mode); });
 }
 int SysClose(int fd) {
+  // Never made again: the descriptor is released even when close fails.
   if (Consult() == Verdict::kFail) {
-    ::close(fd); // a failing close still releases the descriptor, as the kernel's does
+    ::close(fd);
     return -1;
   }
   return gCalls.close(fd);
 }
 ssize_t SysRead(int fd, void* buffer, size_t count) {
-  Verdict v = Consult();
-  if (v == Verdict::kFail)
-    return -1;
-  return gCalls.read(fd, buffer, v == Verdict::kShort ? Shorten(count) : count);
+  return Call<ssize_t>(
+      -1, [&](bool cut) { return gCalls.read(fd, buffer, cut ? Shorten(count) : count); });
 }
 ssize_t SysWrite(int fd, const void* buffer, size_t count) {
-  Verdict v = Consult();
-  if (v == Verdict::kFail)
-    return -1;
-  return gCalls.write(fd, buffer, v == Verdict::kShort ? Shorten(count) : count);
+  return Call<ssize_t>(
+      -1, [&](bool cut) { return gCalls.write(fd, buffer, cut ? Shorten(count) : count); });
 }
 ssize_t SysPread(int fd, void* buffer, size_t count, off_t offset) {
-  Verdict v = Consult();
-  if (v == Verdict::kFail)
-    return -1;
-  return gCalls.pread(fd, buffer, v == Verdict::kShort ? Shorten(count) : count, offset);
+  return Call<ssize_t>(
+      -1, [&](bool cut) { return gCalls.pread(fd, buffer, cut ? Shorten(count) : count, offset); });
 }
 ssize_t SysPwrite(int fd, const void* buffer, size_t count, off_t offset) {
-  Verdict v = Consult();
-  if (v == Verdict::kFail)
-    return -1;
-  return gCalls.pwrite(fd, buffer, v == Verdict::kShort ? Shorten(count) : count, offset);
+  return Call<ssize_t>(-1, [&](bool cut) {
+    return gCalls.pwrite(fd, buffer, cut ? Shorten(count) : count, offset);
+  });
 }
 off_t SysLseek(int fd, off_t offset, int whence) {
-  QX_SEAM_CALL(-1, gCalls.lseek(fd, offset, whence));
+  return Call<off_t>(-1, [&](bool) { return gCalls.lseek(fd, offset, whence); });
 }
-int SysFtruncate(int fd, off_t length) { QX_SEAM_CALL(-1, gCalls.ftruncate(fd, length)); }
-int SysFstat(int fd, struct stat* st) { QX_SEAM_CALL(-1, gCalls.fstat(fd, st)); }
-int SysStat(const char* path, struct stat* st) { QX_SEAM_CALL(-1, gCalls.stat(path, st)); }
-int SysUnlink(const char* path) { QX_SEAM_CALL(-1, gCalls.unlink(path)); }
+int SysFtruncate(int fd, off_t length) {
+  return Call(-1, [&](bool) { return gCalls.ftruncate(fd, length); });
+}
+int SysFstat(int fd, struct stat* st) {
+  return Call(-1, [&](bool) { return gCalls.fstat(fd, st); });
+}
+int SysStat(const char* path, struct stat* st) {
+  return Call(-1, [&](bool) { return gCalls.stat(path, st); });
+}
+int SysUnlink(const char* path) {
+  return Call(-1, [&](bool) { return gCalls.unlink(path); });
+}
 int SysRename(const char* from, const char* to, bool replace) {
-  QX_SEAM_CALL(-1, gCalls.rename(from, to, replace));
+  return Call(-1, [&](bool) { return gCalls.rename(from, to, replace); });
 }
-int SysGetcwd(char* buffer, size_t size) { QX_SEAM_CALL(-1, gCalls.getcwd(buffer, size)); }
-int SysChdir(const char* path) { QX_SEAM_CALL(-1, gCalls.chdir(path)); }
-DIR* SysOpendir(const char* path) { QX_SEAM_CALL(nullptr, gCalls.opendir(path)); }
+int SysGetcwd(char* buffer, size_t size) {
+  return Call(-1, [&](bool) { return gCalls.getcwd(buffer, size); });
+}
+int SysChdir(const char* path) {
+  return Call(-1, [&](bool) { return gCalls.chdir(path); });
+}
+DIR* SysOpendir(const char* path) {
+  return Call<DIR*>(nullptr, [&](bool) { return gCalls.opendir(path); });
+}
 struct dirent* SysReaddir(DIR* dir) {
-  QX_SEAM_CALL(nullptr, gCalls.readdir(dir));
+  return Call<struct dirent*>(nullptr, [&](bool) { return gCalls.readdir(dir); });
 }
 int SysClosedir(DIR* dir) {
   if (Consult() == Verdict::kFail) {
@@ -146,12 +162,14 @@ int SysClosedir(DIR* dir) {
   }
   return gCalls.closedir(dir);
 }
-int SysFlock(int fd, int operation) { QX_SEAM_CALL(-1, gCalls.flock(fd, operation)); }
-int SysUtimens(const char* path, const struct timespec times[2]) {
-  QX_SEAM_CALL(-1, gCalls.utimens(path, times));
+int SysFlock(int fd, int operation) {
+  return Call(-1, [&](bool) { return gCalls.flock(fd, operation); });
 }
-FILE* SysFdopen(int fd, const char* mode) { QX_SEAM_CALL(nullptr, gCalls.fdopen(fd, mode)); }
-
-#undef QX_SEAM_CALL
+int SysUtimens(const char* path, const struct timespec times[2]) {
+  return Call(-1, [&](bool) { return gCalls.utimens(path, times); });
+}
+FILE* SysFdopen(int fd, const char* mode) {
+  return Call<FILE*>(nullptr, [&](bool) { return gCalls.fdopen(fd, mode); });
+}
 
 } // namespace qx::platform

@@ -114,19 +114,12 @@ FARPROC GetKernelProcAddress(LPCSTR name) {
 
 namespace qx::platform {
 
-namespace {
-constexpr int kEintrRetries = 100;
-} // namespace
-
 long ReadAt(int fd, void* buffer, size_t count, long long offset) {
   size_t done = 0;
-  int interrupted = 0;
   while (done < count) {
     ssize_t r = SysPread(fd, static_cast<char*>(buffer) + done, count - done,
                          static_cast<off_t>(offset + static_cast<long long>(done)));
     if (r < 0) {
-      if (errno == EINTR && ++interrupted < kEintrRetries)
-        continue;
       errno = qx::crt::WindowsErrno(errno);
       return done ? static_cast<long>(done) : -1;
     }
@@ -139,12 +132,9 @@ long ReadAt(int fd, void* buffer, size_t count, long long offset) {
 
 long WriteAt(int fd, const void* buffer, size_t count, long long offset) {
   size_t done = 0;
-  int interrupted = 0;
   while (done < count) {
     ssize_t r = SysPwrite(fd, static_cast<const char*>(buffer) + done, count - done,
                           static_cast<off_t>(offset + static_cast<long long>(done)));
-    if (r < 0 && errno == EINTR && ++interrupted < kEintrRetries)
-      continue;
     if (r <= 0) {
       errno = qx::crt::WindowsErrno(r == 0 ? ENOSPC : errno);
       return done ? static_cast<long>(done) : -1;
