@@ -23,16 +23,16 @@ constexpr unsigned long kTempSequenceEnd = 999999;
 
 // Join - `dir` (a separator ensured when not empty) followed by `name`.
 void Join(const wchar_t* dir, const wchar_t* name, wchar_t* out) {
-  strcpyn(out, dir, kPathUnits);
+  CopyText(out, dir, kPathUnits);
   EnsureBackslash(out, kPathUnits);
   size_t n = std::wcslen(out);
-  strcpyn(out + n, name, static_cast<unsigned int>(kPathUnits - n));
+  CopyText(out + n, name, static_cast<unsigned int>(kPathUnits - n));
 }
 
 } // namespace
 
 void cFileSystemImpl::SetDir(int which, const wchar_t* dir) {
-  strcpyn(dirs_[which], dir, kPathUnits);
+  CopyText(dirs_[which], dir, kPathUnits);
 }
 void cFileSystemImpl::SetProgramDir(const wchar_t* dir) { SetDir(kProgram, dir); }
 void cFileSystemImpl::SetAlternateProgramDir(const wchar_t* dir) { SetDir(kAlternate, dir); }
@@ -45,7 +45,7 @@ bool cFileSystemImpl::AddAppDataPath(const wchar_t* dir) {
   wchar_t* copy = nullptr;
   if (!dir || !falloc_(kPathUnits * sizeof(wchar_t), &copy, false, true))
     return false;
-  strcpyn(copy, dir, kPathUnits);
+  CopyText(copy, dir, kPathUnits);
   EnsureBackslash(copy, kPathUnits);
   wchar_t** list = appData_;
   if (!GetMem_(static_cast<unsigned int>((appDataCount_ + 1) * sizeof(wchar_t*)), &list, true)) {
@@ -87,7 +87,7 @@ bool cFileSystemImpl::PathToSomething(wchar_t* reference, const wchar_t* baseDir
     return false;
   wchar_t full[kPathUnits];
   bool relative = FullPathFromRelativePath(baseDir, reference, full);
-  strcpyn(reference, full, kPathUnits);
+  CopyText(reference, full, kPathUnits);
   return relative;
 }
 
@@ -105,7 +105,7 @@ void cFileSystemImpl::RecommendFileName(wchar_t* out, const wchar_t* in, FILETYP
   if (!out)
     return;
   wchar_t name[kPathUnits];
-  strcpyn(name, in, kPathUnits);
+  CopyText(name, in, kPathUnits);
   NormaliseForExtension(name);
   const wchar_t* ext = type <= FILETYPE_PHOTO ? FileExtension(type) : nullptr;
   if (type == FILETYPE_IMAGE) {
@@ -116,14 +116,14 @@ void cFileSystemImpl::RecommendFileName(wchar_t* out, const wchar_t* in, FILETYP
   }
   if (ext)
     MakeExtension(name, ext);
-  strcpyn(out, name, kPathUnits);
+  CopyText(out, name, kPathUnits);
 }
 
 void cFileSystemImpl::RecommendTableFileName(wchar_t* out, const wchar_t* in) {
   if (!out)
     return;
   wchar_t original[kPathUnits];
-  strcpyn(original, in, kPathUnits);
+  CopyText(original, in, kPathUnits);
   RecommendFileName(out, original, FILETYPE_TABLE);
   if (SameName(out, original))
     RecommendFileName(out, original, FILETYPE_DELIMITED);
@@ -144,7 +144,7 @@ void cFileSystemImpl::RelativePathToFullPath(wchar_t* name) {
 
 bool cFileSystemImpl::ResolvePathReference(wchar_t* reference, const wchar_t* basePath) {
   wchar_t dir[kPathUnits];
-  strcpyn(dir, basePath, kPathUnits);
+  CopyText(dir, basePath, kPathUnits);
   SplitFileName(dir, nullptr);
   return PathToSomething(reference, dir);
 }
@@ -170,7 +170,7 @@ bool cFileSystemImpl::ChangeDirectory(int handle, SAVED_DIR* saved) {
     _wgetdcwd(drive, saved->driveCurrent, 260);
   }
   wchar_t target[kPathUnits];
-  strcpyn(target, dir, kPathUnits);
+  CopyText(target, dir, kPathUnits);
   size_t n = std::wcslen(target);
   if (n >= 4 && IsSeparator(target[n - 1]))
     target[n - 1] = 0;
@@ -190,10 +190,10 @@ wchar_t* cFileSystemImpl::TempName(wchar_t* out, const wchar_t* dir, FILETYPE ty
     return nullptr;
   wchar_t d[kPathUnits];
   if (dir) {
-    strcpyn(d, dir, kPathUnits);
+    CopyText(d, dir, kPathUnits);
     EnsureBackslash(d, kPathUnits);
   } else {
-    strcpyn(d, TempDir(), kPathUnits);
+    CopyText(d, TempDir(), kPathUnits);
   }
   const wchar_t* ext = type >= 0 && type < kFileTypeCount ? FileExtension(type) : nullptr;
   if (!ext)
@@ -243,14 +243,14 @@ bool cFileSystemImpl::SearchForFile(wchar_t* name, FILETYPE type) {
   for (int i = 0; i < appDataCount_; ++i) {
     Join(appData_[i], name, candidate);
     if (FileExists(candidate, type)) {
-      strcpyn(name, candidate, kPathUnits);
+      CopyText(name, candidate, kPathUnits);
       return true;
     }
   }
   if (ProgramDir()[0]) {
     Join(ProgramDir(), name, candidate);
     if (FileExists(candidate, type)) {
-      strcpyn(name, candidate, kPathUnits);
+      CopyText(name, candidate, kPathUnits);
       return true;
     }
   }

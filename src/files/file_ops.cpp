@@ -87,9 +87,9 @@ bool cFileSystemImpl::Rename(int* handle, const wchar_t* name, FILETYPE type) {
   BuildName(name, type, &parts);
   wchar_t from[kPathUnits], to[kPathUnits];
   FullPath(e, from);
-  strcpyn(to, parts.dir, kPathUnits);
+  CopyText(to, parts.dir, kPathUnits);
   size_t n = std::wcslen(to);
-  strcpyn(to + n, parts.name, static_cast<unsigned int>(kPathUnits - n));
+  CopyText(to + n, parts.name, static_cast<unsigned int>(kPathUnits - n));
   if (RenameByName(from, to) != 0)
     return false;
   if (!SetName(e, *handle - 1000, parts, type)) {
@@ -140,14 +140,14 @@ wchar_t* cFileSystemImpl::HandleToName(int handle, wchar_t* out) {
   FileEntry* e = Entry(handle);
   if (!e || !out)
     return nullptr;
-  return strcpyn(out, e->name->Name(), kPathUnits);
+  return CopyText(out, e->name->Name(), kPathUnits);
 }
 
 wchar_t* cFileSystemImpl::HandleToDir(int handle, wchar_t* out) {
   FileEntry* e = Entry(handle);
   if (!e || !out)
     return nullptr;
-  return strcpyn(out, e->name->Dir(), kPathUnits);
+  return CopyText(out, e->name->Dir(), kPathUnits);
 }
 
 wchar_t* cFileSystemImpl::HandleToPath(int handle, wchar_t* out) {
@@ -221,26 +221,26 @@ bool cFileSystemImpl::Copy(int source, int target, bool failIfExists) {
 
 int cFileSystemImpl::RenameByName(const wchar_t* from, const wchar_t* to) {
   wchar_t a[kPathUnits], b[kPathUnits];
-  strcpyn(a, from, kPathUnits);
-  strcpyn(b, to, kPathUnits);
+  CopyText(a, from, kPathUnits);
+  CopyText(b, to, kPathUnits);
   return _wrename(a, b);
 }
 
 int cFileSystemImpl::AccessByName(const wchar_t* name, int mode) {
   wchar_t a[kPathUnits];
-  strcpyn(a, name, kPathUnits);
+  CopyText(a, name, kPathUnits);
   return _waccess(a, mode);
 }
 
 int cFileSystemImpl::RemoveByName(const wchar_t* name) {
   wchar_t a[kPathUnits];
-  strcpyn(a, name, kPathUnits);
+  CopyText(a, name, kPathUnits);
   return _wremove(a);
 }
 
 int cFileSystemImpl::StatByName(const wchar_t* name, struct _stat32* out) {
   wchar_t a[kPathUnits];
-  strcpyn(a, name, kPathUnits);
+  CopyText(a, name, kPathUnits);
   return _wstat32(a, out);
 }
 

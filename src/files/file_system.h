@@ -197,6 +197,7 @@ private:
   int CachedRead(int handle, FileEntry* e, unsigned char* out, unsigned int count);
   int CachedWrite(int handle, FileEntry* e, const unsigned char* data, unsigned int count);
   void ExtendLastBlock(int handle, long oldLength);
+  void ReadAhead(int handle, FileEntry* e, long block, long bytes);
 
   // directories.cpp
   void SetDir(int which, const wchar_t* dir);

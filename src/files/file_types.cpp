@@ -38,6 +38,10 @@ constexpr TypeInfo kTypes[kFileTypeCount] = {
     {L".JPG", false},                                     // FILETYPE_PHOTO
 };
 
+static_assert(FILETYPE_PHOTO == kFileTypeCount - 1 && FILETYPE_FOLDER == 68,
+              "one table entry per FILETYPE value");
+static_assert(kTypes[FILETYPE_PHOTO].extension != nullptr, "the table is complete");
+
 } // namespace
 
 const wchar_t* DefaultExtension(int type) {

@@ -14,6 +14,7 @@
 #include "files/file_system.h"
 
 #include "platform/file_crt.h"
+#include "platform/file_win.h"
 
 #include <cstring>
 
@@ -24,6 +25,8 @@ using namespace qx::crt;
 namespace {
 
 constexpr long kMaxPosition = 0x7FFFFFFF;
+// kReadAheadBytes - the most a read brings into the cache with one call.
+constexpr long kReadAheadBytes = 16 * 1024;
 
 // Room - how many of `count` bytes fit between `position` and the largest
 // 32-bit position.
@@ -82,8 +85,11 @@ int cFileSystemImpl::CachedRead(int handle, FileEntry* e, unsigned char* out, un
   while (done < count && e->position < e->length) {
     long block = e->position / size, offset = e->position % size;
     CacheBlock* b = nullptr;
-    if (!cache->Fetch(handle, block, &b, cFileCache::kFetchRead))
-      return done ? static_cast<int>(done) : -1;
+    if (!cache->Fetch(handle, block, &b, cFileCache::kFetchLookup)) {
+      ReadAhead(handle, e, block, offset + (count - done));
+      if (!cache->Fetch(handle, block, &b, cFileCache::kFetchRead))
+        return done ? static_cast<int>(done) : -1;
+    }
     if (offset >= b->validLength)
       break;
     unsigned int n = static_cast<unsigned int>(b->validLength - offset);
@@ -96,6 +102,36 @@ int cFileSystemImpl::CachedRead(int handle, FileEntry* e, unsigned char* out, un
       break; // the block was not filled to its end
   }
   return static_cast<int>(done);
+}
+
+void cFileSystemImpl::ReadAhead(int handle, FileEntry* e, long block, long bytes) {
+  // A read that needs several blocks missing from the cache brings them in
+  // with one system call instead of one each. Blocks missing from the cache
+  // hold on disk what the file holds, so they come in clean.
+  cFileCache* cache = cFileCache::Instance();
+  long size = cache->BlockSize();
+  long most = kReadAheadBytes / size;
+  if (most > cache->BlockCount() - 1)
+    most = cache->BlockCount() - 1;
+  long wanted = (bytes + size - 1) / size;
+  long inFile = (e->length + size - 1) / size - block;
+  long n = 0;
+  CacheBlock* b = nullptr;
+  while (n < wanted && n < most && n < inFile &&
+         !(n > 0 && cache->Fetch(handle, block + n, &b, cFileCache::kFetchLookup)))
+    ++n;
+  if (n < 2 || e->fd < 0)
+    return;
+  unsigned char scratch[kReadAheadBytes];
+  long got = qx::platform::ReadAt(e->fd, scratch, static_cast<size_t>(n * size),
+                                  static_cast<long long>(block) * size);
+  for (long i = 0; i < n && got > i * size; ++i) {
+    if (!cache->Fetch(handle, block + i, &b, cFileCache::kFetchClaim))
+      return;
+    long valid = got - i * size < size ? got - i * size : size;
+    std::memcpy(cache->Data(b->dataSlot), scratch + i * size, static_cast<size_t>(valid));
+    b->validLength = static_cast<int32_t>(valid);
+  }
 }
 
 int cFileSystemImpl::Write(int handle, const void* data, unsigned int count) {

@@ -1,7 +1,7 @@
 //===- files/name_index.cpp - Registered names by hash --------------------===//
 #include "files/name_index.h"
 
-#include "platform/unicode.h"
+#include "files/names.h"
 #include "qxutil/frame.h"
 
 #include <initializer_list>
@@ -18,7 +18,7 @@ bool NameIndex::Grow() {
   if (!falloc_(capacity * static_cast<unsigned int>(sizeof(Bucket)), &grown, false, false))
     return false;
   for (uint32_t i = 0; i < capacity; ++i)
-    grown[i] = Bucket{0, kEmpty};
+    grown[i] = Bucket{0, kEmpty, nullptr};
   uint32_t mask = capacity - 1;
   if (buckets_) {
     for (uint32_t i = 0; i <= mask_; ++i) {
@@ -37,7 +37,7 @@ bool NameIndex::Grow() {
   return true;
 }
 
-bool NameIndex::Insert(uint32_t hash, int32_t index) {
+bool NameIndex::Insert(uint32_t hash, int32_t index, const void* record) {
   // At most half the buckets in use, removed ones included.
   if ((!buckets_ || (used_ + 1) * 2 > mask_ + 1) && !Grow())
     return false;
@@ -46,7 +46,7 @@ bool NameIndex::Insert(uint32_t hash, int32_t index) {
     i = (i + 1) & mask_;
   if (buckets_[i].index == kEmpty)
     ++used_;
-  buckets_[i] = Bucket{hash, index};
+  buckets_[i] = Bucket{hash, index, record};
   ++live_;
   return true;
 }
@@ -67,7 +67,7 @@ uint32_t NameHash(const wchar_t* dir, const wchar_t* name) {
   uint32_t h = 2166136261u; // FNV-1a over the upper-cased units
   for (const wchar_t* s : {dir, name}) {
     for (; *s; ++s) {
-      h ^= static_cast<uint32_t>(qx::platform::CharToUpper(*s));
+      h ^= static_cast<uint32_t>(FoldCase(*s));
       h *= 16777619u;
     }
     h ^= 0xFFu; // between the two parts

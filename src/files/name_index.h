@@ -22,12 +22,14 @@ public:
   NameIndex(const NameIndex&) = delete;
   NameIndex& operator=(const NameIndex&) = delete;
 
-  /// Insert - adds entry `index` under `hash`; false when memory fails.
-  bool Insert(uint32_t hash, int32_t index);
+  /// Insert - adds entry `index` under `hash`, with `record` (what the
+  /// caller's test reads, kept beside it so that a lookup touches no more
+  /// memory); false when memory fails.
+  bool Insert(uint32_t hash, int32_t index, const void* record);
   /// Remove - takes entry `index` (stored under `hash`) out.
   void Remove(uint32_t hash, int32_t index);
-  /// Find - the lowest entry index under `hash` for which accept(index) is
-  /// true, or -1.
+  /// Find - the lowest entry index under `hash` for which
+  /// accept(index, record) is true, or -1.
   template <class Accept> int32_t Find(uint32_t hash, Accept accept) const {
     if (!buckets_)
       return -1;
@@ -36,7 +38,8 @@ public:
       const Bucket& b = buckets_[i];
       if (b.index == kEmpty)
         return best;
-      if (b.index >= 0 && b.hash == hash && (best < 0 || b.index < best) && accept(b.index))
+      if (b.index >= 0 && b.hash == hash && (best < 0 || b.index < best) &&
+          accept(b.index, b.record))
         best = b.index;
     }
   }
@@ -45,6 +48,7 @@ private:
   struct Bucket {
     uint32_t hash;
     int32_t index; // kEmpty, kRemoved or an entry index
+    const void* record;
   };
   static constexpr int32_t kEmpty = -1;
   static constexpr int32_t kRemoved = -2;

@@ -2,7 +2,6 @@
 #include "files/names.h"
 
 #include "platform/file_crt.h"
-#include "platform/unicode.h"
 
 #include <cwchar>
 
@@ -26,6 +25,17 @@ wchar_t* NamePart(wchar_t* name) {
 
 } // namespace
 
+wchar_t* CopyText(wchar_t* dst, const wchar_t* src, size_t size) {
+  if (!dst || size == 0)
+    return dst;
+  size_t i = 0;
+  if (src)
+    for (; i + 1 < size && src[i]; ++i)
+      dst[i] = src[i];
+  dst[i] = 0;
+  return dst;
+}
+
 const wchar_t* LastSeparator(const wchar_t* s) {
   const wchar_t* last = nullptr;
   for (; *s; ++s)
@@ -44,7 +54,7 @@ void EnsureBackslash(wchar_t* s, size_t size) {
 
 bool SameName(const wchar_t* a, const wchar_t* b) {
   for (;; ++a, ++b) {
-    if (qx::platform::CharToUpper(*a) != qx::platform::CharToUpper(*b))
+    if (FoldCase(*a) != FoldCase(*b))
       return false;
     if (*a == 0)
       return true;
@@ -53,7 +63,7 @@ bool SameName(const wchar_t* a, const wchar_t* b) {
 
 bool SameNamePrefix(const wchar_t* s, const wchar_t* prefix) {
   for (; *prefix; ++s, ++prefix)
-    if (qx::platform::CharToUpper(*s) != qx::platform::CharToUpper(*prefix))
+    if (FoldCase(*s) != FoldCase(*prefix))
       return false;
   return true;
 }
@@ -177,11 +187,11 @@ bool CalcRelative(const wchar_t* base, const wchar_t* target, wchar_t* out) {
     return false;
   size_t tlen = std::wcslen(target);
   if (tlen >= 4 && !IsSeparator(target[0]) && target[1] != L':') {
-    strcpyn(out, target, kPathUnits);
+    CopyText(out, target, kPathUnits);
     return true;
   }
   wchar_t b[kPathUnits];
-  strcpyn(b, base, kPathUnits);
+  CopyText(b, base, kPathUnits);
   EnsureBackslash(b, kPathUnits);
   wchar_t prefix[kPathUnits] = {};
   size_t plen = 0;
@@ -204,7 +214,7 @@ bool CalcRelative(const wchar_t* base, const wchar_t* target, wchar_t* out) {
     b[n] = 0;
     Append(prefix, &plen, kPathUnits, L"..\\", 3);
   }
-  strcpyn(out, target, kPathUnits);
+  CopyText(out, target, kPathUnits);
   return false;
 }
 
@@ -222,7 +232,7 @@ bool FullFromRelative(const wchar_t* base, const wchar_t* relative, wchar_t* out
   }
   Append(full, &n, kPathUnits, relative, std::wcslen(relative));
   Qualify(full);
-  strcpyn(out, full, kPathUnits);
+  CopyText(out, full, kPathUnits);
   return !absolute;
 }
 
@@ -249,7 +259,7 @@ void PartialPath(const wchar_t* path, wchar_t* out, int size) {
     }
   }
   const wchar_t* sep = LastSeparator(path);
-  strcpyn(out, sep ? sep + 1 : path, static_cast<unsigned int>(room));
+  CopyText(out, sep ? sep + 1 : path, static_cast<unsigned int>(room));
 }
 
 } // namespace qx::files

@@ -10,6 +10,7 @@
 #ifndef QXUTIL_FILES_NAMES_H
 #define QXUTIL_FILES_NAMES_H
 
+#include "platform/unicode.h"
 #include "qxutil/files.h"
 
 #include <cstddef>
@@ -22,6 +23,18 @@ constexpr size_t kPathUnits = 261;
 constexpr size_t kNameUnits = 255;
 
 inline bool IsSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
+
+/// CopyText - strcpyn without its zero fill: at most `size` - 1 units of
+/// `src` (null reads as empty) and a terminator. Returns `dst`.
+wchar_t* CopyText(wchar_t* dst, const wchar_t* src, size_t size);
+
+/// FoldCase - the library's upper-casing (CharUpperW) of one unit; ASCII
+/// without a table lookup.
+inline wchar_t FoldCase(wchar_t c) {
+  if (c < 0x80)
+    return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - 0x20) : c;
+  return qx::platform::CharToUpper(c);
+}
 
 /// LastSeparator - the last separator of `s`, or null.
 const wchar_t* LastSeparator(const wchar_t* s);

@@ -67,10 +67,8 @@ FileEntry* cFileSystemImpl::Entry(int handle) const {
 }
 
 void cFileSystemImpl::BuildName(const wchar_t* name, FILETYPE type, NameParts* parts) {
-  wchar_t full[kPathUnits];
-  strcpyn(full, name ? name : L"", kPathUnits);
-  QualifyFileName(full);
-  strcpyn(parts->dir, full, kPathUnits);
+  CopyText(parts->dir, name, kPathUnits);
+  QualifyFileName(parts->dir);
   SplitFileName(parts->dir, parts->name);
   if (MungeFileName(type))
     MakeExtension(parts->name, FileExtension(type));
@@ -79,10 +77,10 @@ void cFileSystemImpl::BuildName(const wchar_t* name, FILETYPE type, NameParts* p
 
 int cFileSystemImpl::Find(const NameParts& parts, FILETYPE type) const {
   uint32_t hash = NameHash(parts.dir, parts.name);
-  int32_t found = index_.Find(hash, [&](int32_t i) {
-    const FileEntry& e = table_[i];
-    return e.InUse() && TypesMatch(e.name->type, type) && SameName(e.name->Dir(), parts.dir) &&
-           SameName(e.name->Name(), parts.name);
+  int32_t found = index_.Find(hash, [&](int32_t, const void* r) {
+    auto* record = static_cast<const FileNameRecord*>(r);
+    return TypesMatch(record->type, type) && SameName(record->Dir(), parts.dir) &&
+           SameName(record->Name(), parts.name);
   });
   return found < 0 ? 0 : found + kFirstHandle;
 }
@@ -99,7 +97,7 @@ bool cFileSystemImpl::SetName(FileEntry* e, int index, const NameParts& parts, F
   std::wmemcpy(record->text, parts.dir, dirLen + 1);
   std::wmemcpy(record->text + dirLen + 1, parts.name, nameLen + 1);
   record->hash = NameHash(parts.dir, parts.name);
-  if (!index_.Insert(record->hash, index)) {
+  if (!index_.Insert(record->hash, index, record)) {
     ffree(reinterpret_cast<void**>(&record));
     return false;
   }
@@ -116,7 +114,7 @@ void cFileSystemImpl::FullPath(const FileEntry* e, wchar_t* out) const {
   if (n >= kPathUnits)
     n = kPathUnits - 1;
   std::wmemcpy(out, e->name->Dir(), n);
-  strcpyn(out + n, e->name->Name(), static_cast<unsigned int>(kPathUnits - n));
+  CopyText(out + n, e->name->Name(), static_cast<unsigned int>(kPathUnits - n));
 }
 
 int cFileSystemImpl::RegisterFile(const wchar_t* name, FILETYPE type, bool unique) {
