@@ -47,9 +47,9 @@ struct FileEntry {
   FILETIME lastWrite; // at the last real close; 0 never taken, -1 failed
   void* storage;      // structured-storage stream state (not provided yet)
   char* appBuffer;    // owned, freed at each real close
-  // Bookkeeping of the idle list (entries kept open with an open count of 0).
-  int32_t idlePrev, idleNext;
-  uint32_t idleSince; // the open counter when the entry became idle
+  // Bookkeeping of the idle entries (kept open with an open count of 0).
+  int32_t idleAt;    // position in the idle list, -1 when not idle
+  int64_t idleSince; // the open counter when the entry became idle
 
   static constexpr uint32_t kCountMask = 0x3FF;
   static constexpr uint32_t kInUse = 1u << 10;
@@ -189,7 +189,7 @@ private:
   int Open(int handle, eOpenMode mode, int* changed, bool stream);
   bool ReallyClose(int handle);
   bool CloseOldestIdle();
-  void EnterIdle(int index);
+  bool EnterIdle(int index);
   void LeaveIdle(int index);
   void ReportOpen(int resourceId, int number, const FileEntry* e, int error = 0);
 
@@ -217,9 +217,16 @@ private:
   qx::win::GetFileAttributesExWProc getAttributesEx_ = nullptr;
 
   NameIndex index_;
-  int firstFree_ = 0;     // no free slot lies below it
-  uint32_t opens_ = 0;    // opens so far: the clock of the idle ages
-  int32_t idleHead_ = -1; // the idle list, most recently idle first
+  int firstFree_ = 0; // no free slot lies below it
+  int64_t opens_ = 0; // opens so far: the clock of the idle ages
+  /// IdleSlot - an idle entry and the open counter less its age when it
+  /// became idle: the smallest is the oldest.
+  struct IdleSlot {
+    int32_t index;
+    int64_t stamp;
+  };
+  IdleSlot* idleList_ = nullptr; // idle_ entries, in no order
+  int idleCapacity_ = 0;
   unsigned long tempSequence_ = 0;
 };
 

@@ -10,8 +10,8 @@
 // Ages: an entry's age is 1 when it is opened and grows by one with every
 // open of another file while it is idle. It is kept as a base and the open
 // counter at the moment the entry became idle, so an open costs nothing per
-// idle file; only the idle entries (a list, at most the bound) are looked
-// at when one must be closed.
+// idle file; only the idle entries (a compact list, at most the bound) are
+// looked at when one must be closed.
 //
 //===----------------------------------------------------------------------===//
 #include "files/file_system.h"
@@ -55,42 +55,43 @@ void cFileSystemImpl::ReportOpen(int resourceId, int number, const FileEntry* e,
   }
 }
 
-void cFileSystemImpl::EnterIdle(int index) {
+bool cFileSystemImpl::EnterIdle(int index) {
+  if (idle_ == idleCapacity_) {
+    int grown = idleCapacity_ ? idleCapacity_ * 2 : 64;
+    IdleSlot* list = idleList_;
+    if (!GetMem_(static_cast<unsigned int>(grown * sizeof(IdleSlot)), &list, true))
+      return false;
+    idleList_ = list;
+    idleCapacity_ = grown;
+  }
   FileEntry& e = table_[index];
   e.idleSince = opens_;
-  e.idlePrev = -1;
-  e.idleNext = idleHead_;
-  if (idleHead_ >= 0)
-    table_[idleHead_].idlePrev = index;
-  idleHead_ = index;
-  ++idle_;
+  e.idleAt = idle_;
+  idleList_[idle_++] = IdleSlot{index, opens_ - e.age};
+  return true;
 }
 
 void cFileSystemImpl::LeaveIdle(int index) {
   FileEntry& e = table_[index];
   e.age += static_cast<int32_t>(opens_ - e.idleSince);
-  if (e.idlePrev >= 0)
-    table_[e.idlePrev].idleNext = e.idleNext;
-  else
-    idleHead_ = e.idleNext;
-  if (e.idleNext >= 0)
-    table_[e.idleNext].idlePrev = e.idlePrev;
-  e.idlePrev = e.idleNext = -1;
-  --idle_;
+  IdleSlot last = idleList_[--idle_];
+  idleList_[e.idleAt] = last;
+  table_[last.index].idleAt = e.idleAt;
+  e.idleAt = -1;
 }
 
 bool cFileSystemImpl::CloseOldestIdle() {
+  // The greatest age (opens_ - stamp), the lowest index among equals.
   int oldest = -1;
-  int64_t oldestAge = 0;
-  for (int i = idleHead_; i >= 0; i = table_[i].idleNext) {
-    const FileEntry& e = table_[i];
-    int64_t age = static_cast<int64_t>(e.age) + (opens_ - e.idleSince);
-    if (age > oldestAge || (age == oldestAge && age > 0 && i < oldest)) {
-      oldest = i;
-      oldestAge = age;
+  int64_t stamp = 0;
+  for (int k = 0; k < idle_; ++k) {
+    const IdleSlot& s = idleList_[k];
+    if (oldest < 0 || s.stamp < stamp || (s.stamp == stamp && s.index < oldest)) {
+      oldest = s.index;
+      stamp = s.stamp;
     }
   }
-  return oldest >= 0 && ReallyClose(oldest + 1000);
+  return oldest >= 0 && opens_ - stamp > 0 && ReallyClose(oldest + 1000);
 }
 
 bool cFileSystemImpl::ReallyClose(int handle) {
@@ -123,8 +124,8 @@ bool cFileSystemImpl::ReallyClose(int handle) {
 void cFileSystemImpl::ReallyCloseAll() {
   if (!table_ || idle_ == 0)
     return;
-  while (idleHead_ >= 0)
-    if (!ReallyClose(idleHead_ + 1000))
+  while (idle_ > 0)
+    if (!ReallyClose(idleList_[idle_ - 1].index + 1000))
       break;
 }
 
@@ -282,9 +283,8 @@ int cFileSystemImpl::Close(int handle) {
     ReportError(eErrorLevelError, 53, 53, text);
     return -1;
   }
-  if (e->Count() == 1 && !closeAtOnce_ && e->mode == OPEN_READ) {
+  if (e->Count() == 1 && !closeAtOnce_ && e->mode == OPEN_READ && EnterIdle(handle - 1000)) {
     e->SetCount(0);
-    EnterIdle(handle - 1000);
     return 0;
   }
   if (e->Count() == 1 && !ReallyClose(handle))

@@ -54,6 +54,7 @@ cFileSystemImpl::~cFileSystemImpl() {
     ffree(reinterpret_cast<void**>(&table_[i].appBuffer));
   }
   ffree(reinterpret_cast<void**>(&table_));
+  ffree(reinterpret_cast<void**>(&idleList_));
   for (int i = 0; i < appDataCount_; ++i)
     ffree(reinterpret_cast<void**>(&appData_[i]));
   ffree(reinterpret_cast<void**>(&appData_));
@@ -149,7 +150,7 @@ int cFileSystemImpl::RegisterFile(const wchar_t* name, FILETYPE type, bool uniqu
     return 0;
   e->flags = FileEntry::kInUse;
   e->fd = -1;
-  e->idlePrev = e->idleNext = -1;
+  e->idleAt = -1;
   e->charset = system_charset();
   firstFree_ = index + 1;
   return index + kFirstHandle;
