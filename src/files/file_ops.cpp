@@ -99,15 +99,21 @@ bool cFileSystemImpl::Rename(int* handle, const wchar_t* name, FILETYPE type) {
   return true;
 }
 
-bool cFileSystemImpl::Touch(int handle) {
+bool cFileSystemImpl::WrittenPath(int handle, wchar_t* path) {
   FileEntry* e = Entry(handle);
   if (!e)
     return false;
   if (cFileCache* cache = cFileCache::Instance())
     if (!cache->Flush(handle))
       return false;
-  wchar_t path[kPathUnits];
   FullPath(e, path);
+  return true;
+}
+
+bool cFileSystemImpl::Touch(int handle) {
+  wchar_t path[kPathUnits];
+  if (!WrittenPath(handle, path))
+    return false;
   if (_waccess(path, 0) == 0)
     return _wutime(path, nullptr) == 0;
   int fd = _wsopen(path, _O_RDWR | _O_CREAT | _O_BINARY, _SH_DENYNO, _S_IREAD | _S_IWRITE);
@@ -125,15 +131,8 @@ long cFileSystemImpl::GetTimestamp(int handle) {
 }
 
 bool cFileSystemImpl::SetTimestamp(int handle) {
-  FileEntry* e = Entry(handle);
-  if (!e)
-    return false;
-  if (cFileCache* cache = cFileCache::Instance())
-    if (!cache->Flush(handle))
-      return false;
   wchar_t path[kPathUnits];
-  FullPath(e, path);
-  return _wutime(path, nullptr) == 0;
+  return WrittenPath(handle, path) && _wutime(path, nullptr) == 0;
 }
 
 wchar_t* cFileSystemImpl::HandleToName(int handle, wchar_t* out) {

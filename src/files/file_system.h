@@ -194,10 +194,14 @@ private:
   void ReportOpen(int resourceId, int number, const FileEntry* e, int error = 0);
 
   // handle_io.cpp
+  FileEntry* TransferEntry(int handle, const void* bytes, unsigned int* count);
   int CachedRead(int handle, FileEntry* e, unsigned char* out, unsigned int count);
   int CachedWrite(int handle, FileEntry* e, const unsigned char* data, unsigned int count);
   void ExtendLastBlock(int handle, long oldLength);
   void ReadAhead(int handle, FileEntry* e, long block, long bytes);
+
+  // file_ops.cpp
+  bool WrittenPath(int handle, wchar_t* path);
 
   // directories.cpp
   void SetDir(int which, const wchar_t* dir);

@@ -59,15 +59,22 @@ long cFileSystemImpl::Seek(int handle, long offset, int whence) {
 
 long cFileSystemImpl::Tell(int handle) { return Seek(handle, 0, 1); }
 
-int cFileSystemImpl::Read(int handle, void* buffer, unsigned int count) {
+FileEntry* cFileSystemImpl::TransferEntry(int handle, const void* bytes, unsigned int* count) {
   FileEntry* e = Entry(handle);
-  if (!e || (!buffer && count))
-    return -1;
+  if (!e || (!bytes && *count))
+    return nullptr;
   if (e->position < 0) {
     errno = kErrInval;
-    return -1;
+    return nullptr;
   }
-  count = Room(e->position, count);
+  *count = Room(e->position, *count);
+  return e;
+}
+
+int cFileSystemImpl::Read(int handle, void* buffer, unsigned int count) {
+  FileEntry* e = TransferEntry(handle, buffer, &count);
+  if (!e)
+    return -1;
   if (cFileCache::Instance())
     return CachedRead(handle, e, static_cast<unsigned char*>(buffer), count);
   if (_lseek(e->fd, e->position, 0) < 0)
@@ -135,14 +142,9 @@ void cFileSystemImpl::ReadAhead(int handle, FileEntry* e, long block, long bytes
 }
 
 int cFileSystemImpl::Write(int handle, const void* data, unsigned int count) {
-  FileEntry* e = Entry(handle);
-  if (!e || (!data && count))
+  FileEntry* e = TransferEntry(handle, data, &count);
+  if (!e)
     return -1;
-  if (e->position < 0) {
-    errno = kErrInval;
-    return -1;
-  }
-  count = Room(e->position, count);
   if (cFileCache::Instance())
     return CachedWrite(handle, e, static_cast<const unsigned char*>(data), count);
   if (_lseek(e->fd, e->position, 0) < 0)
