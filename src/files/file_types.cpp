@@ -8,6 +8,7 @@
 //===----------------------------------------------------------------------===//
 #include "files/names.h"
 
+#include <cstdint>
 #include <cwchar>
 
 namespace qx::files {
@@ -50,11 +51,43 @@ const wchar_t* DefaultExtension(int type) {
 
 bool ForcesExtension(int type) { return type >= 0 && type < kFileTypeCount && kTypes[type].forced; }
 
+namespace {
+
+// Packed - the up to three upper-cased units after an extension's dot, and
+// their count, in one number (0 for anything longer or outside the BMP), so
+// that a name's extension is compared with all the defaults at the cost of
+// one integer compare each.
+uint64_t Packed(const wchar_t* ext) {
+  uint64_t code = 0;
+  size_t n = 0;
+  for (const wchar_t* p = ext + 1; *p; ++p, ++n) {
+    wchar_t c = FoldCase(*p);
+    if (n == 3 || c > 0xFFFF)
+      return 0;
+    code = (code << 16) | static_cast<uint64_t>(c);
+  }
+  return code | (static_cast<uint64_t>(n + 1) << 48);
+}
+
+struct PackedExtensions {
+  uint64_t codes[kFileTypeCount];
+  PackedExtensions() {
+    for (int t = 0; t < kFileTypeCount; ++t)
+      codes[t] = kTypes[t].extension ? Packed(kTypes[t].extension) : 0;
+  }
+};
+
+} // namespace
+
 bool IsDefaultExtension(const wchar_t* ext) {
   if (!ext || ext[0] != L'.')
     return false;
-  for (const TypeInfo& t : kTypes)
-    if (t.extension && SameName(t.extension, ext))
+  static const PackedExtensions packed;
+  uint64_t code = Packed(ext);
+  if (code == 0)
+    return false;
+  for (uint64_t c : packed.codes)
+    if (c == code)
       return true;
   return false;
 }
