@@ -139,6 +139,32 @@ TEST_F(Registry, IdleFilesAndTheBound) {
   EXPECT_EQ(GetMaxFileCount(), 1);
 }
 
+TEST_F(Registry, TheOldestIdleFileIsClosedFirst) {
+  RegistrySettings s;
+  s.maxOpenFiles = 2;
+  s.closeAtOnce = false;
+  ScopedRegistry r(s);
+  int h[3];
+  for (int i = 0; i < 3; ++i) {
+    std::string name(1, static_cast<char>('a' + i));
+    dir_.Write(name, name);
+    h[i] = register_file(Path(name.c_str()).c_str(), FILETYPE_ANY, true);
+  }
+  auto cycle = [&](int i) { // open read-only and close: the file stays open, idle
+    ASSERT_EQ(fileopen(h[i], OPEN_READ, nullptr), h[i]);
+    ASSERT_EQ(close2(h[i]), 0);
+  };
+  cycle(0);
+  cycle(1);
+  cycle(2); // a is the older idle file
+  EXPECT_EQ(GetFileFD(h[0]), -1);
+  EXPECT_GE(GetFileFD(h[1]), 0);
+  cycle(1); // reused: no open, no age reset
+  cycle(0); // b is older than c now
+  EXPECT_EQ(GetFileFD(h[1]), -1);
+  EXPECT_GE(GetFileFD(h[2]), 0);
+}
+
 TEST_F(Registry, ReadOnlyFilesRetryThenFail) {
   RegistrySettings s;
   s.retry = [](eOpenMode, const wchar_t*, long& since) {
