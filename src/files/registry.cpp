@@ -23,12 +23,19 @@ namespace {
 constexpr int kFirstHandle = 1000;
 constexpr int kTableGrowth = 100;
 
+// time_100() runs from 0 to this value and then starts again at 0.
+constexpr long kTime100Period = 0xFFFFFFFFL / 10 + 1;
+
 // DefaultRetry - retries until GetFileAccessRetryTime() hundredths have
-// passed since the first failure, without sleeping.
+// passed since the first failure, without sleeping. An open retrying
+// while the tick count wraps still gives up after the retry time.
 bool DefaultRetry(eOpenMode, const wchar_t*, long& since) {
   if (since == 0)
     since = time_100();
-  if (time_100() - since < GetFileAccessRetryTime())
+  long elapsed = time_100() - since;
+  if (elapsed < 0)
+    elapsed += kTime100Period;
+  if (elapsed < GetFileAccessRetryTime())
     return true;
   since = 0;
   return false;
