@@ -175,6 +175,80 @@ struct CURRENCYFMTW {
 #define WC_COMPOSITECHECK 0x00000200
 #define WC_NO_BEST_FIT_CHARS 0x00000400
 
+// ---- Files (see qxutil/files.h) -------------------------------------------
+
+#define INVALID_FILE_ATTRIBUTES ((DWORD)0xFFFFFFFF)
+#define FILE_ATTRIBUTE_READONLY 0x00000001
+#define FILE_ATTRIBUTE_HIDDEN 0x00000002
+#define FILE_ATTRIBUTE_DIRECTORY 0x00000010
+#define FILE_ATTRIBUTE_ARCHIVE 0x00000020
+#define FILE_ATTRIBUTE_NORMAL 0x00000080
+
+#define MOVEFILE_REPLACE_EXISTING 0x00000001
+
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard = 0, GetFileExMaxInfoLevel = 1 };
+
+struct WIN32_FILE_ATTRIBUTE_DATA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime;
+  FILETIME ftLastAccessTime;
+  FILETIME ftLastWriteTime;
+  DWORD nFileSizeHigh;
+  DWORD nFileSizeLow;
+};
+
+// The Microsoft C runtime's open flags, share modes and permission bits, with
+// its values (glibc's O_ flags have other values).
+#define _O_RDONLY 0x0000
+#define _O_WRONLY 0x0001
+#define _O_RDWR 0x0002
+#define _O_APPEND 0x0008
+#define _O_CREAT 0x0100
+#define _O_TRUNC 0x0200
+#define _O_EXCL 0x0400
+#define _O_TEXT 0x4000
+#define _O_BINARY 0x8000
+
+#define _SH_DENYRW 0x10
+#define _SH_DENYWR 0x20
+#define _SH_DENYRD 0x30
+#define _SH_DENYNO 0x40
+
+#define _S_IFMT 0xF000
+#define _S_IFDIR 0x4000
+#define _S_IFREG 0x8000
+#define _S_IREAD 0x0100
+#define _S_IWRITE 0x0080
+#define _S_IEXEC 0x0040
+
+typedef int32_t __time32_t;
+
+// _stat32 - what _wstat32 fills in, with the Microsoft runtime's member
+// order and widths. glibc's <sys/stat.h> defines st_atime, st_mtime and
+// st_ctime as macros; they are set aside while the record is declared.
+#pragma push_macro("st_atime")
+#pragma push_macro("st_mtime")
+#pragma push_macro("st_ctime")
+#undef st_atime
+#undef st_mtime
+#undef st_ctime
+struct _stat32 {
+  uint32_t st_dev;
+  uint16_t st_ino;
+  uint16_t st_mode;
+  int16_t st_nlink;
+  int16_t st_uid;
+  int16_t st_gid;
+  uint32_t st_rdev;
+  int32_t st_size;
+  __time32_t st_atime;
+  __time32_t st_mtime;
+  __time32_t st_ctime;
+};
+#pragma pop_macro("st_ctime")
+#pragma pop_macro("st_mtime")
+#pragma pop_macro("st_atime")
+
 // ---- Calls a host may need -------------------------------------------------
 
 QXUTIL_API DWORD GetLastError();

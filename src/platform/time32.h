@@ -15,8 +15,6 @@
 
 namespace qx::win {
 
-typedef int32_t __time32_t;
-
 /// _time32 - seconds since 1970-01-01 00:00:00 UTC, also stored in *out
 /// when `out` is not null; -1 when the clock is outside 0..2147483647
 /// (past 03:14:07 UTC on 19 January 2038).

@@ -7,6 +7,7 @@
 //===----------------------------------------------------------------------===//
 #include "frame/service_set.h"
 
+#include "qxutil/files.h"
 #include "qxutil/frame.h"
 #include "qxutil/locale.h"
 #include "qxutil/text.h"
@@ -14,6 +15,11 @@
 namespace qx {
 
 namespace {
+
+// The block cache every context gets: 401 descriptors (400 usable blocks)
+// of 512 bytes.
+constexpr int kCacheBlocks = 401;
+constexpr long kCacheBlockSize = 512;
 
 // Install - creates one service with `create` and installs it under its key.
 template <class Service, class Factory> bool Install(InstanceData* data, Factory create) {
@@ -53,6 +59,10 @@ InstanceData* CreateServices(InstanceData* data) {
     return nullptr; // a failed set: this call answers null, the next finds the set
   if (!Install<cCheckEsc>(data))
     return data;
+  if (!Install<cFileSystem>(data))
+    return data;
+  if (!Install<cFileCache>(data, [] { return cFileCache::Create(kCacheBlocks, kCacheBlockSize); }))
+    return data;
   return data;
 }
 
@@ -65,6 +75,8 @@ void DestroyServices(InstanceData* data) {
   Delete<cCharsetConverter>(data);
   Delete<cLocaleInfo>(data);
   Delete<cCheckEsc>(data);
+  Delete<cFileSystem>(data);
+  Delete<cFileCache>(data);
 }
 
 } // namespace qx
