@@ -1,6 +1,6 @@
 // Calendar dates: validity, day numbers, literals, comparison, the clock.
+#include "common/locale_support.h"
 #include "frame/report.h"
-#include "locale/date_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -8,30 +8,27 @@
 #include <cstring>
 
 using namespace qx::win;
-
-using qxtest::DateText;
 using qxtest::OnPinnedThread;
 using qxtest::UtcSeconds;
 
 namespace {
 
+long Literal(qxDATE d) { return DateToLiteral(&d); }
+
 TEST(Date, Validity) {
   struct Case {
     qxDATE date;
     bool valid;
-  } cases[] = {
-      {{2000, 2, 29}, true},  {{2024, 2, 29}, true},  {{1900, 2, 29}, false},
-      {{2023, 2, 29}, false}, {{0, 1, 1}, true},      {{9999, 12, 31}, true},
-      {{10000, 1, 1}, false}, {{-1, 1, 1}, false},    {{2024, 13, 1}, false},
-      {{2024, 0, 1}, false},  {{2024, 4, 31}, false}, {{2024, 1, 0}, false},
-      {{2024, 1, -1}, false}, {{1600, 2, 29}, true},
-  };
+  } cases[] = {{{2000, 2, 29}, true},  {{2024, 2, 29}, true},  {{1900, 2, 29}, false},
+               {{2023, 2, 29}, false}, {{0, 1, 1}, true},      {{9999, 12, 31}, true},
+               {{10000, 1, 1}, false}, {{-1, 1, 1}, false},    {{2024, 13, 1}, false},
+               {{2024, 0, 1}, false},  {{2024, 4, 31}, false}, {{2024, 1, 0}, false},
+               {{2024, 1, -1}, false}, {{1600, 2, 29}, true}};
   for (const Case& c : cases) {
-    EXPECT_EQ(IsValidDate(&c.date), c.valid) << DateText(c.date);
+    EXPECT_EQ(IsValidDate(&c.date), c.valid) << Literal(c.date);
     qxDATE d{1, 1, 1};
     EXPECT_EQ(SetDate(c.date.year, c.date.month, c.date.day, &d), c.valid);
-    qxDATE expected = c.valid ? c.date : qxDATE{0, 0, 0};
-    EXPECT_EQ(DateToLiteral(&d), DateToLiteral(&expected)) << DateText(c.date);
+    EXPECT_EQ(Literal(d), c.valid ? Literal(c.date) : 0) << Literal(c.date);
     EXPECT_EQ(NullDate(&d), !c.valid);
   }
 }
@@ -57,28 +54,14 @@ TEST(Date, EveryDayNumberAgreesWithChrono) {
   // Year 0 counts back from day 0 (for day numbers only; Days2MDY refuses).
   for (qxDATE y0 : {qxDATE{0, 1, 1}, qxDATE{0, 2, 29}, qxDATE{0, 3, 1}, qxDATE{0, 12, 31}}) {
     long expected = sys_days{year{0} / y0.month / y0.day}.time_since_epoch().count() - epoch;
-    EXPECT_EQ(MDY2Days(&y0), expected) << DateText(y0);
+    EXPECT_EQ(MDY2Days(&y0), expected) << Literal(y0);
   }
-}
-
-TEST(Date, DayNumberEdges) {
-  qxDATE d{1, 1, 1};
-  EXPECT_EQ(MDY2Days(&d), 0);
-  EXPECT_EQ(DayOfWeek(0), 2); // a Monday
-  EXPECT_EQ(DayOfWeek(5), 7);
-  EXPECT_EQ(DayOfWeek(6), 1);
   EXPECT_EQ(DayOfWeek(-1), 1);
-  qxDATE feb29{2000, 2, 29}, mar1{2000, 3, 1};
-  EXPECT_EQ(MDY2Days(&mar1), MDY2Days(&feb29) + 1);
-  ASSERT_TRUE(Days2MDY(145790, &d)); // the last day of the first 400 years
-  EXPECT_EQ(DateToLiteral(&d), 4000229);
-  ASSERT_TRUE(Days2MDY(145791, &d));
-  EXPECT_EQ(DateToLiteral(&d), 4000301);
   for (qxDATE bad : {qxDATE{2024, 0, 1}, qxDATE{2024, 1, 0}, qxDATE{-5, 1, 1}})
-    EXPECT_EQ(MDY2Days(&bad), -1) << DateText(bad);
+    EXPECT_EQ(MDY2Days(&bad), -1) << Literal(bad);
 }
 
-TEST(Date, NegativeDayNumberIsReported) {
+TEST(Date, DayNumbersOutsideTheCalendarAreReported) {
   qxtest::RunOnNewThread([] {
     qxDATE d{2024, 3, 5};
     EXPECT_FALSE(Days2MDY(-1, &d));
@@ -100,17 +83,13 @@ TEST(Date, Literals) {
     struct Case {
       long literal;
       bool ok;
-      long kept; // the fields afterwards, as a literal
-    } cases[] = {
-        {20240229, true, 20240229}, {20230230, false, 20230230}, {0, true, 0},
-        {101, true, 101},           {20231301, false, 20231301}, {20230100, false, 20230100},
-        {99991231, true, 99991231},
-    };
+    } cases[] = {{20240229, true},  {20230230, false}, {0, true},       {101, true},
+                 {20231301, false}, {20230100, false}, {99991231, true}};
     for (const Case& c : cases) {
       ClearErrors();
       qxDATE d{1999, 9, 9};
       EXPECT_EQ(LiteralToDate(c.literal, &d), c.ok) << c.literal;
-      EXPECT_EQ(DateToLiteral(&d), c.kept) << c.literal;
+      EXPECT_EQ(DateToLiteral(&d), c.literal); // the fields are set even when invalid
       EXPECT_EQ(ThisErrorOccurred(5002), !c.ok) << c.literal;
     }
   });
@@ -131,11 +110,7 @@ TEST(Date, CompareAddDiff) {
   EXPECT_EQ(DateToLiteral(DateSubtract(366, &d)), 20230228);
 }
 
-TEST(Date, SystemDateReadsThePinnedClock) {
-  OnPinnedThread(1033, [] {
-    qxDATE d{};
-    EXPECT_EQ(DateToLiteral(SystemDate(&d)), 20260315);
-  });
+TEST(Date, SystemDateReadsTheLocalClockUntil2038) {
   // A zone east of UTC has already reached the next day.
   qxtest::RunOnNewThread([] {
     qx::platform::TimeSource source{UtcSeconds(2026, 3, 15, 23), 0, 3600};
@@ -143,19 +118,17 @@ TEST(Date, SystemDateReadsThePinnedClock) {
     qxDATE d{};
     EXPECT_EQ(DateToLiteral(SystemDate(&d)), 20260316);
   });
-}
-
-TEST(Date, SystemDatePastThe32BitClock) {
+  // Past the 32-bit clock (and before 1970) there is no local time: the
+  // fixed answer.
   struct Case {
     long long now;
     long expected;
-  } cases[] = {
-      {2147483647LL, 20380119},             // 03:14:07 UTC, the last second
-      {2147483648LL, 20380119},             // no local time: the fixed answer
-      {UtcSeconds(2040, 6, 1), 20380119},   //
-      {UtcSeconds(2037, 12, 31), 20371231}, //
-      {-1, 20380119},                       // before 1970: no local time either
-  };
+  } cases[] = {{UtcSeconds(2026, 3, 15), 20260315},
+               {2147483647LL, 20380119}, // 03:14:07 UTC, the last second
+               {2147483648LL, 20380119},
+               {UtcSeconds(2040, 6, 1), 20380119},
+               {UtcSeconds(2037, 12, 31), 20371231},
+               {-1, 20380119}};
   for (const Case& c : cases) {
     OnPinnedThread(
         1033,

@@ -1,10 +1,12 @@
 // Dates as text: the numeric layouts, the system's pictures, and the
 // database pictures in both directions.
-#include "locale/date_test_support.h"
+#include "common/locale_support.h"
+#include "common/scaffold.h"
 
 #include <gtest/gtest.h>
 
 #include <cwchar>
+#include <functional>
 #include <string>
 
 using qxtest::OnPinnedThread;
@@ -13,76 +15,66 @@ namespace {
 
 constexpr wchar_t kSentinel = 0x7F7F;
 constexpr unsigned int kBuffer = 40;
+const wchar_t kNothing[] = L"(nothing written)";
 
-// Untouched - nothing at or after `from` was written.
-bool Untouched(const wchar_t* buffer, size_t from) {
-  for (size_t i = from; i < kBuffer; ++i)
-    if (buffer[i] != kSentinel)
-      return false;
-  return true;
+// Written - what `write` left in a sentinel-filled buffer of `size` units
+// (kNothing when it wrote nothing at all, and its result in `ok`); a unit
+// written past `size` is a failure.
+std::wstring Written(unsigned int size, const std::function<bool(wchar_t*)>& write,
+                     bool* ok = nullptr) {
+  qxtest::Guarded<wchar_t> b(size, kSentinel);
+  bool result = write(b.data());
+  if (ok)
+    *ok = result;
+  EXPECT_TRUE(b.UntouchedFrom(size)) << "written past " << size;
+  return b.UntouchedFrom(0) ? kNothing : b.data();
 }
 
 TEST(MakeDateString, Layouts) {
   struct Case {
     short order;
-    wchar_t delimiter;
-    unsigned int size;
-    const wchar_t* expected; // null: nothing written
-  } cases[] = {
-      {0, L'/', kBuffer, L"03/05/2024"},
-      {1, L'.', kBuffer, L"05.03.2024"},
-      {2, L'-', kBuffer, L"2024-03-05"},
-      {5, L'-', kBuffer, L"2024-05-03"},
-      {0, 0, kBuffer, L"03052024"},
-      {2, 0, kBuffer, L"20240305"},
-      {3, L'/', kBuffer, nullptr},
-      {4, L'/', kBuffer, nullptr},
-      {-1, L'/', kBuffer, nullptr},
-      {0, L'/', 11, L"03/05/2024"},
-      {0, L'/', 10, L""}, // too small: the empty text
-      {0, L'/', 0, nullptr},
-  };
-  for (const Case& c : cases) {
-    wchar_t buffer[kBuffer];
-    std::wmemset(buffer, kSentinel, kBuffer);
-    qxDATE d{2024, 3, 5};
-    MakeDateString(buffer, c.size, &d, c.order, c.delimiter);
-    if (!c.expected) {
-      EXPECT_TRUE(Untouched(buffer, 0)) << c.order;
-      continue;
-    }
-    EXPECT_STREQ(buffer, c.expected) << c.order << " " << c.size;
-    EXPECT_TRUE(Untouched(buffer, c.size)) << c.order;
-  }
-}
-
-TEST(MakeDateString, SeparatorStrings) {
-  struct Case {
-    short order;
     const wchar_t *s1, *s2;
     unsigned int size;
     bool ok;
-    const wchar_t* expected; // null: nothing written
+    const wchar_t* expected;
   } cases[] = {
+      // MakeDateString: one delimiter (0: none), orders 0..2 and 5.
+      {0, L"/", nullptr, kBuffer, true, L"03/05/2024"},
+      {1, L".", nullptr, kBuffer, true, L"05.03.2024"},
+      {2, L"-", nullptr, kBuffer, true, L"2024-03-05"},
+      {5, L"-", nullptr, kBuffer, true, L"2024-05-03"},
+      {0, L"", nullptr, kBuffer, true, L"03052024"},
+      {2, L"", nullptr, kBuffer, true, L"20240305"},
+      {3, L"/", nullptr, kBuffer, false, kNothing},
+      {4, L"/", nullptr, kBuffer, false, kNothing},
+      {-1, L"/", nullptr, kBuffer, false, kNothing},
+      {0, L"/", nullptr, 11, true, L"03/05/2024"},
+      {0, L"/", nullptr, 10, false, L""}, // too small: the empty text
+      {0, L"/", nullptr, 0, false, kNothing},
+      // MakeDateStringEx: separator strings, null as none.
       {1, L". ", L". ", kBuffer, true, L"05. 03. 2024"},
       {2, L"\u5e74", L"\u6708", kBuffer, true, L"2024\u5e7403\u670805"},
       {5, nullptr, L"/", kBuffer, true, L"202405/03"},
-      {3, L"/", L"/", kBuffer, false, nullptr},
-      {6, L"/", L"/", kBuffer, false, nullptr},
+      {3, L"/", L"/", kBuffer, false, kNothing},
+      {6, L"/", L"/", kBuffer, false, kNothing},
       {0, L"--", L"--", 12, false, L""},
       {0, L"--", L"--", 13, true, L"03--05--2024"},
   };
   for (const Case& c : cases) {
-    wchar_t buffer[kBuffer];
-    std::wmemset(buffer, kSentinel, kBuffer);
     qxDATE d{2024, 3, 5};
-    EXPECT_EQ(MakeDateStringEx(buffer, c.size, &d, c.order, c.s1, c.s2), c.ok) << c.order;
-    if (!c.expected) {
-      EXPECT_TRUE(Untouched(buffer, 0));
-      continue;
-    }
-    EXPECT_STREQ(buffer, c.expected);
-    EXPECT_TRUE(Untouched(buffer, c.size));
+    bool ok = false;
+    EXPECT_EQ(Written(
+                  c.size,
+                  [&](wchar_t* buffer) {
+                    if (c.s2)
+                      return MakeDateStringEx(buffer, c.size, &d, c.order, c.s1, c.s2);
+                    MakeDateString(buffer, c.size, &d, c.order, c.s1[0]);
+                    return c.ok;
+                  },
+                  &ok),
+              c.expected)
+        << c.order << " " << c.size;
+    EXPECT_EQ(ok, c.ok) << c.order << " " << c.size;
   }
 }
 
@@ -104,15 +96,19 @@ TEST(FormatDateString, SystemPictures) {
         {{0, 0, 0}, L"yyyy", kBuffer, false, L""},
     };
     for (const Case& c : cases) {
-      wchar_t buffer[kBuffer];
-      std::wmemset(buffer, kSentinel, kBuffer);
       wchar_t picture[64] = {};
       if (c.picture)
         std::wcscpy(picture, c.picture);
-      EXPECT_EQ(FormatDateString(buffer, c.size, c.date, c.picture ? picture : nullptr), c.ok)
-          << c.picture;
-      EXPECT_STREQ(buffer, c.expected);
-      EXPECT_TRUE(Untouched(buffer, c.size));
+      bool ok = false;
+      EXPECT_EQ(Written(
+                    c.size,
+                    [&](wchar_t* buffer) {
+                      return FormatDateString(buffer, c.size, c.date,
+                                              c.picture ? picture : nullptr);
+                    },
+                    &ok),
+                c.expected);
+      EXPECT_EQ(ok, c.ok) << c.picture;
     }
     wchar_t buffer[kBuffer];
     EXPECT_TRUE(FormatDateString(buffer, kBuffer, qxDATE{2024, 3, 5}, short(LOCALE_SLONGDATE)));
@@ -130,35 +126,41 @@ TEST(SQLDate, Writing) {
   OnPinnedThread(1033, [] {
     struct Case {
       const wchar_t* picture;
-      const wchar_t* expected; // null: false with ""
+      unsigned int size;
+      const wchar_t* expected;
     } cases[] = {
-        {L"yyyy-mm-dd", L"2024-03-05"},
-        {L"YYYY/MM/DD", L"2024/03/05"},
-        {L"dd-mmm-yyyy", L"05-Mar-2024"},
-        {L"dddd, d mmmm yyyy", L"Tuesday, 5 March 2024"},
-        {L"ddd yy.m.d", L"Tue 24.3.5"},
-        {L"'Day' d 'of' mmmm", L"Day 5 of March"},
-        {L"\"It's\" yyyy", L"It's 2024"},
-        {L"(yyyy)", L"(2024)"},
-        {L"  yyyy  --  mm  ", L"  2024  --  03  "},
-        {L"week yyyy", L"week 2024"},
-        {L"yyyymmdd", L"yyyymmdd"}, // one token, not a field: a literal
-        {L"", L""},
+        {L"yyyy-mm-dd", kBuffer, L"2024-03-05"},
+        {L"YYYY/MM/DD", kBuffer, L"2024/03/05"},
+        {L"dd-mmm-yyyy", kBuffer, L"05-Mar-2024"},
+        {L"dddd, d mmmm yyyy", kBuffer, L"Tuesday, 5 March 2024"},
+        {L"ddd yy.m.d", kBuffer, L"Tue 24.3.5"},
+        {L"'Day' d 'of' mmmm", kBuffer, L"Day 5 of March"},
+        {L"\"It's\" yyyy", kBuffer, L"It's 2024"},
+        {L"(yyyy)", kBuffer, L"(2024)"},
+        {L"  yyyy  --  mm  ", kBuffer, L"  2024  --  03  "},
+        {L"week yyyy", kBuffer, L"week 2024"},
+        {L"yyyymmdd", kBuffer, L"yyyymmdd"}, // one token, not a field: a literal
+        {L"", kBuffer, L""},
+        {L"yyyy-mm-dd", 11, L"2024-03-05"},
     };
     for (const Case& c : cases) {
-      wchar_t buffer[kBuffer];
-      std::wmemset(buffer, kSentinel, kBuffer);
-      EXPECT_EQ(qxSQLDateToString(qxDATE{2024, 3, 5}, c.picture, buffer, kBuffer),
-                c.expected != nullptr)
+      bool ok = false;
+      EXPECT_EQ(Written(
+                    c.size,
+                    [&](wchar_t* buffer) {
+                      return qxSQLDateToString(qxDATE{2024, 3, 5}, c.picture, buffer, c.size);
+                    },
+                    &ok),
+                c.expected)
           << c.picture;
-      EXPECT_STREQ(buffer, c.expected ? c.expected : L"") << c.picture;
+      EXPECT_TRUE(ok) << c.picture;
     }
+    // Too small: the terminator alone.
+    qxtest::Guarded<wchar_t> small(10, kSentinel);
+    EXPECT_FALSE(qxSQLDateToString(qxDATE{2024, 3, 5}, L"yyyy-mm-dd", small.data(), 10));
+    EXPECT_EQ(small.units[0], 0);
+    EXPECT_TRUE(small.UntouchedFrom(1));
     wchar_t buffer[kBuffer];
-    std::wmemset(buffer, kSentinel, kBuffer);
-    EXPECT_FALSE(qxSQLDateToString(qxDATE{2024, 3, 5}, L"yyyy-mm-dd", buffer, 10));
-    EXPECT_EQ(buffer[0], 0);
-    EXPECT_TRUE(Untouched(buffer, 1));
-    EXPECT_TRUE(qxSQLDateToString(qxDATE{2024, 3, 5}, L"yyyy-mm-dd", buffer, 11));
     EXPECT_FALSE(qxSQLDateToString(qxDATE{0, 0, 0}, L"yyyy", buffer, kBuffer));
     EXPECT_FALSE(qxSQLDateToString(qxDATE{2023, 2, 29}, L"yyyy", buffer, kBuffer));
   });
@@ -166,13 +168,15 @@ TEST(SQLDate, Writing) {
 
 TEST(SQLDate, Reading) {
   OnPinnedThread(1033, [] {
+    // The separator between fields is not compared, literals are; a field
+    // given twice must agree; no year is this year, no day the first.
     struct Case {
       const wchar_t* text;
       const wchar_t* picture;
       long expected; // -1: false and the null date
     } cases[] = {
         {L"2024-03-05", L"yyyy-mm-dd", 20240305},
-        {L"2024/3/5", L"yyyy-mm-dd", 20240305}, // which separator is not compared
+        {L"2024/3/5", L"yyyy-mm-dd", 20240305},
         {L"05-MAR-2024", L"dd-mmm-yyyy", 20240305},
         {L"5 march 2024", L"d mmmm yyyy", 20240305},
         {L"Tuesday, 5 March 2024", L"dddd, d mmmm yyyy", 20240305},
@@ -181,18 +185,18 @@ TEST(SQLDate, Reading) {
         {L"Tuesday 5 Mar 2024", L"ddd d mmm yyyy", -1},
         {L"24.3.5", L"yy.m.d", 20240305},
         {L"99.3.5", L"yy.m.d", 20990305},
-        {L"Day 5 of March", L"'Day' d 'of' mmmm", 20260305}, // no year: this year
-        {L"day 5 of March", L"'Day' d 'of' mmmm", -1},       // literals are exact
-        {L"3/2024", L"mm/yyyy", 20240301},                   // no day: the first
-        {L"2024-03-05 extra", L"yyyy-mm-dd", -1},            // text left over
-        {L"2024-03", L"yyyy-mm-dd", -1},                     // text missing
+        {L"Day 5 of March", L"'Day' d 'of' mmmm", 20260305},
+        {L"day 5 of March", L"'Day' d 'of' mmmm", -1},
+        {L"3/2024", L"mm/yyyy", 20240301},
+        {L"2024-03-05 extra", L"yyyy-mm-dd", -1}, // text left over
+        {L"2024-03", L"yyyy-mm-dd", -1},          // text missing
         {L"2024--03--05", L"yyyy-mm-dd", 20240305},
         {L"2024-02-30", L"yyyy-mm-dd", -1},
         {L"2024-13-01", L"yyyy-mm-dd", -1},
         {L"12024-01-01", L"yyyy-mm-dd", -1},
         {L"2024-003-01", L"yyyy-mm-dd", -1},
         {L"2024-3-5-2024", L"yyyy-m-d-yyyy", 20240305},
-        {L"2024-3-5-2023", L"yyyy-m-d-yyyy", -1}, // a field given twice must agree
+        {L"2024-3-5-2023", L"yyyy-m-d-yyyy", -1},
         {L"", L"", 20260101},
     };
     for (const Case& c : cases) {

@@ -1,7 +1,6 @@
 // Numbers by picture: formatting, reading, bad pictures, overflow and round
 // trips, as a user of database number formats would write them.
-#include "common/thread_runner.h"
-#include "locale/number_fixture.h"
+#include "common/locale_support.h"
 #include "qxutil/locale.h"
 
 #include <gtest/gtest.h>
@@ -10,8 +9,8 @@
 #include <limits>
 #include <string>
 
-using qxtest::RunOnNewThread;
-using qxtest::Sentinelled;
+using qxtest::OnPinnedThread;
+using qxtest::TextBuffer;
 
 namespace {
 
@@ -23,11 +22,10 @@ struct FormatCase {
 };
 
 void RunFormatCases(LCID locale, const FormatCase* cases, size_t n) {
-  RunOnNewThread([&] {
-    SetThreadLocale(locale);
+  OnPinnedThread(locale, [&] {
     for (size_t i = 0; i < n; ++i) {
       const FormatCase& c = cases[i];
-      Sentinelled b(40);
+      TextBuffer b(40);
       EXPECT_EQ(qxSQLDoubleToString(c.value, c.picture, b.data(), b.usable()), c.ok)
           << (c.picture ? c.picture : L"(null)") << " " << c.value;
       EXPECT_STREQ(b.data(), c.text) << (c.picture ? c.picture : L"(null)") << " " << c.value;
@@ -116,15 +114,14 @@ TEST(SqlNumberFormat, OverflowBadPicturesAndSmallBuffers) {
       {L"9+9", 1, false, L""},
   };
   RunFormatCases(1033, cases, std::size(cases));
-  RunOnNewThread([] {
-    SetThreadLocale(1033);
-    Sentinelled b(4);
+  OnPinnedThread(1033, [] {
+    TextBuffer b(4);
     EXPECT_FALSE(qxSQLDoubleToString(12345, L"99999", b.data(), b.usable()));
     EXPECT_STREQ(b.data(), L""); // too small: empty, never cut
     EXPECT_TRUE(b.GuardIntact());
     EXPECT_TRUE(qxSQLDoubleToString(123, L"99999", b.data(), b.usable()));
     EXPECT_STREQ(b.data(), L"123");
-    Sentinelled o(3);
+    TextBuffer o(3);
     EXPECT_FALSE(qxSQLDoubleToString(123456, L"99999", o.data(), o.usable()));
     EXPECT_STREQ(o.data(), L"##");
     EXPECT_TRUE(o.GuardIntact());
@@ -149,8 +146,7 @@ struct ParseCase {
 };
 
 void RunParseCases(LCID locale, const ParseCase* cases, size_t n) {
-  RunOnNewThread([&] {
-    SetThreadLocale(locale);
+  OnPinnedThread(locale, [&] {
     for (size_t i = 0; i < n; ++i) {
       const ParseCase& c = cases[i];
       double value = 99;
@@ -207,8 +203,8 @@ TEST(SqlNumberParse, ReadsWhatThePictureAllows) {
 TEST(SqlNumber, RoundTrips) {
   const wchar_t* pictures[] = {L"9G999G999D99", L"L999,990.00-", L"+0.000000E", L"999999"};
   const double values[] = {0, 1, -1, 0.5, 1234.56, -98765.43, 999999, 0.001, 3.14159};
-  RunOnNewThread([&] {
-    SetThreadLocale(1036); // fr-FR: a no-break space groups, "," decimal, euro symbol
+  // fr-FR: a no-break space groups, "," decimal, euro symbol.
+  OnPinnedThread(1036, [&] {
     for (const wchar_t* picture : pictures) {
       for (double v : values) {
         wchar_t text[40];
