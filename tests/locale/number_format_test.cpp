@@ -95,49 +95,43 @@ TEST(DoubleToString, RuntimeLocaleOutputIsNeutralisedByTheThreadLocale) {
   });
 }
 
+// Grouped - FormatNumberForUI of `canonical` in `size` units (en-US).
+std::wstring Grouped(const wchar_t* canonical, unsigned int size) {
+  TextBuffer b(size);
+  std::wcscpy(b.data(), canonical);
+  FormatNumberForUI(b.data(), size);
+  EXPECT_TRUE(b.GuardIntact()) << canonical;
+  return b.data();
+}
+
 TEST(UiText, SeparatorsGoBetweenDigitsOnlyAndComeOutAgain) {
-  struct Case {
-    const wchar_t* canonical;
-    unsigned int size;
-    const wchar_t* ui;
-  } cases[] = {
-      {L"-1234", 16, L"-1,234"},
-      {L"-123", 16, L"-123"},
-      {L"1234567", 16, L"1,234,567"},
-      {L"123456.7", 16, L"123,456.7"},
-      {L"12345678901", 32, L"12,345,678,901"},
-      {L"1e+20", 16, L"1e+20"},
-      {L"$1234", 16, L"$1,234"},
-      {L".5", 16, L".5"},
-      {L"1234", 6, L"1,234"},
-      {L"1234", 5, L"1234"}, // no room
-      {L"1234567", 9, L"1234,567"},
-      {L"1234567", 10, L"1,234,567"},
-      {L"", 4, L""},
-  };
-  OnPinnedThread(1033, [&] {
-    for (const Case& c : cases) {
-      TextBuffer b(c.size);
-      std::wcscpy(b.data(), c.canonical);
-      FormatNumberForUI(b.data(), c.size);
-      EXPECT_STREQ(b.data(), c.ui) << c.canonical;
-      EXPECT_TRUE(b.GuardIntact()) << c.canonical;
-    }
+  OnPinnedThread(1033, [] {
+    EXPECT_EQ(Grouped(L"-1234", 16), L"-1,234");
+    EXPECT_EQ(Grouped(L"-123", 16), L"-123");
+    EXPECT_EQ(Grouped(L"1234567", 16), L"1,234,567");
+    EXPECT_EQ(Grouped(L"123456.7", 16), L"123,456.7");
+    EXPECT_EQ(Grouped(L"12345678901", 32), L"12,345,678,901");
+    EXPECT_EQ(Grouped(L"1e+20", 16), L"1e+20");
+    EXPECT_EQ(Grouped(L"$1234", 16), L"$1,234");
+    EXPECT_EQ(Grouped(L".5", 16), L".5");
+    EXPECT_EQ(Grouped(L"", 4), L"");
+    // A separator that would not fit is left out.
+    EXPECT_EQ(Grouped(L"1234", 6), L"1,234");
+    EXPECT_EQ(Grouped(L"1234", 5), L"1234");
+    EXPECT_EQ(Grouped(L"1234567", 9), L"1234,567");
+    EXPECT_EQ(Grouped(L"1234567", 10), L"1,234,567");
     FormatNumberForUI(nullptr, 10);
   });
   // Deformatting removes the groups and neutralises the last decimal.
-  struct Back {
-    const wchar_t *in, *out;
-  } backs[] = {{L"1.234,5", L"1234.5"},
-               {L"1,2,3", L"1,2.3"},
-               {L"-1.000", L"-1000"},
-               {L"", L""},
-               {L"abc", L"abc"}};
-  OnPinnedThread(1031, [&] {
-    for (const Back& c : backs) {
-      TextBuffer b(std::wcslen(c.in) + 1);
-      DeformatNumberFromUI(c.in, b.data());
-      EXPECT_STREQ(b.data(), c.out) << c.in;
+  OnPinnedThread(1031, [] {
+    for (auto [in, out] : {std::pair{L"1.234,5", L"1234.5"},
+                           {L"1,2,3", L"1,2.3"},
+                           {L"-1.000", L"-1000"},
+                           {L"", L""},
+                           {L"abc", L"abc"}}) {
+      TextBuffer b(std::wcslen(in) + 1);
+      DeformatNumberFromUI(in, b.data());
+      EXPECT_STREQ(b.data(), out) << in;
       EXPECT_TRUE(b.GuardIntact());
     }
     wchar_t out[4] = L"xyz";
@@ -149,24 +143,17 @@ TEST(UiText, SeparatorsGoBetweenDigitsOnlyAndComeOutAgain) {
 
 TEST(CoordinateToString, TrimsTrailingZerosAndPoint) {
   // No UI formatting, whatever the locale; cut to 29 characters first.
-  struct Case {
-    double value;
-    const wchar_t* text;
-  } cases[] = {
-      {-0.5, L"-0.5"},
-      {3.0, L"3"},
-      {0.0, L"0"},
-      {1.0 / 3, L"0.333333333333"},
-      {1e20, L"100000000000000000000"},
-      {1e25, L"10000000000000000905969664"},
-      {-1234.000000000001, L"-1234.000000000001"},
-      {123456789.0000001, L"123456789.000000104308"},
-  };
-  OnPinnedThread(1031, [&] {
-    for (const Case& c : cases) {
-      wchar_t buffer[64];
-      EXPECT_STREQ(CoordinateToString(c.value, buffer, 64), c.text) << c.value;
-    }
+  OnPinnedThread(1031, [] {
+    wchar_t buffer[64];
+    for (auto [value, text] : {std::pair{-0.5, L"-0.5"},
+                               {3.0, L"3"},
+                               {0.0, L"0"},
+                               {1.0 / 3, L"0.333333333333"},
+                               {1e20, L"100000000000000000000"},
+                               {1e25, L"10000000000000000905969664"},
+                               {-1234.000000000001, L"-1234.000000000001"},
+                               {123456789.0000001, L"123456789.000000104308"}})
+      EXPECT_STREQ(CoordinateToString(value, buffer, 64), text) << value;
     TextBuffer b(4);
     CoordinateToString(-0.125, b.data(), b.usable());
     EXPECT_STREQ(b.data(), L"-0.");

@@ -12,7 +12,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <limits>
+#include <functional>
 #include <string>
 
 using qxtest::OnPinnedThread;
@@ -20,93 +20,91 @@ using qxtest::RuntimeNumericLocale;
 
 namespace {
 
-constexpr long kNoEnd = -1; // the end pointer must be null
-const double kInf = std::numeric_limits<double>::infinity();
+// Parser - a parser of the family seen through long long (or double): the
+// text, the value read, the end pointer.
+template <class V> using Parser = std::function<bool(const wchar_t*, V*, wchar_t**)>;
+template <class T, class V = long long, class F> Parser<V> Through(F parse) {
+  return [parse](const wchar_t* text, V* value, wchar_t** end) {
+    T v = static_cast<T>(99);
+    bool ok = parse(text, &v, end);
+    *value = static_cast<V>(v);
+    return ok;
+  };
+}
 
-struct IntCase {
+template <class V> struct Read {
   const wchar_t* text;
-  bool ok;
-  long long value;
-  long end; // offset of the end pointer, or kNoEnd
+  V value;
+  long end; // offset of the end pointer
 };
 
-template <class T, class Parse> void CheckInts(std::initializer_list<IntCase> cases, Parse parse) {
-  for (const IntCase& c : cases) {
-    T value = static_cast<T>(99);
-    wchar_t* end = reinterpret_cast<wchar_t*>(1);
-    const char* text = c.text ? "" : "(null) ";
-    EXPECT_EQ(parse(c.text, &value, &end), c.ok) << text << c.value;
-    EXPECT_EQ(static_cast<long long>(value), c.value) << text << c.value;
-    EXPECT_EQ(end, c.end == kNoEnd ? nullptr : c.text + c.end) << text << c.value;
+// Reads - each text is read as its value, ending at its offset, and is
+// left as it was.
+template <class V> void Reads(const Parser<V>& parse, std::initializer_list<Read<V>> cases) {
+  for (const Read<V>& c : cases) {
+    std::wstring text = c.text; // writable, as the own scan requires
+    V value = 99;
+    wchar_t* end = nullptr;
+    EXPECT_TRUE(parse(text.data(), &value, &end)) << c.value;
+    EXPECT_EQ(value, c.value) << c.value;
+    EXPECT_EQ(end, text.data() + c.end) << c.value;
+    EXPECT_EQ(text, c.text) << c.value;
   }
+}
+
+// Refuses - each text fails with the value 0 and a null end.
+template <class V>
+void Refuses(const Parser<V>& parse, std::initializer_list<const wchar_t*> texts) {
+  for (const wchar_t* text : texts) {
+    std::wstring copy = text ? text : L"";
+    V value = 99;
+    wchar_t* end = reinterpret_cast<wchar_t*>(1);
+    EXPECT_FALSE(parse(text ? copy.data() : nullptr, &value, &end)) << copy;
+    EXPECT_EQ(value, 0) << copy;
+    EXPECT_EQ(end, nullptr) << copy;
+  }
+}
+
+const auto kInt = Through<int>(StringToInt);
+const auto kShort = Through<short>(StringToShort);
+const auto kUnsigned = Through<unsigned int>(StringToUnsignedInt);
+const auto kDouble = Through<double, double>(StringToDouble);
+const auto kLong0To10 = Through<long>(
+    [](const wchar_t* t, long* v, wchar_t** e) { return StringToLong(t, v, e, 0, 10); });
+Parser<long long> Radix(int radix) {
+  return Through<unsigned long>([radix](const wchar_t* t, unsigned long* v, wchar_t** e) {
+    return StringToUnsignedLong(t, v, e, radix);
+  });
 }
 
 TEST(IntegerParsers, StringToIntHasThe32BitRange) {
   // Base 10 (the x of "0x10" ends it); Unicode digits and white space count.
-  CheckInts<int>({{L"12abc", true, 12, 2},
-                  {L"abc", false, 0, kNoEnd},
-                  {L"  -2147483648", true, INT_MIN, 13},
-                  {L"2147483647", true, INT_MAX, 10},
-                  {L"2147483648", false, 0, kNoEnd},
-                  {L"-2147483649", false, 0, kNoEnd},
-                  {L"+7 ", true, 7, 2},
-                  {L"\t\n 42", true, 42, 5},
-                  {L"0x10", true, 0, 1},
-                  {L"-", false, 0, kNoEnd},
-                  {L"", false, 0, kNoEnd},
-                  {L"\u0661\u0662", true, 12, 2},
-                  {L"\uFF15\uFF10", true, 50, 2},
-                  {L"\u3000 9", true, 9, 3},
-                  {nullptr, false, 0, kNoEnd}},
-                 [](const wchar_t* t, int* v, wchar_t** e) { return StringToInt(t, v, e); });
+  Reads(kInt, {{L"12abc", 12, 2}, {L"  -2147483648", INT_MIN, 13}, {L"2147483647", INT_MAX, 10}});
+  Reads(kInt, {{L"+7 ", 7, 2}, {L"\t\n 42", 42, 5}, {L"0x10", 0, 1}, {L"\u0661\u0662", 12, 2}});
+  Reads(kInt, {{L"\uFF15\uFF10", 50, 2}, {L"\u3000 9", 9, 3}});
+  Refuses(kInt, {L"abc", L"2147483648", L"-2147483649", L"-", L"", nullptr});
 }
 
 TEST(IntegerParsers, ShortLongAndUnsignedCheckTheirBounds) {
-  CheckInts<short>({{L"32768", false, 0, kNoEnd},
-                    {L"-32768", true, -32768, 6},
-                    {L"32767x", true, 32767, 5},
-                    {L"99999999999", false, 0, kNoEnd}},
-                   [](const wchar_t* t, short* v, wchar_t** e) { return StringToShort(t, v, e); });
-  CheckInts<long>(
-      {{L"5", true, 5, 1},
-       {L"11", false, 0, kNoEnd},
-       {L"-1", false, 0, kNoEnd},
-       {L"0", true, 0, 1},
-       {L"10", true, 10, 2}},
-      [](const wchar_t* t, long* v, wchar_t** e) { return StringToLong(t, v, e, 0, 10); });
+  Reads(kShort, {{L"-32768", -32768, 6}, {L"32767x", 32767, 5}});
+  Refuses(kShort, {L"32768", L"99999999999"});
+  Reads(kLong0To10, {{L"5", 5, 1}, {L"0", 0, 1}, {L"10", 10, 2}});
+  Refuses(kLong0To10, {L"11", L"-1"});
   // Negatives wrap; overflow is refused.
-  CheckInts<unsigned int>(
-      {{L"4294967295", true, 4294967295LL, 10},
-       {L"4294967296", false, 0, kNoEnd},
-       {L"-1", true, 4294967295LL, 2},
-       {L"-4294967295", true, 1, 11},
-       {L"-4294967296", false, 0, kNoEnd}},
-      [](const wchar_t* t, unsigned int* v, wchar_t** e) { return StringToUnsignedInt(t, v, e); });
+  Reads(kUnsigned, {{L"4294967295", 4294967295LL, 10}, {L"-1", 4294967295LL, 2}});
+  Reads(kUnsigned, {{L"-4294967295", 1, 11}});
+  Refuses(kUnsigned, {L"4294967296", L"-4294967296"});
 }
 
 TEST(IntegerParsers, RadixRules) {
-  struct {
-    const wchar_t* text;
-    int radix;
-    bool ok;
-    unsigned long value;
-    long end;
-  } cases[] = {
-      {L"0x1F", 16, true, 31, 4},     {L"1f", 16, true, 31, 2},
-      {L"0x", 16, false, 0, kNoEnd}, // the prefix alone is no number
-      {L"0xg", 16, false, 0, kNoEnd}, {L"010", 0, true, 8, 3},
-      {L"0x10", 0, true, 16, 4},      {L"19", 0, true, 19, 2},
-      {L"zz", 36, true, 1295, 2},     {L"102", 2, true, 2, 2},
-      {L"5", 37, false, 0, kNoEnd},   {L"5", 1, false, 0, kNoEnd},
-      {L"5", -2, false, 0, kNoEnd},
-  };
-  for (const auto& c : cases) {
-    unsigned long value = 7;
-    wchar_t* end = nullptr;
-    EXPECT_EQ(StringToUnsignedLong(c.text, &value, &end, c.radix), c.ok) << c.radix;
-    EXPECT_EQ(value, c.value);
-    EXPECT_EQ(end, c.end == kNoEnd ? nullptr : const_cast<wchar_t*>(c.text) + c.end);
-  }
+  // A prefix alone is no number; radix 0 reads the C prefixes.
+  Reads(Radix(16), {{L"0x1F", 31, 4}, {L"1f", 31, 2}});
+  Refuses(Radix(16), {L"0x", L"0xg"});
+  Reads(Radix(0), {{L"010", 8, 3}, {L"0x10", 16, 4}, {L"19", 19, 2}});
+  Reads(Radix(36), {{L"zz", 1295, 2}});
+  Reads(Radix(2), {{L"102", 2, 2}});
+  for (int radix : {37, 1, -2})
+    Refuses(Radix(radix), {L"5"});
   unsigned long v = 0;
   EXPECT_TRUE(StringToUnsignedLong16(L"ffffffff", &v));
   EXPECT_EQ(v, 4294967295UL);
@@ -133,53 +131,13 @@ TEST(IntegerParsers, SixtyFourBitParsersSaturateAndSucceed) {
   EXPECT_EQ(u, 0u);
 }
 
-struct DoubleCase {
-  const wchar_t* text;
-  bool ok;
-  double value;
-  long end;
-};
-
-void CheckDoubles(std::initializer_list<DoubleCase> cases) {
-  for (const DoubleCase& c : cases) {
-    std::wstring text = c.text; // writable, as the own scan requires
-    double value = 99;
-    wchar_t* end = reinterpret_cast<wchar_t*>(1);
-    EXPECT_EQ(StringToDouble(text.data(), &value, &end), c.ok) << c.value;
-    if (std::isnan(c.value))
-      EXPECT_TRUE(std::isnan(value)) << c.value;
-    else
-      EXPECT_EQ(value, c.value) << c.value;
-    EXPECT_EQ(end, c.end == kNoEnd ? nullptr : text.data() + c.end) << c.value;
-    EXPECT_EQ(text, c.text) << c.value; // restored
-  }
-}
-
 TEST(StringToDouble, CRuntimeLocaleReadsExactlyAsWcstod) {
-  // Overflow, underflow to zero and an inexact denormal are range errors.
-  CheckDoubles({{L"1.5", true, 1.5, 3},
-                {L"1.5d3", true, 1.5, 3},
-                {L"  -2.5e-3x", true, -2.5e-3, 9},
-                {L"0x1.8p3", true, 12.0, 7},
-                {L"inf", true, kInf, 3},
-                {L"-Infinity", true, -kInf, 9},
-                {L"nan", true, std::nan(""), 3},
-                {L"1e400", false, 0, kNoEnd},
-                {L"1e-400", false, 0, kNoEnd},
-                {L"4.9406564584124654e-324", false, 0, kNoEnd},
-                {L"0e999999", true, 0, 8},
-                {L"abc", false, 0, kNoEnd},
-                {L".", false, 0, kNoEnd},
-                {L"1,5", true, 1, 1},
-                {L"0.1", true, 0.1, 3},
-                {L"1e", true, 1, 1}});
-  double v = 5;
-  EXPECT_FALSE(StringToDouble(nullptr, &v, nullptr));
-  EXPECT_EQ(v, 0.0);
   // The runtime locale is "C" here (tests never call setlocale), so the
-  // whole wcstod syntax is compared: value bits, end pointer, range error.
+  // whole wcstod syntax is compared: value bits, end pointer, range error
+  // (overflow, underflow to zero, an inexact denormal).
   // clang-format off
-  const char* edges[] = {
+  const char* texts[] = {
+      "1.5", "1.5d3", "  -2.5e-3x", "-Infinity", "0e999999", "abc", "1,5", "0.1",
       "0", "-0", "+0.0e-999999", "1e308", "1.7976931348623157e308", "1.7976931348623158e308",
       "1.7976931348623159e308", "1e309", "-1e400", "1e-400", "2.2250738585072011e-308",
       "2.2250738585072014e-308", "2.2250738585072012e-308", "4.9406564584124654e-324",
@@ -193,20 +151,24 @@ TEST(StringToDouble, CRuntimeLocaleReadsExactlyAsWcstod) {
       "123456789012345678901234567890e-30", "0.000000000000000000000000000001e30",
   };
   // clang-format on
-  for (const char* edge : edges) {
-    const std::wstring text(edge, edge + std::strlen(edge));
+  for (const char* narrow : texts) {
+    const std::wstring text(narrow, narrow + std::strlen(narrow));
     wchar_t *end = nullptr, *refEnd = nullptr;
     errno = 0;
     const double ref = std::wcstod(text.c_str(), &refEnd);
     const bool refOk = refEnd != text.c_str() && errno != ERANGE;
-    double value = 0;
+    double value = 99;
     const bool ok = StringToDouble(text.c_str(), &value, &end);
-    EXPECT_EQ(ok, refOk) << edge;
+    EXPECT_EQ(ok, refOk) << narrow;
     if (ok && refOk) {
-      EXPECT_EQ(std::memcmp(&value, &ref, sizeof value), 0) << edge;
-      EXPECT_EQ(end, refEnd) << edge;
+      EXPECT_EQ(std::memcmp(&value, &ref, sizeof value), 0) << narrow;
+      EXPECT_EQ(end, refEnd) << narrow;
+    } else {
+      EXPECT_EQ(value, 0) << narrow;
+      EXPECT_EQ(end, nullptr) << narrow;
     }
   }
+  Refuses(kDouble, {nullptr});
 }
 
 TEST(StringToDouble, OtherRuntimeLocaleScansWithTheFullStop) {
@@ -214,22 +176,14 @@ TEST(StringToDouble, OtherRuntimeLocaleScansWithTheFullStop) {
   // no hexadecimal and no words in the own scan.
   OnPinnedThread(1033, [] {
     RuntimeNumericLocale comma("de_DE.UTF-8", L',');
-    CheckDoubles({{L"1.5", true, 1.5, 3},
-                  {L"1,5", true, 1, 1},
-                  {L"1.5d3", true, 1.5, 3},
-                  {L" +.5e1z", true, 5.0, 6},
-                  {L"-12.25E-2", true, -0.1225, 9},
-                  {L"0x10", true, 0, 1},
-                  {L"inf", false, 0, kNoEnd},
-                  {L".", false, 0, kNoEnd},
-                  {L".e1", false, 0, kNoEnd},
-                  {L"1e400", false, 0, kNoEnd},
-                  {L"7.", true, 7, 2},
-                  {L"\u3000 3.25", true, 3.25, 6}});
+    Reads(kDouble, {{L"1.5", 1.5, 3}, {L"1,5", 1, 1}, {L"1.5d3", 1.5, 3}, {L" +.5e1z", 5.0, 6}});
+    Reads(kDouble, {{L"-12.25E-2", -0.1225, 9}, {L"0x10", 0, 1}, {L"7.", 7, 2}});
+    Reads(kDouble, {{L"\u3000 3.25", 3.25, 6}});
+    Refuses(kDouble, {L"inf", L".", L".e1", L"1e400"});
   });
   OnPinnedThread(1033, [] {
     RuntimeNumericLocale utf8("C.UTF-8", L'.');
-    CheckDoubles({{L"2.75", true, 2.75, 4}, {L"0x1p3", true, 0, 1}, {L"1.5D+2", true, 1.5, 3}});
+    Reads(kDouble, {{L"2.75", 2.75, 4}, {L"0x1p3", 0, 1}, {L"1.5D+2", 1.5, 3}});
   });
 }
 
