@@ -43,7 +43,7 @@ TEST(InstanceData, ThreadExitDestroysTheSetInOrderUnlessAutoDestroyIsCleared) {
   qxtest::DestructionLog log;
   std::vector<std::string> expected;
   RunOnNewThread([&] { expected = qxtest::ReplaceWithRecorders(&log); });
-  EXPECT_EQ(log.Names(), expected);
+  EXPECT_EQ(log, expected);
   EXPECT_EQ(expected.size(), 5u);
 
   qxtest::DestructionLog keptLog;
@@ -53,10 +53,10 @@ TEST(InstanceData, ThreadExitDestroysTheSetInOrderUnlessAutoDestroyIsCleared) {
     kept = GetInstanceData();
     kept->ClearAutoDestroy();
   });
-  EXPECT_TRUE(keptLog.Names().empty());
+  EXPECT_TRUE(keptLog.empty());
   // Adopt it here and destroy it explicitly, as a host would.
   DestroySet(kept, GetInstanceData());
-  EXPECT_EQ(keptLog.Names(), expected);
+  EXPECT_EQ(keptLog, expected);
 }
 
 TEST(InstanceData, CreateAndSetInstallSetsWithoutDeletingThePreviousOne) {

@@ -122,39 +122,35 @@ TEST(FormatDateString, SystemPictures) {
   });
 }
 
+// SqlWritten - qxSQLDateToString of 5 March 2024 by `picture`, which must
+// succeed.
+std::wstring SqlWritten(const wchar_t* picture, unsigned int size = kBuffer) {
+  bool ok = false;
+  std::wstring text = Written(
+      size,
+      [&](wchar_t* buffer) {
+        return qxSQLDateToString(qxDATE{2024, 3, 5}, picture, buffer, size);
+      },
+      &ok);
+  EXPECT_TRUE(ok) << picture;
+  return text;
+}
+
 TEST(SQLDate, Writing) {
   OnPinnedThread(1033, [] {
-    struct Case {
-      const wchar_t* picture;
-      unsigned int size;
-      const wchar_t* expected;
-    } cases[] = {
-        {L"yyyy-mm-dd", kBuffer, L"2024-03-05"},
-        {L"YYYY/MM/DD", kBuffer, L"2024/03/05"},
-        {L"dd-mmm-yyyy", kBuffer, L"05-Mar-2024"},
-        {L"dddd, d mmmm yyyy", kBuffer, L"Tuesday, 5 March 2024"},
-        {L"ddd yy.m.d", kBuffer, L"Tue 24.3.5"},
-        {L"'Day' d 'of' mmmm", kBuffer, L"Day 5 of March"},
-        {L"\"It's\" yyyy", kBuffer, L"It's 2024"},
-        {L"(yyyy)", kBuffer, L"(2024)"},
-        {L"  yyyy  --  mm  ", kBuffer, L"  2024  --  03  "},
-        {L"week yyyy", kBuffer, L"week 2024"},
-        {L"yyyymmdd", kBuffer, L"yyyymmdd"}, // one token, not a field: a literal
-        {L"", kBuffer, L""},
-        {L"yyyy-mm-dd", 11, L"2024-03-05"},
-    };
-    for (const Case& c : cases) {
-      bool ok = false;
-      EXPECT_EQ(Written(
-                    c.size,
-                    [&](wchar_t* buffer) {
-                      return qxSQLDateToString(qxDATE{2024, 3, 5}, c.picture, buffer, c.size);
-                    },
-                    &ok),
-                c.expected)
-          << c.picture;
-      EXPECT_TRUE(ok) << c.picture;
-    }
+    EXPECT_EQ(SqlWritten(L"yyyy-mm-dd"), L"2024-03-05");
+    EXPECT_EQ(SqlWritten(L"yyyy-mm-dd", 11), L"2024-03-05");
+    EXPECT_EQ(SqlWritten(L"YYYY/MM/DD"), L"2024/03/05");
+    EXPECT_EQ(SqlWritten(L"dd-mmm-yyyy"), L"05-Mar-2024");
+    EXPECT_EQ(SqlWritten(L"dddd, d mmmm yyyy"), L"Tuesday, 5 March 2024");
+    EXPECT_EQ(SqlWritten(L"ddd yy.m.d"), L"Tue 24.3.5");
+    EXPECT_EQ(SqlWritten(L"'Day' d 'of' mmmm"), L"Day 5 of March");
+    EXPECT_EQ(SqlWritten(L"\"It's\" yyyy"), L"It's 2024");
+    EXPECT_EQ(SqlWritten(L"(yyyy)"), L"(2024)");
+    EXPECT_EQ(SqlWritten(L"  yyyy  --  mm  "), L"  2024  --  03  ");
+    EXPECT_EQ(SqlWritten(L"week yyyy"), L"week 2024");
+    EXPECT_EQ(SqlWritten(L"yyyymmdd"), L"yyyymmdd"); // one token, not a field: a literal
+    EXPECT_EQ(SqlWritten(L""), L"");
     // Too small: the terminator alone.
     qxtest::Guarded<wchar_t> small(10, kSentinel);
     EXPECT_FALSE(qxSQLDateToString(qxDATE{2024, 3, 5}, L"yyyy-mm-dd", small.data(), 10));
@@ -166,54 +162,52 @@ TEST(SQLDate, Writing) {
   });
 }
 
+// Reads - qxSQLStringToDate of each text by `picture` gives the date (a
+// literal); Refuses - it fails with the null date.
+void Reads(const wchar_t* picture, std::initializer_list<std::pair<const wchar_t*, long>> cases) {
+  for (const auto& [text, literal] : cases) {
+    qxDATE d{1, 1, 1};
+    EXPECT_TRUE(qxSQLStringToDate(text, picture, &d)) << text << " by " << picture;
+    EXPECT_EQ(DateToLiteral(&d), literal) << text << " by " << picture;
+  }
+}
+void Refuses(const wchar_t* picture, std::initializer_list<const wchar_t*> texts) {
+  for (const wchar_t* text : texts) {
+    qxDATE d{1, 1, 1};
+    EXPECT_FALSE(qxSQLStringToDate(text, picture, &d)) << text << " by " << picture;
+    EXPECT_TRUE(NullDate(&d)) << text;
+  }
+}
+
 TEST(SQLDate, Reading) {
   OnPinnedThread(1033, [] {
-    // The separator between fields is not compared, literals are; a field
-    // given twice must agree; no year is this year, no day the first.
-    struct Case {
-      const wchar_t* text;
-      const wchar_t* picture;
-      long expected; // -1: false and the null date
-    } cases[] = {
-        {L"2024-03-05", L"yyyy-mm-dd", 20240305},
-        {L"2024/3/5", L"yyyy-mm-dd", 20240305},
-        {L"05-MAR-2024", L"dd-mmm-yyyy", 20240305},
-        {L"5 march 2024", L"d mmmm yyyy", 20240305},
-        {L"Tuesday, 5 March 2024", L"dddd, d mmmm yyyy", 20240305},
-        {L"Monday, 5 March 2024", L"dddd, d mmmm yyyy", -1}, // not that weekday
-        {L"Tue 5 Mar 2024", L"ddd d mmm yyyy", 20240305},
-        {L"Tuesday 5 Mar 2024", L"ddd d mmm yyyy", -1},
-        {L"24.3.5", L"yy.m.d", 20240305},
-        {L"99.3.5", L"yy.m.d", 20990305},
-        {L"Day 5 of March", L"'Day' d 'of' mmmm", 20260305},
-        {L"day 5 of March", L"'Day' d 'of' mmmm", -1},
-        {L"3/2024", L"mm/yyyy", 20240301},
-        {L"2024-03-05 extra", L"yyyy-mm-dd", -1}, // text left over
-        {L"2024-03", L"yyyy-mm-dd", -1},          // text missing
-        {L"2024--03--05", L"yyyy-mm-dd", 20240305},
-        {L"2024-02-30", L"yyyy-mm-dd", -1},
-        {L"2024-13-01", L"yyyy-mm-dd", -1},
-        {L"12024-01-01", L"yyyy-mm-dd", -1},
-        {L"2024-003-01", L"yyyy-mm-dd", -1},
-        {L"2024-3-5-2024", L"yyyy-m-d-yyyy", 20240305},
-        {L"2024-3-5-2023", L"yyyy-m-d-yyyy", -1},
-        {L"", L"", 20260101},
-    };
-    for (const Case& c : cases) {
-      qxDATE d{1, 1, 1};
-      bool ok = qxSQLStringToDate(c.text, c.picture, &d);
-      EXPECT_EQ(ok ? DateToLiteral(&d) : -1, c.expected) << c.text << " " << c.picture;
-      if (!ok) {
-        EXPECT_TRUE(NullDate(&d));
-      }
-    }
+    // The separator between fields is not compared; text left over or
+    // missing fails.
+    Reads(L"yyyy-mm-dd", {{L"2024-03-05", 20240305}, {L"2024/3/5", 20240305}});
+    Reads(L"yyyy-mm-dd", {{L"2024--03--05", 20240305}});
+    Refuses(L"yyyy-mm-dd", {L"2024-03-05 extra", L"2024-03", L"2024-02-30", L"2024-13-01"});
+    Refuses(L"yyyy-mm-dd", {L"12024-01-01", L"2024-003-01"});
+    // Names of months and days, the weekday checked.
+    Reads(L"dd-mmm-yyyy", {{L"05-MAR-2024", 20240305}});
+    Reads(L"d mmmm yyyy", {{L"5 march 2024", 20240305}});
+    Reads(L"dddd, d mmmm yyyy", {{L"Tuesday, 5 March 2024", 20240305}});
+    Refuses(L"dddd, d mmmm yyyy", {L"Monday, 5 March 2024"});
+    Reads(L"ddd d mmm yyyy", {{L"Tue 5 Mar 2024", 20240305}});
+    Refuses(L"ddd d mmm yyyy", {L"Tuesday 5 Mar 2024"});
+    Reads(L"yy.m.d", {{L"24.3.5", 20240305}, {L"99.3.5", 20990305}});
+    // Literals are exact; no year is this year, no day the first; a field
+    // given twice must agree.
+    Reads(L"'Day' d 'of' mmmm", {{L"Day 5 of March", 20260305}});
+    Refuses(L"'Day' d 'of' mmmm", {L"day 5 of March"});
+    Reads(L"mm/yyyy", {{L"3/2024", 20240301}});
+    Reads(L"yyyy-m-d-yyyy", {{L"2024-3-5-2024", 20240305}});
+    Refuses(L"yyyy-m-d-yyyy", {L"2024-3-5-2023"});
+    Reads(L"", {{L"", 20260101}});
   });
   OnPinnedThread(1031, [] {
-    qxDATE d{};
-    EXPECT_TRUE(qxSQLStringToDate(L"5. M\u00e4rz 2024", L"d. mmmm yyyy", &d));
-    EXPECT_EQ(DateToLiteral(&d), 20240305);
+    Reads(L"d. mmmm yyyy", {{L"5. M\u00e4rz 2024", 20240305}});
     wchar_t buffer[kBuffer];
-    EXPECT_TRUE(qxSQLDateToString(d, L"dddd, d. mmmm yyyy", buffer, kBuffer));
+    EXPECT_TRUE(qxSQLDateToString(qxDATE{2024, 3, 5}, L"dddd, d. mmmm yyyy", buffer, kBuffer));
     EXPECT_STREQ(buffer, L"Dienstag, 5. M\u00e4rz 2024");
   });
 }
