@@ -1,5 +1,5 @@
-// Out-of-memory paths: fail the Nth allocation while building a thread's set,
-// while recording errors, and inside every exported call that allocates, for
+// Out-of-memory paths: fail the Nth allocation while building a thread's set
+// and inside every exported call that allocates, for
 // N = 1, 2, ... until the operation no longer reaches the failure. Every
 // failure must give the documented null/false result, never an exception, a
 // crash, a leak (run under LeakSanitizer) or a half-installed service.
@@ -75,39 +75,6 @@ TEST(FaultWalk, BuildingAThreadsSet) {
   }
 }
 
-TEST(FaultWalk, RecordingErrors) {
-  class Context : public cErrorFuncs {
-  public:
-    void Report(const wchar_t*) override {}
-    bool IsSuppressed() override { return false; }
-    bool KeepDuplicates() override { return false; }
-    const wchar_t* GetContext(int) override { return L"In a long context text, "; }
-  } context;
-  const std::wstring full = L"In a long context text, cannot read first-argument.dat: "
-                            L"second argument is rather long as well\n";
-  bool reachedTheEnd = false;
-  for (long n = 1; !reachedTheEnd && n < 1000; ++n) {
-    qxtest::RunOnNewThread([&] {
-      ASSERT_NE(cErrorSystem::Instance(), nullptr);
-      SetErrorFunctions(&context);
-      FailAllocations(n, false);
-      SetError(eErrorLevelError, L"cannot read ^0: ^1", GUID{}, 3, L"first-argument.dat",
-               L"second argument is rather long as well");
-      wchar_t buf[256];
-      GetNextError(true, buf, 256);
-      long calls = AllocationCalls();
-      FailAllocations(0, false);
-      reachedTheEnd = calls < n;
-      // Any failed allocation loses the record: the documented "lost" text,
-      // never a part of the message.
-      EXPECT_EQ(std::wstring(buf), reachedTheEnd ? full : kLostMessage) << "n = " << n;
-      EXPECT_TRUE(HaveErrors());
-      SetErrorFunctions(nullptr);
-    });
-  }
-  EXPECT_TRUE(reachedTheEnd);
-}
-
 // ---- Every exported call that allocates -------------------------------------
 
 // What the cases write into, reset by the call that hands it out, and the
@@ -167,6 +134,25 @@ const FaultCase kExportedCalls[] = {
        GetNextError(true, Out(), 64);
        ClearErrors();
        return Outcome(!Is(gText, kLostMessage), Is(gText, kFullMessage));
+     }},
+    {"a new error list: the host's context, arguments past its first block",
+     [] {
+       // Any failed allocation loses the record: the "lost" text, never a
+       // part of the message.
+       static struct Context : cErrorFuncs {
+         void Report(const wchar_t*) override {}
+         bool IsSuppressed() override { return false; }
+         bool KeepDuplicates() override { return false; }
+         const wchar_t* GetContext(int) override { return L"In context, "; }
+       } context;
+       static const std::wstring arg(150, L'a'), full = L"In context, cannot read " + arg + L"\n";
+       Owned<cErrorSystem> es{cErrorSystem::Create()};
+       if (!es.p)
+         return FaultCase::kFailed;
+       es.p->SetErrorFunctions(&context);
+       es.p->SetError(eErrorLevelError, L"cannot read ^0", GUID{}, 3, arg.c_str(), nullptr);
+       es.p->GetNextError(true, Out(), 1024);
+       return Outcome(!Is(gText, kLostMessage), Is(gText, full.c_str()));
      }},
     {"GetErrorMsg (new template)",
      [] {
