@@ -2,6 +2,7 @@
 // both runtime-locale paths (in the "C" locale exactly as glibc's wcstod on
 // adversarial texts; fuzz/number_parse_fuzz.cpp compares random ones), and
 // the FmtCtl variants through UI text.
+#include "common/frame_call_table.h"
 #include "common/locale_support.h"
 #include "qxutil/locale.h"
 
@@ -14,7 +15,9 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <type_traits>
 
+using qxtest::ExpectCalls;
 using qxtest::OnPinnedThread;
 using qxtest::RuntimeNumericLocale;
 
@@ -112,23 +115,25 @@ TEST(IntegerParsers, RadixRules) {
   EXPECT_EQ(v, 0UL);
 }
 
+// Got - what `parse` read from `text` (its other arguments after it), or
+// kRefused when it failed and left 0.
+constexpr long long kRefused = -777;
+template <class T, class... A>
+long long Got(bool (*parse)(const wchar_t*, T*, A...), const wchar_t* text,
+              std::type_identity_t<A>... more) {
+  T v = static_cast<T>(99);
+  const bool ok = parse(text, &v, more...);
+  return ok ? static_cast<long long>(v) : v == 0 ? kRefused : 99;
+}
+
 TEST(IntegerParsers, SixtyFourBitParsersSaturateAndSucceed) {
-  long long v = 0;
-  EXPECT_TRUE(StringToInt64(L"99999999999999999999", &v));
-  EXPECT_EQ(v, LLONG_MAX);
-  EXPECT_TRUE(StringToInt64(L"-99999999999999999999", &v));
-  EXPECT_EQ(v, LLONG_MIN);
-  EXPECT_TRUE(StringToInt64(L"-9223372036854775808", &v));
-  EXPECT_EQ(v, LLONG_MIN);
-  EXPECT_FALSE(StringToInt64(L"x1", &v));
-  EXPECT_EQ(v, 0);
-  unsigned long long u = 0;
-  EXPECT_TRUE(StringToUnsignedInt64(L"-1", &u));
-  EXPECT_EQ(u, UINT64_MAX);
-  EXPECT_TRUE(StringToUnsignedInt64(L"18446744073709551616", &u));
-  EXPECT_EQ(u, UINT64_MAX);
-  EXPECT_FALSE(StringToUnsignedInt64(nullptr, &u));
-  EXPECT_EQ(u, 0u);
+  ExpectCalls({CALL(Got(StringToInt64, L"99999999999999999999"), LLONG_MAX),
+               CALL(Got(StringToInt64, L"-99999999999999999999"), LLONG_MIN),
+               CALL(Got(StringToInt64, L"-9223372036854775808"), LLONG_MIN),
+               CALL(Got(StringToInt64, L"x1"), kRefused),
+               CALL(Got(StringToUnsignedInt64, L"-1"), UINT64_MAX),
+               CALL(Got(StringToUnsignedInt64, L"18446744073709551616"), UINT64_MAX),
+               CALL(Got(StringToUnsignedInt64, nullptr), kRefused)});
 }
 
 TEST(StringToDouble, CRuntimeLocaleReadsExactlyAsWcstod) {
@@ -190,34 +195,22 @@ TEST(StringToDouble, OtherRuntimeLocaleScansWithTheFullStop) {
 bool AskNeutral() { return true; }
 
 TEST(FmtCtl, UiTextIsDeformattedFirst) {
-  OnPinnedThread(1031, [] { // de-DE: "." thousands, "," decimal
-    double d = 0;
-    int i = 0;
-    short s = 5;
-    long l = 0;
-    unsigned long ul = 0;
-    long long ll = 0;
-    unsigned long long ull = 0;
+  OnPinnedThread(1031, [] {              // de-DE: "." thousands, "," decimal
     const std::wstring huge(2000, L'1'); // beyond the working buffer
+    ExpectCalls(
+        {CALL(Got(StringToIntFmtCtl, L"1.234.567", true), 1234567),
+         CALL(Got(StringToShortFmtCtl, L"40.000", true), kRefused),
+         CALL(Got(StringToShortFmtCtl, L"-32.768", true), -32768),
+         CALL(Got(StringToLongFmtCtl, L"1.001", true, 0, 1000), kRefused),
+         CALL(Got(StringToLongFmtCtl, L"1.000", true, 0, 1000), 1000),
+         CALL(Got(StringToUnsignedLongFmtCtl, L"4.294.967.295", true), 4294967295LL),
+         CALL(Got(StringToInt64FmtCtl, L"-9.000.000.000", true), -9000000000LL),
+         CALL(Got(StringToUnsignedInt64FmtCtl, L"18.446.744.073.709.551.615", true), UINT64_MAX)});
+    double d = 0;
     EXPECT_TRUE(StringToDoubleFmtCtl(L"1.234,5", &d, true));
     EXPECT_EQ(d, 1234.5);
     EXPECT_TRUE(StringToDoubleFmtCtl(L"1.234,5", &d, false));
     EXPECT_EQ(d, 1.234);
-    EXPECT_TRUE(StringToIntFmtCtl(L"1.234.567", &i, true));
-    EXPECT_EQ(i, 1234567);
-    EXPECT_FALSE(StringToShortFmtCtl(L"40.000", &s, true));
-    EXPECT_EQ(s, 0);
-    EXPECT_TRUE(StringToShortFmtCtl(L"-32.768", &s, true));
-    EXPECT_EQ(s, -32768);
-    EXPECT_FALSE(StringToLongFmtCtl(L"1.001", &l, true, 0, 1000));
-    EXPECT_TRUE(StringToLongFmtCtl(L"1.000", &l, true, 0, 1000));
-    EXPECT_EQ(l, 1000);
-    EXPECT_TRUE(StringToUnsignedLongFmtCtl(L"4.294.967.295", &ul, true));
-    EXPECT_EQ(ul, 4294967295UL);
-    EXPECT_TRUE(StringToInt64FmtCtl(L"-9.000.000.000", &ll, true));
-    EXPECT_EQ(ll, -9000000000LL);
-    EXPECT_TRUE(StringToUnsignedInt64FmtCtl(L"18.446.744.073.709.551.615", &ull, true));
-    EXPECT_EQ(ull, UINT64_MAX);
     EXPECT_FALSE(StringToDoubleFmtCtl(nullptr, &d, true));
     EXPECT_FALSE(StringToDoubleFmtCtl(huge.c_str(), &d, true));
     EXPECT_EQ(d, 0.0);
