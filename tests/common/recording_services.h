@@ -1,6 +1,5 @@
 // Stand-in services that record their destruction, for observing the order
-// in which a set is torn down, and the error list that also records what it
-// is given. Installed with the services' Instance(p).
+// in which a set is torn down. Installed with the services' Instance(p).
 #ifndef QXUTIL_TESTS_COMMON_RECORDING_SERVICES_H
 #define QXUTIL_TESTS_COMMON_RECORDING_SERVICES_H
 
@@ -18,47 +17,30 @@ namespace qxtest {
 /// (written by the thread that ends; read after joining it).
 using DestructionLog = std::vector<std::string>;
 
-/// RecordingErrorSystem - the one stand-in error list of the tests: it keeps
-/// what SetError is given (to see the level, resource, module and number a
-/// function records) and, given a log, records its destruction.
+/// RecordingErrorSystem - an empty error list that records its destruction.
 class RecordingErrorSystem final : public cErrorSystem {
 public:
-  struct Call {
-    eErrorLevel level;
-    int resourceId;
-    GUID module;
-    int number;
-  };
-  explicit RecordingErrorSystem(DestructionLog* log = nullptr) : log_(log) {}
-  ~RecordingErrorSystem() override {
-    if (log_)
-      log_->push_back("cErrorSystem");
-  }
-  bool HaveErrors() override { return !calls.empty(); }
-  int NumErrors() override { return static_cast<int>(calls.size()); }
-  bool FirstError() override { return calls.empty(); }
-  void ClearErrors() override { calls.clear(); }
+  explicit RecordingErrorSystem(DestructionLog* log) : log_(log) {}
+  ~RecordingErrorSystem() override { log_->push_back("cErrorSystem"); }
+  bool HaveErrors() override { return false; }
+  int NumErrors() override { return 0; }
+  bool FirstError() override { return true; }
+  void ClearErrors() override {}
   bool GetNextError(bool, wchar_t*, unsigned int) override { return false; }
   bool ThisErrorOccurred(int) override { return false; }
   int GetErrorNum(int) override { return 0; }
   int GetResourceID(int) override { return 0; }
   const GUID& GetErrorGUID(int) override { return guid_; }
   void GetErrorMsg(const wchar_t*, unsigned int, wchar_t*, unsigned int) override {}
-  void SetError(eErrorLevel level, int resourceId, const wchar_t*, const GUID& module, int number,
-                const wchar_t*, const wchar_t*) override {
-    calls.push_back({level, resourceId, module, number});
-  }
-  void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
-                const wchar_t* arg0, const wchar_t* arg1) override {
-    SetError(level, -1, message, module, number, arg0, arg1);
-  }
+  void SetError(eErrorLevel, int, const wchar_t*, const GUID&, int, const wchar_t*,
+                const wchar_t*) override {}
+  void SetError(eErrorLevel, const wchar_t*, const GUID&, int, const wchar_t*,
+                const wchar_t*) override {}
   void EndError() override {}
   void SetErrorFunctions(cErrorFuncs*) override {}
   void ReportErrors() override {}
   void SetQXErrorMode(eErrorMode) override {}
   eErrorMode GetQXErrorMode() override { return eErrorModeDefault; }
-
-  std::vector<Call> calls;
 
 private:
   DestructionLog* log_;
