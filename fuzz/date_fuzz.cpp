@@ -2,13 +2,16 @@
 // in several locales and date settings. Checks that a success stores a
 // valid date (or, for the literal 0, the null date) and a failure the null date, and that
 // Str2DateEx's end pointer is null on failure and otherwise within the text or one past its
-// terminator.
+// terminator. The first bytes also name a day number, whose date and weekday
+// must agree with std::chrono's civil calendar both ways.
 #include "locale/date_order_override.h"
 #include "platform/time32.h"
 #include "qxutil/locale.h"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
 #include <vector>
 
@@ -20,6 +23,21 @@ void Check(bool ok) {
 }
 
 bool Neutral() { return true; }
+
+// CheckDayNumber - Days2MDY, MDY2Days and DayOfWeek of day `n` (0 is
+// 1 January 1, 3652058 is 31 December 9999) agree with std::chrono.
+void CheckDayNumber(long n) {
+  using namespace std::chrono;
+  static const long epoch = sys_days{year{1} / January / 1}.time_since_epoch().count();
+  const sys_days day{days{n + epoch}};
+  const year_month_day ymd{day};
+  qxDATE d{};
+  Check(Days2MDY(n, &d));
+  Check(d.year == int(ymd.year()) && d.month == int(unsigned(ymd.month())) &&
+        d.day == int(unsigned(ymd.day())));
+  Check(MDY2Days(&d) == n);
+  Check(DayOfWeek(n) == int(weekday{day}.c_encoding()) + 1);
+}
 
 // A successful read stores a valid date, or the null date when the text is
 // the literal 0 ("00000000", which LiteralToDate reads as the null date).
@@ -39,6 +57,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return true;
   }();
   (void)once;
+  uint32_t number = 0;
+  std::memcpy(&number, data, size < 4 ? size : 4);
+  CheckDayNumber(static_cast<long>(number % 3652059));
   uint8_t mode = data[0];
   SetThreadLocale(kLocales[mode % 4]);
   SetDateFormatCallback((mode & 4) ? Neutral : nullptr);

@@ -1,7 +1,10 @@
 // DeformatNumberFromUI and FormatNumberForUI, and DoubleToString, with small
-// buffer sizes: nothing is written past the size given.
+// buffer sizes: nothing is written past the size given. With room enough,
+// DoubleToString's text in the "C" runtime locale is swprintf's, for any
+// value, precision, width and conversion.
 #include "qxutil/locale.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +19,17 @@ void CheckGuard(const std::vector<wchar_t>& buf, size_t size) {
   for (size_t i = size; i < buf.size(); ++i)
     if (buf[i] != kGuard)
       std::abort();
+}
+
+// SameAsSwprintf - DoubleToString(value, ..., precision, format, width)
+// and swprintf with the matching picture give the same text.
+void SameAsSwprintf(double value, int precision, PRINTF_FORMAT format, int width) {
+  const wchar_t* picture = format == PRINTF_F ? L"%*.*f" : format == PRINTF_E ? L"%*.*e" : L"%*.*g";
+  static wchar_t ours[1100], ref[1100];
+  DoubleToString(value, ours, 1100, false, precision, format, width);
+  std::swprintf(ref, 1100, picture, width == -1 ? 0 : width, precision, value);
+  if (std::wcscmp(ours, ref) != 0)
+    std::abort();
 }
 
 } // namespace
@@ -63,5 +77,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<wchar_t> column(static_cast<size_t>(room) + 9, kGuard);
   DoubleToDBString(column.data(), static_cast<int>(room), data[10] % 12 - 1, value);
   CheckGuard(column, room + 1);
+
+  // Mostly everyday precisions, now and then a long one (short for %f of
+  // a huge value, whose integer digits alone run to 309).
+  const int digits = (data[11] & 0x80) ? data[10] * 19 % 420 : data[10] % 30;
+  const int padTo = (data[11] & 0x40) ? data[11] % 40 : -1;
+  SameAsSwprintf(value, digits, PRINTF_G, padTo);
+  SameAsSwprintf(value, digits, PRINTF_E, padTo);
+  SameAsSwprintf(value, std::fabs(value) > 1e30 ? digits % 4 : digits, PRINTF_F, padTo);
   return 0;
 }

@@ -135,7 +135,10 @@ public:
     }
     if (newTemplate)
       records_[index].message.Assign(newTemplate);
-    Expand(records_[index]);
+    if (!Expand(records_[index])) { // a message that cannot be made comes out empty
+      out[0] = 0;
+      return;
+    }
     size_t limit = std::min<size_t>(outLen, scratch_.size() + 1);
     strcpyn(out, scratch_.c_str(), static_cast<unsigned int>(limit));
   }
@@ -258,32 +261,34 @@ private:
   }
 
   // Expand - the record's message into the scratch: its context text, then
-  // (for a real error) its template with ^0, ^1 and ^^ replaced.
-  void Expand(const ErrorRecord& r) {
+  // (for a real error) its template with ^0, ^1 and ^^ replaced; false when
+  // the scratch could not grow (its text is then a part of the message).
+  bool Expand(const ErrorRecord& r) {
     scratch_.Clear();
     size_t contextLength = std::min(PoolLength(r.context), kMaxPoolUnits);
     if (!scratch_.Append(PoolText(r.context), contextLength))
-      return;
+      return false;
     if (r.number == 0)
-      return;
+      return true;
     const wchar_t* t = r.message.c_str();
     while (*t && scratch_.size() < kMaxMessageUnits) {
       if (t[0] == L'^' && (t[1] == L'0' || t[1] == L'1')) {
         const TextRef& arg = t[1] == L'0' ? r.arg0 : r.arg1;
         size_t n = std::min(PoolLength(arg), kMaxPoolUnits - 1 - scratch_.size());
         if (!scratch_.Append(PoolText(arg), n))
-          return;
+          return false;
         t += 2;
       } else if (t[0] == L'^' && t[1] == L'^') {
         if (!scratch_.Append(L'^'))
-          return;
+          return false;
         t += 2;
       } else {
         if (!scratch_.Append(*t))
-          return;
+          return false;
         ++t;
       }
     }
+    return true;
   }
 
   // CollectEpisode - appends the messages of the records from `from` up to
@@ -292,7 +297,10 @@ private:
   // Advances the read cursor past each record taken.
   void CollectEpisode(int from, qx::WideBuffer* text, unsigned int outLen, bool bounded) {
     for (int i = from; IsError(i); ++i) {
-      Expand(records_[i]);
+      if (!Expand(records_[i])) {
+        lost_ = true;
+        return;
+      }
       size_t n = scratch_.size();
       if (n && scratch_.c_str()[n - 1] == L'\n')
         --n;

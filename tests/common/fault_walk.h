@@ -2,8 +2,8 @@
 // allocation (on the memory manager's heap and on the C++ heap alike, see
 // fault_new.cpp), once and then from that allocation on, until a run makes
 // fewer allocations than the one to fail. Every faulted run must end in the
-// call's documented failure result: no exception, no crash, no partial
-// answer; leaks are left to LeakSanitizer in the sanitizer build.
+// one outcome its case names: no exception, no crash, no partial answer;
+// leaks are left to LeakSanitizer in the sanitizer build.
 #ifndef QXUTIL_TESTS_COMMON_FAULT_WALK_H
 #define QXUTIL_TESTS_COMMON_FAULT_WALK_H
 
@@ -17,11 +17,16 @@ struct FaultCase {
     kFailed,   // the documented failure result
     kWrong,    // anything else
   };
+  /// What a faulted run must give.
+  enum Faulted {
+    kFails,     // the failure result
+    kCompletes, // the full result: the call does without what failed (a fast path)
+    kRetries,   // the full result when one allocation fails (the call tries
+                // again another way); the failure result when all from it on fail
+  };
   const char* name;
   Outcome (*run)();
-  /// Whether a faulted run may still be complete (an allocation the call
-  /// can do without, such as a cache); otherwise it must report failure.
-  bool mayRecover = false;
+  Faulted faulted = kFails;
 };
 
 /// FaultWalkCount - what one walk did.

@@ -7,33 +7,21 @@
 #include "qxutil/locale.h"
 #include "qxutil/text.h"
 
-#include <mutex>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace qxtest {
 
-/// DestructionLog - names of the recording services destroyed, in order.
-class DestructionLog {
-public:
-  void Add(const std::string& name) {
-    std::lock_guard<std::mutex> hold(lock_);
-    names_.push_back(name);
-  }
-  std::vector<std::string> Names() {
-    std::lock_guard<std::mutex> hold(lock_);
-    return names_;
-  }
+/// DestructionLog - names of the recording services destroyed, in order
+/// (written by the thread that ends; read after joining it).
+using DestructionLog = std::vector<std::string>;
 
-private:
-  std::mutex lock_;
-  std::vector<std::string> names_;
-};
-
+/// RecordingErrorSystem - an empty error list that records its destruction.
 class RecordingErrorSystem final : public cErrorSystem {
 public:
   explicit RecordingErrorSystem(DestructionLog* log) : log_(log) {}
-  ~RecordingErrorSystem() override { log_->Add("cErrorSystem"); }
+  ~RecordingErrorSystem() override { log_->push_back("cErrorSystem"); }
   bool HaveErrors() override { return false; }
   int NumErrors() override { return 0; }
   bool FirstError() override { return true; }
@@ -62,7 +50,7 @@ private:
 class RecordingCheckEsc final : public cCheckEsc {
 public:
   explicit RecordingCheckEsc(DestructionLog* log) : log_(log) {}
-  ~RecordingCheckEsc() override { log_->Add("cCheckEsc"); }
+  ~RecordingCheckEsc() override { log_->push_back("cCheckEsc"); }
   void SetCallback(cCheckEscCallback*) override {}
   bool Check() override { return false; }
   bool CheckForUpdate(bool) override { return false; }
@@ -74,7 +62,7 @@ private:
 class RecordingLocaleInfo final : public cLocaleInfo {
 public:
   explicit RecordingLocaleInfo(DestructionLog* log) : log_(log) {}
-  ~RecordingLocaleInfo() override { log_->Add("cLocaleInfo"); }
+  ~RecordingLocaleInfo() override { log_->push_back("cLocaleInfo"); }
   bool Refresh() override { return true; }
   LCID UpdateLocale() override { return 1033; }
   bool GetLocaleInt(LCTYPE, unsigned int*) override { return false; }
@@ -101,17 +89,19 @@ private:
 class RecordingCharsetInfo final : public cCharsetInfo {
 public:
   explicit RecordingCharsetInfo(DestructionLog* log) : log_(log) {}
-  ~RecordingCharsetInfo() override { log_->Add("cCharsetInfo"); }
+  ~RecordingCharsetInfo() override { log_->push_back("cCharsetInfo"); }
   QXCHARSET GetSystemCharset() override { return QXCHARSET_NEUTRAL; }
 
 private:
   DestructionLog* log_;
 };
 
+/// RecordingNormalizerManager - a manager without normalizers that records
+/// its destruction.
 class RecordingNormalizerManager final : public StringNormalizerManager {
 public:
   explicit RecordingNormalizerManager(DestructionLog* log) : log_(log) {}
-  ~RecordingNormalizerManager() override { log_->Add("StringNormalizerManager"); }
+  ~RecordingNormalizerManager() override { log_->push_back("StringNormalizerManager"); }
   StringNormalizer* GetDefaultNormalizer() override { return nullptr; }
   StringNormalizer* GetNormalizer(QXCHARSET, unsigned short) override { return nullptr; }
   bool RequestDefaultNormalizer(int) override { return false; }
@@ -123,7 +113,7 @@ private:
 class RecordingCharsetConverter final : public cCharsetConverter {
 public:
   explicit RecordingCharsetConverter(DestructionLog* log) : log_(log) {}
-  ~RecordingCharsetConverter() override { log_->Add("cCharsetConverter"); }
+  ~RecordingCharsetConverter() override { log_->push_back("cCharsetConverter"); }
   bool GetConversionTable(QXCHARSET, QXCHARSET, int*, unsigned char**) override { return false; }
 
 private:
@@ -132,8 +122,26 @@ private:
 
 /// ReplaceWithRecorders - swaps the calling context's services for
 /// recording ones (deleting the originals, which the caller owns once
-/// replaced) and returns the names in the order the set must destroy them.
-std::vector<std::string> ReplaceWithRecorders(DestructionLog* log);
+/// replaced) and returns the names in the order the set must destroy them:
+/// the documented destruction order, restricted to the services built so far.
+inline std::vector<std::string> ReplaceWithRecorders(DestructionLog* log) {
+  std::vector<std::string> order;
+  auto replace = [&](auto* original, auto* recorder, const char* name) {
+    using Service = std::remove_pointer_t<decltype(original)>;
+    if (!Service::Instance(recorder))
+      return;
+    delete original;
+    order.push_back(name);
+  };
+  replace(cErrorSystem::Instance(), new RecordingErrorSystem(log), "cErrorSystem");
+  replace(StringNormalizerManager::Instance(), new RecordingNormalizerManager(log),
+          "StringNormalizerManager");
+  replace(cCharsetInfo::Instance(), new RecordingCharsetInfo(log), "cCharsetInfo");
+  replace(cCharsetConverter::Instance(), new RecordingCharsetConverter(log), "cCharsetConverter");
+  replace(cLocaleInfo::Instance(), new RecordingLocaleInfo(log), "cLocaleInfo");
+  replace(cCheckEsc::Instance(), new RecordingCheckEsc(log), "cCheckEsc");
+  return order;
+}
 
 } // namespace qxtest
 

@@ -1,5 +1,6 @@
-// The error list: merging, the 30-record bound, episodes, expansion, reporting.
-#include "common/thread_runner.h"
+// The error list: merging, the 30-record bound, episodes, expansion, the
+// host's callbacks and reporting.
+#include "common/scaffold.h"
 #include "qxutil/frame.h"
 
 #include <gtest/gtest.h>
@@ -12,26 +13,28 @@ namespace {
 const GUID kModule = {0x12345678, 0x1, 0x2, {1, 2, 3, 4, 5, 6, 7, 8}};
 const wchar_t kLost[] = L" Too many errors.  Error information has been lost.";
 
+void Set(int number, const wchar_t* message, const wchar_t* arg0 = nullptr,
+         eErrorLevel level = eErrorLevelError) {
+  SetError(level, message, kModule, number, arg0, nullptr);
+}
+
 // Each test gets a fresh, empty error list on the test thread.
 class ErrorList : public ::testing::Test {
 protected:
-  void SetUp() override {
-    SetErrorFunctions(nullptr);
-    ClearErrors();
-  }
+  void SetUp() override { TearDown(); }
   void TearDown() override {
     SetErrorFunctions(nullptr);
     ClearErrors();
   }
 
+  // Next - GetNextError into `size` units, checking nothing is written past them.
   static std::wstring Next(bool fromStart, unsigned int size = 500, bool* result = nullptr) {
-    std::vector<wchar_t> buf(size + 8, L'#');
+    qxtest::Guarded<wchar_t> buf(size, L'#');
     bool r = GetNextError(fromStart, buf.data(), size);
     if (result)
       *result = r;
-    for (size_t i = size; i < buf.size(); ++i)
-      EXPECT_EQ(buf[i], L'#') << "written past the size at " << i;
-    return std::wstring(buf.data());
+    EXPECT_TRUE(buf.UntouchedFrom(size)) << "written past " << size;
+    return buf.UntouchedFrom(0) ? L"(nothing written)" : buf.data();
   }
 };
 
@@ -55,57 +58,58 @@ public:
   const wchar_t* context = nullptr;
 };
 
-TEST_F(ErrorList, SameNumberMergesAndRaisesTheLevel) {
-  SetError(eErrorLevelWarning, L"first", kModule, 42, nullptr, nullptr);
-  SetError(eErrorLevelError, L"second", kModule, 42, nullptr, nullptr);
-  SetError(eErrorLevelInfo, L"third", kModule, 42, nullptr, nullptr);
+TEST_F(ErrorList, SameNumberMergesUnlessTheHostKeepsDuplicates) {
+  Set(42, L"first", nullptr, eErrorLevelWarning);
+  Set(42, L"second");
+  Set(42, L"third", nullptr, eErrorLevelInfo);
   EXPECT_EQ(NumErrors(), 1);
   wchar_t msg[32];
   GetErrorMsg(nullptr, 0, msg, 32);
   EXPECT_STREQ(msg, L"first"); // nothing but the level changes
   EXPECT_EQ(GetResourceID(0), -1);
   EXPECT_EQ(GetErrorGUID(0).Data1, kModule.Data1);
-}
 
-TEST_F(ErrorList, KeepDuplicatesStoresRepeats) {
   HostFuncs host;
   host.keepDuplicates = true;
   SetErrorFunctions(&host);
-  SetError(eErrorLevelWarning, L"a", kModule, 42, nullptr, nullptr);
-  SetError(eErrorLevelError, L"a", kModule, 42, nullptr, nullptr);
-  EXPECT_EQ(NumErrors(), 2);
+  Set(42, L"a");
+  Set(42, L"a");
+  EXPECT_EQ(NumErrors(), 3);
   EXPECT_EQ(host.keepDuplicatesCalls, 2);
   EndError(); // a separator is never merged, so the host is not asked
   EXPECT_EQ(host.keepDuplicatesCalls, 2);
-  EXPECT_EQ(NumErrors(), 3);
+  EXPECT_EQ(NumErrors(), 4);
 }
 
-TEST_F(ErrorList, ThirtyRecordsThenLost) {
+TEST_F(ErrorList, ThirtyRecordsOrATooSmallBufferThenLost) {
   for (int i = 1; i <= 30; ++i)
-    SetError(eErrorLevelError, L"e", kModule, i, nullptr, nullptr);
+    Set(i, L"e");
   EXPECT_NE(Next(true), kLost);
-  SetError(eErrorLevelError, L"e", kModule, 31, nullptr, nullptr);
+  Set(31, L"e");
   EXPECT_EQ(Next(true), kLost);
   EXPECT_TRUE(HaveErrors());
   EXPECT_EQ(NumErrors(), 30);
   // Saturated: even a merge candidate or a new number stores nothing more.
-  SetError(eErrorLevelError, L"e", kModule, 99, nullptr, nullptr);
+  Set(99, L"e");
   EXPECT_FALSE(ThisErrorOccurred(99));
   EXPECT_EQ(Next(true, 10), std::wstring(kLost, 9)); // truncated to fit
   ClearErrors();
   EXPECT_FALSE(HaveErrors());
-  SetError(eErrorLevelError, L"back", kModule, 1, nullptr, nullptr);
-  EXPECT_EQ(Next(true), L"back\n");
+  Set(1, L"abcd");
+  EXPECT_EQ(Next(true, 6), L"abcd\n"); // exact fit: 4 + LF + terminator
+  EXPECT_EQ(Next(true, 5), std::wstring(kLost, 4));
+  EXPECT_EQ(Next(true, 500), kLost); // lost stays until cleared
+  EXPECT_EQ(Next(true, 0), L"(nothing written)");
 }
 
 TEST_F(ErrorList, EpisodesAreReadOneAtATime) {
-  SetError(eErrorLevelError, L"one", kModule, 1, nullptr, nullptr);
+  Set(1, L"one");
   EXPECT_FALSE(FirstError());
-  SetError(eErrorLevelError, L"two\n", kModule, 2, nullptr, nullptr);
+  Set(2, L"two\n");
   EndError();
   EXPECT_TRUE(FirstError());
   EndError(); // an empty episode adds no separator
-  SetError(eErrorLevelError, L"three", kModule, 3, nullptr, nullptr);
+  Set(3, L"three");
   EXPECT_EQ(NumErrors(), 4); // the separator counts
   bool result = false;
   EXPECT_EQ(Next(true, 500, &result), L"one\ntwo\n"); // one trailing LF dropped
@@ -117,22 +121,9 @@ TEST_F(ErrorList, EpisodesAreReadOneAtATime) {
   EXPECT_EQ(Next(true), L"one\ntwo\n");
 }
 
-TEST_F(ErrorList, TooSmallBufferSetsLost) {
-  SetError(eErrorLevelError, L"abcd", kModule, 1, nullptr, nullptr);
-  EXPECT_EQ(Next(true, 6), L"abcd\n"); // exact fit: 4 + LF + terminator
-  EXPECT_EQ(Next(true, 5), std::wstring(kLost, 4));
-  EXPECT_EQ(Next(true, 500), kLost); // lost stays until cleared
-  wchar_t untouched[2] = {L'#', L'#'};
-  GetNextError(true, untouched, 0); // size 0: nothing written at all
-  EXPECT_EQ(untouched[0], L'#');
-}
-
 TEST_F(ErrorList, TemplateExpansion) {
   struct Case {
-    const wchar_t* templ;
-    const wchar_t* arg0;
-    const wchar_t* arg1;
-    const wchar_t* expected;
+    const wchar_t *templ, *arg0, *arg1, *expected;
   } cases[] = {
       {L"^0 ^^", L"a.txt", nullptr, L"a.txt ^"},
       {L"^1 before ^0", L"x", L"y", L"y before x"},
@@ -165,72 +156,53 @@ TEST_F(ErrorList, GetErrorMsgRespectsTheSizeAndTakesANewTemplate) {
   EXPECT_STREQ(out, L"");
 }
 
-TEST_F(ErrorList, ContextTextComesFirstAndAlone) {
+TEST_F(ErrorList, TheHostsContextComesFirstAndSuppressionDropsErrors) {
   HostFuncs host;
   host.context = L"While loading: ";
   SetErrorFunctions(&host);
-  SetError(eErrorLevelError, L"bad ^0", kModule, 1, L"x", nullptr);
-  SetError(eErrorLevelError, L"worse", kModule, 2, nullptr, nullptr);
+  Set(1, L"bad ^0", L"x");
+  Set(2, L"worse");
   EXPECT_EQ(host.contextCalls, (std::vector<int>{0, 1}));
   EXPECT_EQ(Next(true), L"While loading: bad x\nWhile loading: worse\n");
-}
-
-TEST_F(ErrorList, SuppressionHidesAndDropsErrors) {
-  HostFuncs host;
-  SetErrorFunctions(&host);
-  SetError(eErrorLevelError, L"kept", kModule, 1, nullptr, nullptr);
   host.suppressed = true;
   EXPECT_FALSE(HaveErrors());
-  SetError(eErrorLevelError, L"dropped", kModule, 2, nullptr, nullptr);
+  Set(3, L"dropped");
   host.suppressed = false;
   EXPECT_TRUE(HaveErrors());
-  EXPECT_EQ(NumErrors(), 1);
+  EXPECT_EQ(NumErrors(), 2);
 }
 
 TEST_F(ErrorList, ReportErrorsSendsTheFirstEpisodeAndClears) {
   HostFuncs host;
   SetErrorFunctions(&host);
-  SetError(eErrorLevelError, L"one", kModule, 1, nullptr, nullptr);
+  Set(1, L"one");
   EndError();
-  SetError(eErrorLevelError, L"two", kModule, 2, nullptr, nullptr);
+  Set(2, L"two");
   ReportErrors();
-  ASSERT_EQ(host.reports.size(), 1u);
-  EXPECT_EQ(host.reports[0], L"one\n");
+  EXPECT_EQ(host.reports, (std::vector<std::wstring>{L"one\n"}));
   EXPECT_FALSE(HaveErrors());
   ReportErrors(); // nothing to report
   EXPECT_EQ(host.reports.size(), 1u);
-
   SetErrorFunctions(nullptr);
-  SetError(eErrorLevelError, L"unheard", kModule, 3, nullptr, nullptr);
+  Set(3, L"unheard");
   ReportErrors();
   EXPECT_FALSE(HaveErrors());
 }
 
-TEST_F(ErrorList, NumberFifteenCarriesTheRealNumberAsText) {
-  SetError(eErrorLevelError, L"x", kModule, 15, L"1234", nullptr);
-  SetError(eErrorLevelError, L"y", kModule, 16, nullptr, nullptr);
+TEST_F(ErrorList, RecordFields) {
+  Set(15, L"x", L"1234"); // number 15 carries the real number as text
+  Set(16, L"y");
   EXPECT_EQ(GetErrorNum(0), 1234);
   EXPECT_EQ(GetErrorNum(1), 16);
   EXPECT_EQ(GetErrorNum(-1), 0);
-}
-
-TEST_F(ErrorList, ClearKeepsResourceIdsAndFreeSlotsMatchZero) {
+  ClearErrors();
   SetError(eErrorLevelError, 501, nullptr, kModule, 1, nullptr, nullptr);
   EXPECT_TRUE(ThisErrorOccurred(0)); // free slots hold number 0
   ClearErrors();
-  EXPECT_EQ(GetResourceID(0), 501);
+  EXPECT_EQ(GetResourceID(0), 501); // kept by ClearErrors
   EXPECT_FALSE(ThisErrorOccurred(1));
-}
-
-TEST_F(ErrorList, LiteralFormIgnoresNullMessage) {
-  SetError(eErrorLevelError, nullptr, kModule, 3, nullptr, nullptr);
+  Set(3, nullptr); // the literal form ignores a null message
   EXPECT_FALSE(HaveErrors());
-}
-
-TEST_F(ErrorList, ModeIsStoredOnly) {
-  SetQXErrorMode(eErrorModeQuiet);
-  EXPECT_EQ(GetQXErrorMode(), eErrorModeQuiet);
-  SetQXErrorMode(eErrorModeDefault);
 }
 
 } // namespace

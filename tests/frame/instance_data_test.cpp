@@ -1,11 +1,11 @@
-// Instance data: per-thread sets, thread exit, auto-destroy, host storage.
+// Instance data: per-thread sets, thread exit, auto-destroy, host keys and
+// host storage.
 #include "common/recording_services.h"
 #include "common/thread_runner.h"
 #include "qxutil/frame.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <map>
 #include <thread>
 
@@ -13,8 +13,18 @@ using qxtest::RunOnNewThread;
 
 namespace {
 
-TEST(InstanceData, FirstServiceCallBuildsTheWholeSetOnce) {
-  RunOnNewThread([] {
+// DestroySet - destroys `set` explicitly, as a host would, and makes `then`
+// the thread's set again.
+void DestroySet(InstanceData* set, InstanceData* then) {
+  SetInstanceData(set);
+  InstanceData::Destroy(false, false);
+  SetInstanceData(then);
+}
+
+TEST(InstanceData, FirstServiceCallBuildsTheThreadsOwnSetOnce) {
+  InstanceData* mine = GetInstanceData();
+  cErrorSystem* myErrors = cErrorSystem::Instance();
+  RunOnNewThread([&] {
     cErrorSystem* es = cErrorSystem::Instance();
     ASSERT_NE(es, nullptr);
     InstanceData* data = GetInstanceData();
@@ -22,84 +32,53 @@ TEST(InstanceData, FirstServiceCallBuildsTheWholeSetOnce) {
     EXPECT_EQ(GetInstanceData(), data);
     EXPECT_NE(cCheckEsc::Instance(), nullptr);
     EXPECT_TRUE(data->IsAutoDestroy());
-  });
-}
-
-TEST(InstanceData, ThreadsGetTheirOwnSets) {
-  InstanceData* mine = GetInstanceData();
-  cErrorSystem* myErrors = cErrorSystem::Instance();
-  InstanceData* theirs = nullptr;
-  cErrorSystem* theirErrors = nullptr;
-  RunOnNewThread([&] {
-    theirs = GetInstanceData();
-    theirErrors = cErrorSystem::Instance();
+    EXPECT_NE(data, mine);
+    EXPECT_NE(es, myErrors);
     SetError(eErrorLevelError, L"only here", GUID{}, 5, nullptr, nullptr);
   });
-  EXPECT_NE(mine, theirs);
-  EXPECT_NE(myErrors, theirErrors);
   EXPECT_FALSE(ThisErrorOccurred(5));
 }
 
-TEST(InstanceData, ThreadExitDestroysTheSetInOrder) {
+TEST(InstanceData, ThreadExitDestroysTheSetInOrderUnlessAutoDestroyIsCleared) {
   qxtest::DestructionLog log;
   std::vector<std::string> expected;
   RunOnNewThread([&] { expected = qxtest::ReplaceWithRecorders(&log); });
-  EXPECT_EQ(log.Names(), expected);
+  EXPECT_EQ(log, expected);
   EXPECT_EQ(expected.size(), 6u);
-}
 
-TEST(InstanceData, ClearAutoDestroyKeepsTheSetAliveAfterThreadExit) {
-  qxtest::DestructionLog log;
+  qxtest::DestructionLog keptLog;
   InstanceData* kept = nullptr;
   RunOnNewThread([&] {
-    qxtest::ReplaceWithRecorders(&log);
+    qxtest::ReplaceWithRecorders(&keptLog);
     kept = GetInstanceData();
     kept->ClearAutoDestroy();
   });
-  EXPECT_TRUE(log.Names().empty());
+  EXPECT_TRUE(keptLog.empty());
   // Adopt it here and destroy it explicitly, as a host would.
-  InstanceData* own = GetInstanceData();
-  ASSERT_TRUE(SetInstanceData(kept));
-  InstanceData::Destroy(false, false);
-  EXPECT_EQ(log.Names().size(), 6u);
-  SetInstanceData(own);
+  DestroySet(kept, GetInstanceData());
+  EXPECT_EQ(keptLog, expected);
 }
 
-TEST(InstanceData, DestroyWithoutASetCreatesOneFirst) {
+TEST(InstanceData, CreateAndSetInstallSetsWithoutDeletingThePreviousOne) {
   RunOnNewThread([] {
-    InstanceData::Destroy(true, true); // thread slot empty: nothing happens
-    InstanceData::Destroy(false, false);
-    // The set just made and destroyed is gone; the next call builds anew.
-    EXPECT_NE(cErrorSystem::Instance(), nullptr);
-  });
-}
-
-TEST(InstanceData, CreateInstallsAnEmptySet) {
-  RunOnNewThread([] {
-    InstanceData* data = InstanceData::Create();
-    ASSERT_NE(data, nullptr);
-    EXPECT_EQ(GetInstanceData(), data);
-    EXPECT_EQ(cErrorSystem::Instance(), nullptr);
+    InstanceData::Destroy(true, true);   // thread slot empty: nothing happens
+    InstanceData::Destroy(false, false); // a set made and destroyed at once
+    InstanceData* first = GetInstanceData();
+    cErrorSystem* firstErrors = cErrorSystem::Instance();
+    ASSERT_NE(firstErrors, nullptr);
+    InstanceData* second = InstanceData::Create();
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(GetInstanceData(), second);
+    EXPECT_EQ(cErrorSystem::Instance(), nullptr); // an empty set
     // Exported functions stay safe without their service.
     SetError(eErrorLevelError, L"dropped", GUID{}, 1, nullptr, nullptr);
     EXPECT_FALSE(HaveErrors());
     wchar_t buf[8] = L"xxxxxxx";
     EXPECT_FALSE(GetNextError(true, buf, 8));
     EXPECT_STREQ(buf, L"");
-  });
-}
-
-TEST(InstanceData, SetInstanceDataDoesNotDeleteThePreviousSet) {
-  RunOnNewThread([] {
-    InstanceData* first = GetInstanceData();
-    cErrorSystem* firstErrors = cErrorSystem::Instance();
-    InstanceData* second = InstanceData::Create();
-    EXPECT_EQ(GetInstanceData(), second);
     ASSERT_TRUE(SetInstanceData(first));
     EXPECT_EQ(cErrorSystem::Instance(), firstErrors);
-    ASSERT_TRUE(SetInstanceData(second));
-    InstanceData::Destroy(false, false);
-    ASSERT_TRUE(SetInstanceData(first));
+    DestroySet(second, first);
   });
 }
 
@@ -123,7 +102,7 @@ TEST(InstanceData, HostKeysAreKeptAndNeverDeleted) {
 // document would key it by document.
 std::mutex gHostLock;
 std::map<std::thread::id, InstanceData*> gHostSets;
-std::atomic<int> gSecondGetterCalls{0};
+int gSecondGetterCalls = 0;
 
 InstanceData* HostGet() {
   std::lock_guard<std::mutex> hold(gHostLock);
@@ -139,7 +118,8 @@ InstanceData* OtherGet() {
   ++gSecondGetterCalls;
   return nullptr;
 }
-bool OtherSet(InstanceData*) { return false; }
+InstanceData* NoneHeld() { return nullptr; }
+bool RefuseToHold(InstanceData*) { return false; }
 
 TEST(ExternalStorage, SetMadeBeforeInstallationIsHandedToTheHost) {
   RunOnNewThread([] {
@@ -152,9 +132,7 @@ TEST(ExternalStorage, SetMadeBeforeInstallationIsHandedToTheHost) {
     // library and the thread's slot was emptied by the hand-over.
     InstanceData* fresh = GetInstanceData();
     EXPECT_NE(fresh, early);
-    SetInstanceData(early);
-    InstanceData::Destroy(false, false);
-    SetInstanceData(fresh);
+    DestroySet(early, fresh);
     HostSet(nullptr);
   });
 }
@@ -163,7 +141,7 @@ TEST(ExternalStorage, InstallationsNestAndTheFirstPairWins) {
   RunOnNewThread([] {
     gSecondGetterCalls = 0;
     SetExternalDataStorage(HostGet, HostSet);
-    SetExternalDataStorage(OtherGet, OtherSet);
+    SetExternalDataStorage(OtherGet, RefuseToHold);
     InstanceData* hosted = GetInstanceData();
     EXPECT_EQ(HostGet(), hosted);
     EXPECT_EQ(gSecondGetterCalls, 0);
@@ -178,15 +156,10 @@ TEST(ExternalStorage, InstallationsNestAndTheFirstPairWins) {
     ClearExternalDataStorage(); // count 0: per-thread storage again
     InstanceData* fresh = GetInstanceData();
     EXPECT_NE(fresh, hosted);
-    SetInstanceData(hosted);
-    InstanceData::Destroy(false, false);
-    SetInstanceData(fresh);
+    DestroySet(hosted, fresh);
     HostSet(nullptr);
   });
 }
-
-InstanceData* NoneHeld() { return nullptr; }
-bool RefuseToHold(InstanceData*) { return false; }
 
 TEST(ExternalStorage, AStorageThatKeepsNothingGetsAFreshSetEachCall) {
   RunOnNewThread([] {
@@ -204,11 +177,8 @@ TEST(ExternalStorage, AStorageThatKeepsNothingGetsAFreshSetEachCall) {
     EXPECT_NE(first->GetSlot(cCheckEsc::kSlotKey), nullptr);
     // Nobody keeps them: destroy both here.
     InstanceData* own = GetInstanceData();
-    for (InstanceData* set : {first, second}) {
-      SetInstanceData(set);
-      InstanceData::Destroy(false, false);
-    }
-    SetInstanceData(own);
+    DestroySet(first, own);
+    DestroySet(second, own);
   });
 }
 
@@ -226,9 +196,7 @@ TEST(ExternalStorage, ServicesComeFromTheHostsSetWhileInstalled) {
     EXPECT_EQ(cErrorSystem::Instance(), hostSet->GetSlot(cErrorSystem::kSlotKey));
     ClearExternalDataStorage();
     EXPECT_EQ(cErrorSystem::Instance(), myErrors);
-    SetInstanceData(hostSet);
-    InstanceData::Destroy(false, false);
-    SetInstanceData(mine);
+    DestroySet(hostSet, mine);
     EXPECT_EQ(cErrorSystem::Instance(), myErrors);
     HostSet(nullptr);
   });

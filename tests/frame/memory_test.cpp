@@ -1,4 +1,5 @@
-// The memory manager: zero-filled growth, the keep rule, and the fault hook.
+// The memory manager: zero-filled blocks and growth, the keep rule, null
+// arguments, and the fault hook.
 #include "platform/heap.h"
 #include "qxutil/frame.h"
 
@@ -16,15 +17,24 @@ bool AllZero(const void* p, size_t from, size_t to) {
   return true;
 }
 
-TEST(Memory, NewBlocksAreZeroFilled) {
-  void* p = nullptr;
-  ASSERT_TRUE(GetMem_(16, &p, false));
-  EXPECT_GE(memSize(p), 16u);
-  EXPECT_TRUE(AllZero(p, 0, memSize(p)));
-  ffree(&p);
-  EXPECT_EQ(p, nullptr);
-  ffree(&p); // a second free of the nulled pointer is harmless
+TEST(Memory, NewBlocksAreZeroFilledAndNullArgumentsFailCleanly) {
+  void* blocks[4] = {};
+  ASSERT_TRUE(GetMem_(16, &blocks[0], false));
+  ASSERT_TRUE(falloc_(32, &blocks[1], false, true)); // whatever the ignored flag
+  ASSERT_TRUE(falloc_(32, &blocks[2], true, true));
+  ASSERT_TRUE(frealloc_(20, &blocks[3])); // a null block: a fresh one
+  EXPECT_GE(memSize(blocks[0]), 16u);
+  for (void*& p : blocks) {
+    EXPECT_TRUE(AllZero(p, 0, memSize(p)));
+    ffree(&p);
+    EXPECT_EQ(p, nullptr);
+  }
+  ffree(&blocks[0]); // a second free of the nulled pointer is harmless
   EXPECT_EQ(memSize(nullptr), 0u);
+  EXPECT_FALSE(falloc_(8, static_cast<void**>(nullptr), false, true));
+  EXPECT_FALSE(GetMem_(8, static_cast<void**>(nullptr), false));
+  EXPECT_FALSE(frealloc_(8, static_cast<void**>(nullptr)));
+  ffree(static_cast<void**>(nullptr));
 }
 
 TEST(Memory, GrowthZeroFillsEveryGainedByteWhateverTheUsableSize) {
@@ -43,9 +53,7 @@ TEST(Memory, GrowthZeroFillsEveryGainedByteWhateverTheUsableSize) {
       ffree(&p);
     }
   }
-}
-
-TEST(Memory, ShrinkThenGrowDoesNotResurrectOldBytes) {
+  // Shrinking and growing again does not resurrect the old bytes.
   unsigned char* p = nullptr;
   ASSERT_TRUE(falloc_(64, &p, false, false));
   std::memset(p, 0xCD, 64);
@@ -53,6 +61,8 @@ TEST(Memory, ShrinkThenGrowDoesNotResurrectOldBytes) {
   ASSERT_TRUE(frealloc_(64, &p));
   EXPECT_EQ(p[7], 0xCD);
   EXPECT_TRUE(AllZero(p, 8, 64));
+  ASSERT_TRUE(frealloc_(0, &p)); // a resize to zero gives a valid block
+  EXPECT_NE(p, nullptr);
   ffree(&p);
 }
 
@@ -67,37 +77,6 @@ TEST(Memory, KeepIfLargeEnoughNeverShrinks) {
   ASSERT_TRUE(GetMem_(8, &p, false));
   EXPECT_LT(memSize(p), 64u);
   ffree(&p);
-}
-
-TEST(Memory, FallocClearsOnlyWhenAsked) {
-  for (bool flag : {false, true}) {
-    void* p = nullptr;
-    ASSERT_TRUE(falloc_(32, &p, flag, true));
-    EXPECT_TRUE(AllZero(p, 0, 32));
-    ffree(&p);
-  }
-}
-
-TEST(Memory, NullBlockInReallocIsAFreshZeroBlock) {
-  void* p = nullptr;
-  ASSERT_TRUE(frealloc_(20, &p));
-  EXPECT_TRUE(AllZero(p, 0, 20));
-  ffree(&p);
-}
-
-TEST(Memory, ResizeToZeroGivesAValidBlock) {
-  void* p = nullptr;
-  ASSERT_TRUE(GetMem_(32, &p, false));
-  ASSERT_TRUE(frealloc_(0, &p));
-  EXPECT_NE(p, nullptr);
-  ffree(&p);
-}
-
-TEST(Memory, NullOutPointerFailsCleanly) {
-  EXPECT_FALSE(falloc_(8, static_cast<void**>(nullptr), false, true));
-  EXPECT_FALSE(GetMem_(8, static_cast<void**>(nullptr), false));
-  EXPECT_FALSE(frealloc_(8, static_cast<void**>(nullptr)));
-  ffree(static_cast<void**>(nullptr));
 }
 
 TEST(MemoryFaults, FailedAllocationAndResizeReportNull) {

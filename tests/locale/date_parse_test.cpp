@@ -1,7 +1,7 @@
 // Dates read from text: literals, the locale form of every order, the
 // neutral form, two-digit years, and Str2DateEx's end pointer.
+#include "common/locale_support.h"
 #include "locale/date_order_override.h"
-#include "locale/date_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -31,79 +31,57 @@ struct Case {
   long expected; // literal, -1 for failure
 };
 
-void Check(LCID lcid, std::initializer_list<Case> cases) {
+// The date callback a Check installs, if any, and its answer.
+enum Callback { kNoCallback, kLocaleSettings, kNeutralSettings };
+
+// Check - Str2Date on a thread of `lcid` whose clock reads 15 March 2026.
+void Check(LCID lcid, std::initializer_list<Case> cases, Callback callback = kNoCallback) {
   OnPinnedThread(lcid, [&] {
+    gNeutral = callback == kNeutralSettings;
+    if (callback != kNoCallback)
+      SetDateFormatCallback(AskNeutral);
     for (const Case& c : cases)
       EXPECT_EQ(Parse(c.text), c.expected) << lcid << " " << c.text;
   });
 }
 
 TEST(Str2Date, DayMonthYearWithFullStops) { // de-DE: order 1, "."
-  Check(1031, {
-                  {L"5.3.24", 20240305},
-                  {L"5.3", 20260305}, // no year: this year
-                  {L"5.3.24x", -1},   // text after the date
-                  {L" 5 . 3 . 2024 ", 20240305},
-                  {L"5.3.99", 20990305}, // no pivot: the current century
-                  {L"5.3.0", 20000305},
-                  {L"5.3.100", 1000305},
-                  {L"5.3.10000", -1},
-                  {L"5.3.-1", -1},
-                  {L"29.2.2023", -1},
-                  {L"29.2.2024", 20240229},
-                  {L"31.4.2024", -1},
-                  {L"5.13.2024", -1},
-                  {L"0.3.2024", -1},
-                  {L"5/3/2024", -1}, // not the delimiter
-                  {L"5.3.", -1},     // a delimiter needs a number after it
-                  {L".3.2024", -1},
-                  {L"", -1},
-                  {L"20240229", 20240229}, // eight digits: a literal
-                  {L"00000000", 0},        // the literal 0: the null date, read successfully
-                  {L"20230229", -1},       // a failed literal is not read further
-                  {L"2024022", -1},
-                  {L"99999999999.1.2024", -1},
-              });
+  // No year: this year; two digits: the current century, no pivot.
+  Check(1031, {{L"5.3.24", 20240305}, {L"5.3", 20260305}, {L" 5 . 3 . 2024 ", 20240305}});
+  Check(1031, {{L"5.3.99", 20990305}, {L"5.3.0", 20000305}, {L"5.3.100", 1000305}});
+  Check(1031, {{L"5.3.10000", -1}, {L"5.3.-1", -1}, {L"29.2.2023", -1}, {L"29.2.2024", 20240229}});
+  Check(1031, {{L"31.4.2024", -1}, {L"5.13.2024", -1}, {L"0.3.2024", -1}, {L"", -1}});
+  // Text after the date, another delimiter, a delimiter without a number.
+  Check(1031, {{L"5.3.24x", -1}, {L"5/3/2024", -1}, {L"5.3.", -1}, {L".3.2024", -1}});
+  // Eight digits are a literal ("00000000" the null date, read successfully);
+  // a failed literal is not read further.
+  Check(1031, {{L"20240229", 20240229}, {L"00000000", 0}, {L"20230229", -1}, {L"2024022", -1}});
+  Check(1031, {{L"99999999999.1.2024", -1}});
 }
 
 TEST(Str2Date, EveryOrder) {
   Check(1033, {{L"3/5/2024", 20240305}, {L"3/5", 20260305}, {L"12/31/24", 20241231}});
   Check(1041, {{L"2024/3/5", 20240305}, {L"3/5", 20260305}, {L"24/3/5", 20240305}});
   for (short order : {short(5), short(3)}) {
-    qxtest::RunOnNewThread([order] {
-      SetThreadLocale(1033);
-      qx::platform::TimeSource source{UtcSeconds(2026, 3, 15), 0, 0};
-      qx::platform::SetThreadTimeSource(&source);
+    OnPinnedThread(1033, [order] {
       cLocaleInfo::Instance(new qx::date::DateOrderOverride(cLocaleInfo::Instance(), order, L'-'));
       EXPECT_EQ(Parse(L"2024-5-3"), order == 5 ? 20240305 : -1);
       EXPECT_EQ(Parse(L"5-3"), order == 5 ? 20260305 : -1);
-      qx::platform::SetThreadTimeSource(nullptr);
     });
   }
+  // A clock past 2038 gives that year.
+  OnPinnedThread(
+      1031, [] { EXPECT_EQ(Parse(L"5.3"), 20380305); }, UtcSeconds(2040, 1, 1));
 }
 
 TEST(Str2Date, NeutralFormUnderTheCallback) {
-  OnPinnedThread(1031, [] {
-    gNeutral = true;
-    SetDateFormatCallback(AskNeutral);
-    EXPECT_EQ(Parse(L"3/5/2024"), 20240305);
-    EXPECT_EQ(Parse(L"3-5-24"), 20240305);
-    EXPECT_EQ(Parse(L"3/5"), 20260305);
-    EXPECT_EQ(Parse(L"3 / 5 / 24 "), 20240305);
-    EXPECT_EQ(Parse(L"3-5/24"), -1); // the same separator twice
-    EXPECT_EQ(Parse(L"3.5.24"), -1);
-    EXPECT_EQ(Parse(L"13/5/24"), -1);
-    EXPECT_EQ(Parse(L"2/30/24"), -1);
-    EXPECT_EQ(Parse(L"20240229"), 20240229);
-    gNeutral = false; // the callback now asks for the locale: de-DE
-    EXPECT_EQ(Parse(L"3/5/2024"), -1);
-    EXPECT_EQ(Parse(L"3.5.2024"), 20240503);
-  });
-}
-
-TEST(Str2Date, ClockPast2038GivesThatYear) {
-  OnPinnedThread(
-      1031, [] { EXPECT_EQ(Parse(L"5.3"), 20380305); }, UtcSeconds(2040, 1, 1));
+  // Month first; one separator, "/" or "-", used twice.
+  Check(1031, {{L"3/5/2024", 20240305}, {L"3-5-24", 20240305}, {L"3/5", 20260305}},
+        kNeutralSettings);
+  Check(1031, {{L"3 / 5 / 24 ", 20240305}, {L"3-5/24", -1}, {L"3.5.24", -1}, {L"13/5/24", -1}},
+        kNeutralSettings);
+  Check(1031, {{L"2/30/24", -1}, {L"20240229", 20240229}}, kNeutralSettings);
+  Check(1031, {{L"3/5/2024", -1}, {L"3.5.2024", 20240503}}, kLocaleSettings); // de-DE
 }
 
 TEST(Str2Date, NullArguments) {
@@ -118,23 +96,23 @@ TEST(Str2Date, NullArguments) {
 
 TEST(Str2DateEx, EndPointer) {
   OnPinnedThread(1031, [] {
+    // Without a year the end is one past the unit that ends the date (the
+    // terminator included), also after blanks.
     struct ExCase {
       const wchar_t* text;
       long expected;
       long endOffset; // from the text; -1 for a null end
-    } cases[] = {
-        {L"5.3.2024 rest", 20240305, 9},
-        {L"5.3.2024", 20240305, 8},
-        {L"5.3.24x", 20240305, 6},
-        {L"5.3", 20260305, 4},   // one past the terminator
-        {L"5.3  ", 20260305, 6}, // likewise, after the blanks
-        {L"5.3 x", 20260305, 5}, // no year; just past the unit that ends the date
-        {L"5.3-2024", 20260305, 4},
-        {L"20240229", 20240229, 8},
-        {L"5.3.x", -1, -1},
-        {L"5 x", -1, -1},
-        {L"x", -1, -1},
-    };
+    } cases[] = {{L"5.3.2024 rest", 20240305, 9},
+                 {L"5.3.2024", 20240305, 8},
+                 {L"5.3.24x", 20240305, 6},
+                 {L"5.3", 20260305, 4},
+                 {L"5.3  ", 20260305, 6},
+                 {L"5.3 x", 20260305, 5},
+                 {L"5.3-2024", 20260305, 4},
+                 {L"20240229", 20240229, 8},
+                 {L"5.3.x", -1, -1},
+                 {L"5 x", -1, -1},
+                 {L"x", -1, -1}};
     for (const ExCase& c : cases) {
       qxDATE d{};
       wchar_t* end = nullptr;

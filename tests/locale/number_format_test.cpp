@@ -1,7 +1,7 @@
 // Number formatting: DoubleToString's pictures and precision, UI text both
-// ways, coordinates, database columns and EqualDoubles.
-#include "common/thread_runner.h"
-#include "locale/number_fixture.h"
+// ways, coordinates, database columns and EqualDoubles. The comparison with
+// swprintf on random values is fuzz/number_format_fuzz.cpp's.
+#include "common/locale_support.h"
 #include "qxutil/locale.h"
 
 #include <gtest/gtest.h>
@@ -10,50 +10,50 @@
 #include <limits>
 #include <string>
 
-using qxtest::RunOnNewThread;
+using qxtest::OnPinnedThread;
 using qxtest::RuntimeNumericLocale;
-using qxtest::Sentinelled;
+using qxtest::TextBuffer;
 
 namespace {
 
 const double kInf = std::numeric_limits<double>::infinity();
 
-struct ToStringCase {
-  LCID locale;
-  double value;
-  bool forUI;
-  int precision;
-  PRINTF_FORMAT format;
-  int width;
-  const wchar_t* expected;
-};
-
 TEST(DoubleToString, PicturesPrecisionAndUiText) {
-  const ToStringCase cases[] = {
+  // Precision -1: 6 for %f and %e; for %g the integer digits + 3, or 6 when
+  // that is below 6 or above 14. An unknown format acts as %g; printf's ties
+  // go to even; UI text is grouped after the padding.
+  struct Case {
+    LCID locale;
+    double value;
+    bool forUI;
+    int precision;
+    PRINTF_FORMAT format;
+    int width;
+    const wchar_t* expected;
+  } cases[] = {
       {1033, 1234567.891, true, 2, PRINTF_F, -1, L"1,234,567.89"},
       {1033, 1234567.891, false, 2, PRINTF_F, -1, L"1234567.89"},
       {1031, 1234567.891, true, 2, PRINTF_F, -1, L"1.234.567,89"},
       {1031, 1234567.891, false, 2, PRINTF_F, -1, L"1234567.89"},
       {1036, 1234567.891, true, 2, PRINTF_F, -1, L"1\u00A0234\u00A0567,89"},
-      {1033, 12345.678, false, -1, PRINTF_G, -1, L"12345.68"}, // precision 4 + 3
+      {1033, 12345.678, false, -1, PRINTF_G, -1, L"12345.68"},
       {1033, 0.0, false, -1, PRINTF_G, -1, L"0"},
-      {1033, 1e20, false, -1, PRINTF_G, -1, L"1e+20"},                  // 23 is too many: 6
-      {1033, 123456789012.0, false, -1, PRINTF_G, -1, L"123456789012"}, // 14
-      {1033, 0.000123456789, false, -1, PRINTF_G, -1, L"0.000123457"},  // -3 + 3: 6
+      {1033, 1e20, false, -1, PRINTF_G, -1, L"1e+20"},
+      {1033, 123456789012.0, false, -1, PRINTF_G, -1, L"123456789012"},
+      {1033, 0.000123456789, false, -1, PRINTF_G, -1, L"0.000123457"},
       {1033, 3.14159265, false, -1, PRINTF_F, -1, L"3.141593"},
       {1033, 123.456, false, 2, PRINTF_E, -1, L"1.23e+02"},
       {1033, 123.456, false, 2, PRINTF_E, 12, L"    1.23e+02"},
       {1033, -5.5, false, 0, PRINTF_F, -1, L"-6"},
-      {1033, 2.5, false, 0, PRINTF_F, -1, L"2"},                        // printf's ties go to even
-      {1033, 1.5, false, 3, static_cast<PRINTF_FORMAT>(7), -1, L"1.5"}, // acts as %g
+      {1033, 2.5, false, 0, PRINTF_F, -1, L"2"},
+      {1033, 1.5, false, 3, static_cast<PRINTF_FORMAT>(7), -1, L"1.5"},
       {1033, std::nan(""), false, -1, PRINTF_G, -1, L"nan"},
       {1033, -kInf, true, -1, PRINTF_G, -1, L"-inf"},
       {1033, -1234.5, true, 1, PRINTF_F, 10, L"   -1,234.5"},
-      {1033, 1234.5, true, 1, PRINTF_F, -10, L"1,234.5    "}, // grouped after padding,
+      {1033, 1234.5, true, 1, PRINTF_F, -10, L"1,234.5    "},
   };
-  for (const ToStringCase& c : cases) {
-    RunOnNewThread([&] {
-      SetThreadLocale(c.locale);
+  for (const Case& c : cases) {
+    OnPinnedThread(c.locale, [&] {
       wchar_t buffer[64];
       EXPECT_EQ(DoubleToString(c.value, buffer, 64, c.forUI, c.precision, c.format, c.width),
                 buffer);
@@ -63,18 +63,17 @@ TEST(DoubleToString, PicturesPrecisionAndUiText) {
 }
 
 TEST(DoubleToString, RespectsTheBufferSize) {
-  RunOnNewThread([] {
-    SetThreadLocale(1033);
-    Sentinelled b(5);
+  OnPinnedThread(1033, [] {
+    TextBuffer b(5);
     DoubleToString(1234567.0, b.data(), b.usable(), false, 0, PRINTF_F, -1);
     EXPECT_STREQ(b.data(), L"1234");
     EXPECT_TRUE(b.GuardIntact());
     // UI grouping stops when a separator would not fit.
-    Sentinelled g(12);
+    TextBuffer g(12);
     DoubleToString(1234567.89, g.data(), g.usable(), true, 2, PRINTF_F, -1);
     EXPECT_STREQ(g.data(), L"1234,567.89");
     EXPECT_TRUE(g.GuardIntact());
-    Sentinelled z(0);
+    TextBuffer z(0);
     DoubleToString(1.0, z.data(), 0, true, 2, PRINTF_F, -1);
     EXPECT_TRUE(z.GuardIntact());
     wchar_t small[8];
@@ -84,9 +83,8 @@ TEST(DoubleToString, RespectsTheBufferSize) {
 }
 
 TEST(DoubleToString, RuntimeLocaleOutputIsNeutralisedByTheThreadLocale) {
-  RunOnNewThread([] {
+  OnPinnedThread(1031, [] { // agrees with the runtime: "," decimal
     RuntimeNumericLocale comma("de_DE.UTF-8", L',');
-    SetThreadLocale(1031); // agrees with the runtime: "," decimal
     wchar_t buffer[32];
     EXPECT_STREQ(DoubleToString(1234.5, buffer, 32, false, 1, PRINTF_F, -1), L"1234.5");
     EXPECT_STREQ(DoubleToString(1234.5, buffer, 32, true, 1, PRINTF_F, -1), L"1.234,5");
@@ -97,57 +95,43 @@ TEST(DoubleToString, RuntimeLocaleOutputIsNeutralisedByTheThreadLocale) {
   });
 }
 
-struct UiCase {
-  const wchar_t* canonical;
-  unsigned int size;
-  const wchar_t* ui;
-};
-
-TEST(FormatNumberForUI, SeparatorsGoBetweenDigitsOnly) {
-  const UiCase cases[] = {
-      {L"-1234", 16, L"-1,234"},
-      {L"-123", 16, L"-123"},
-      {L"1234567", 16, L"1,234,567"},
-      {L"123456.7", 16, L"123,456.7"},
-      {L"12345678901", 32, L"12,345,678,901"},
-      {L"1e+20", 16, L"1e+20"},
-      {L"$1234", 16, L"$1,234"},
-      {L".5", 16, L".5"},
-      {L"1234", 6, L"1,234"},
-      {L"1234", 5, L"1234"}, // no room
-      {L"1234567", 9, L"1234,567"},
-      {L"1234567", 10, L"1,234,567"},
-      {L"", 4, L""},
-  };
-  RunOnNewThread([&] {
-    SetThreadLocale(1033);
-    for (const UiCase& c : cases) {
-      Sentinelled b(c.size);
-      std::wstring(c.canonical).copy(b.data(), std::wcslen(c.canonical));
-      b.data()[std::wcslen(c.canonical)] = 0;
-      FormatNumberForUI(b.data(), c.size);
-      EXPECT_STREQ(b.data(), c.ui) << c.canonical;
-      EXPECT_TRUE(b.GuardIntact()) << c.canonical;
-    }
-    FormatNumberForUI(nullptr, 10);
-  });
+// Grouped - FormatNumberForUI of `canonical` in `size` units (en-US).
+std::wstring Grouped(const wchar_t* canonical, unsigned int size) {
+  TextBuffer b(size);
+  std::wcscpy(b.data(), canonical);
+  FormatNumberForUI(b.data(), size);
+  EXPECT_TRUE(b.GuardIntact()) << canonical;
+  return b.data();
 }
 
-TEST(DeformatNumberFromUI, RemovesGroupsAndNeutralisesTheLastDecimal) {
-  RunOnNewThread([] {
-    SetThreadLocale(1031);
-    struct {
-      const wchar_t* in;
-      const wchar_t* out;
-    } cases[] = {{L"1.234,5", L"1234.5"},
-                 {L"1,2,3", L"1,2.3"},
-                 {L"-1.000", L"-1000"},
-                 {L"", L""},
-                 {L"abc", L"abc"}};
-    for (const auto& c : cases) {
-      Sentinelled b(std::wcslen(c.in) + 1);
-      DeformatNumberFromUI(c.in, b.data());
-      EXPECT_STREQ(b.data(), c.out) << c.in;
+TEST(UiText, SeparatorsGoBetweenDigitsOnlyAndComeOutAgain) {
+  OnPinnedThread(1033, [] {
+    EXPECT_EQ(Grouped(L"-1234", 16), L"-1,234");
+    EXPECT_EQ(Grouped(L"-123", 16), L"-123");
+    EXPECT_EQ(Grouped(L"1234567", 16), L"1,234,567");
+    EXPECT_EQ(Grouped(L"123456.7", 16), L"123,456.7");
+    EXPECT_EQ(Grouped(L"12345678901", 32), L"12,345,678,901");
+    EXPECT_EQ(Grouped(L"1e+20", 16), L"1e+20");
+    EXPECT_EQ(Grouped(L"$1234", 16), L"$1,234");
+    EXPECT_EQ(Grouped(L".5", 16), L".5");
+    EXPECT_EQ(Grouped(L"", 4), L"");
+    // A separator that would not fit is left out.
+    EXPECT_EQ(Grouped(L"1234", 6), L"1,234");
+    EXPECT_EQ(Grouped(L"1234", 5), L"1234");
+    EXPECT_EQ(Grouped(L"1234567", 9), L"1234,567");
+    EXPECT_EQ(Grouped(L"1234567", 10), L"1,234,567");
+    FormatNumberForUI(nullptr, 10);
+  });
+  // Deformatting removes the groups and neutralises the last decimal.
+  OnPinnedThread(1031, [] {
+    for (auto [in, out] : {std::pair{L"1.234,5", L"1234.5"},
+                           {L"1,2,3", L"1,2.3"},
+                           {L"-1.000", L"-1000"},
+                           {L"", L""},
+                           {L"abc", L"abc"}}) {
+      TextBuffer b(std::wcslen(in) + 1);
+      DeformatNumberFromUI(in, b.data());
+      EXPECT_STREQ(b.data(), out) << in;
       EXPECT_TRUE(b.GuardIntact());
     }
     wchar_t out[4] = L"xyz";
@@ -158,26 +142,19 @@ TEST(DeformatNumberFromUI, RemovesGroupsAndNeutralisesTheLastDecimal) {
 }
 
 TEST(CoordinateToString, TrimsTrailingZerosAndPoint) {
-  struct {
-    double value;
-    const wchar_t* text;
-  } cases[] = {
-      {-0.5, L"-0.5"},
-      {3.0, L"3"},
-      {0.0, L"0"},
-      {1.0 / 3, L"0.333333333333"},
-      {1e20, L"100000000000000000000"},
-      {1e25, L"10000000000000000905969664"}, // cut to 29 characters first
-      {-1234.000000000001, L"-1234.000000000001"},
-      {123456789.0000001, L"123456789.000000104308"},
-  };
-  RunOnNewThread([&] {
-    SetThreadLocale(1031); // no UI formatting, whatever the locale
-    for (const auto& c : cases) {
-      wchar_t buffer[64];
-      EXPECT_STREQ(CoordinateToString(c.value, buffer, 64), c.text) << c.value;
-    }
-    Sentinelled b(4);
+  // No UI formatting, whatever the locale; cut to 29 characters first.
+  OnPinnedThread(1031, [] {
+    wchar_t buffer[64];
+    for (auto [value, text] : {std::pair{-0.5, L"-0.5"},
+                               {3.0, L"3"},
+                               {0.0, L"0"},
+                               {1.0 / 3, L"0.333333333333"},
+                               {1e20, L"100000000000000000000"},
+                               {1e25, L"10000000000000000905969664"},
+                               {-1234.000000000001, L"-1234.000000000001"},
+                               {123456789.0000001, L"123456789.000000104308"}})
+      EXPECT_STREQ(CoordinateToString(value, buffer, 64), text) << value;
+    TextBuffer b(4);
     CoordinateToString(-0.125, b.data(), b.usable());
     EXPECT_STREQ(b.data(), L"-0.");
     EXPECT_TRUE(b.GuardIntact());
@@ -185,7 +162,8 @@ TEST(CoordinateToString, TrimsTrailingZerosAndPoint) {
 }
 
 TEST(DoubleToDBString, ValuesAreKeptWithinTheColumn) {
-  struct {
+  // 1e25 in 20 columns: 1e20 - 1e5, the step that keeps 15 digits.
+  struct Case {
     int width, decimals;
     double value;
     const wchar_t* text;
@@ -198,42 +176,40 @@ TEST(DoubleToDBString, ValuesAreKeptWithinTheColumn) {
       {5, 0, 123456.0, L"99999"},
       {5, 0, -123456.0, L"-9999"},
       {5, 0, 12.5, L"   12"},
-      {20, 0, 1e25, L"99999999999999901696"}, // 1e20 - 1e5: the step keeps 15 digits
+      {20, 0, 1e25, L"99999999999999901696"},
       {20, 10, 3.25, L"        3.2500000000"},
   };
-  RunOnNewThread([&] {
-    SetThreadLocale(1033);
-    for (const auto& c : cases) {
-      Sentinelled b(static_cast<size_t>(c.width) + 1);
+  OnPinnedThread(1033, [&] {
+    for (const Case& c : cases) {
+      TextBuffer b(static_cast<size_t>(c.width) + 1);
       DoubleToDBString(b.data(), c.width, c.decimals, c.value);
       EXPECT_STREQ(b.data(), c.text) << c.value << " in " << c.width << "," << c.decimals;
       EXPECT_TRUE(b.GuardIntact());
     }
-    Sentinelled none(4);
+    TextBuffer none(4);
     DoubleToDBString(none.data(), -1, 2, 1.0);
     EXPECT_TRUE(none.UntouchedFrom(0));
   });
 }
 
 TEST(EqualDoubles, ComparesBinaryMantissas) {
-  struct {
+  // 0.9999999 and 1.0 lie either side of 2^0.
+  struct Case {
     double a, b;
     int digits;
     bool equal;
-  } cases[] = {
-      {1.0, 1.0000001, 5, true},
-      {1.0, 1.0000001, 8, false},
-      {-1.0, -1.0000001, 5, true},
-      {0.9999999, 1.0, 0, false}, // either side of 2^0
-      {0.0, -0.0, 14, true},
-      {0.0, 1e-300, 0, false},
-      {kInf, kInf, 0, true},
-      {std::nan(""), std::nan(""), 0, false},
-      {1.5, 1.55, 0, true},
-      {1.5, 1.55, 1, false},
-      {3.0, 3.0000000000000004, 14, true},
-  };
-  for (const auto& c : cases)
+  } cases[] = {{1.0, 1.0000001, 5, true},
+               {1.0, 1.0000001, 8, false},
+               {-1.0, -1.0000001, 5, true},
+               {0.9999999, 1.0, 0, false},
+               {0.0, -0.0, 14, true},
+               {0.0, 1e-300, 0, false},
+               {kInf, kInf, 0, true},
+               {std::nan(""), std::nan(""), 0, false},
+               {1.5, 1.55, 0, true},
+               {1.5, 1.55, 1, false},
+               {3.0, 3.0000000000000004, 14, true}};
+  for (const Case& c : cases)
     EXPECT_EQ(EqualDoubles(c.a, c.b, static_cast<SIGNIFICANTDIGITS>(c.digits)), c.equal)
         << c.a << " vs " << c.b << " at " << c.digits;
 }

@@ -1,120 +1,113 @@
 // Number parsing: the integer parsers' 32-bit contracts, StringToDouble in
-// both runtime-locale paths, and the FmtCtl variants through UI text.
-#include "common/thread_runner.h"
-#include "locale/number_fixture.h"
+// both runtime-locale paths (in the "C" locale exactly as glibc's wcstod on
+// adversarial texts; fuzz/number_parse_fuzz.cpp compares random ones), and
+// the FmtCtl variants through UI text.
+#include "common/frame_call_table.h"
+#include "common/locale_support.h"
 #include "qxutil/locale.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <climits>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <cstring>
+#include <functional>
 #include <string>
+#include <type_traits>
 
-using qxtest::RunOnNewThread;
+using qxtest::ExpectCalls;
+using qxtest::OnPinnedThread;
 using qxtest::RuntimeNumericLocale;
 
 namespace {
 
-constexpr long kNoEnd = -1; // the end pointer must be null
+// Parser - a parser of the family seen through long long (or double): the
+// text, the value read, the end pointer.
+template <class V> using Parser = std::function<bool(const wchar_t*, V*, wchar_t**)>;
+template <class T, class V = long long, class F> Parser<V> Through(F parse) {
+  return [parse](const wchar_t* text, V* value, wchar_t** end) {
+    T v = static_cast<T>(99);
+    bool ok = parse(text, &v, end);
+    *value = static_cast<V>(v);
+    return ok;
+  };
+}
 
-struct IntCase {
+template <class V> struct Read {
   const wchar_t* text;
-  bool ok;
-  long long value;
-  long end; // offset of the end pointer, or kNoEnd
+  V value;
+  long end; // offset of the end pointer
 };
 
-template <class T, class Parse> void RunIntCases(const IntCase* cases, size_t n, Parse parse) {
-  for (size_t i = 0; i < n; ++i) {
-    const IntCase& c = cases[i];
-    T value = static_cast<T>(99);
-    wchar_t* end = reinterpret_cast<wchar_t*>(1);
-    EXPECT_EQ(parse(c.text, &value, &end), c.ok) << "text " << (c.text ? "" : "(null)");
-    EXPECT_EQ(static_cast<long long>(value), c.value) << i;
-    if (c.end == kNoEnd)
-      EXPECT_EQ(end, nullptr) << i;
-    else
-      EXPECT_EQ(end, c.text + c.end) << i;
+// Reads - each text is read as its value, ending at its offset, and is
+// left as it was.
+template <class V> void Reads(const Parser<V>& parse, std::initializer_list<Read<V>> cases) {
+  for (const Read<V>& c : cases) {
+    std::wstring text = c.text; // writable, as the own scan requires
+    V value = 99;
+    wchar_t* end = nullptr;
+    EXPECT_TRUE(parse(text.data(), &value, &end)) << c.value;
+    EXPECT_EQ(value, c.value) << c.value;
+    EXPECT_EQ(end, text.data() + c.end) << c.value;
+    EXPECT_EQ(text, c.text) << c.value;
   }
+}
+
+// Refuses - each text fails with the value 0 and a null end.
+template <class V>
+void Refuses(const Parser<V>& parse, std::initializer_list<const wchar_t*> texts) {
+  for (const wchar_t* text : texts) {
+    std::wstring copy = text ? text : L"";
+    V value = 99;
+    wchar_t* end = reinterpret_cast<wchar_t*>(1);
+    EXPECT_FALSE(parse(text ? copy.data() : nullptr, &value, &end)) << copy;
+    EXPECT_EQ(value, 0) << copy;
+    EXPECT_EQ(end, nullptr) << copy;
+  }
+}
+
+const auto kInt = Through<int>(StringToInt);
+const auto kShort = Through<short>(StringToShort);
+const auto kUnsigned = Through<unsigned int>(StringToUnsignedInt);
+const auto kDouble = Through<double, double>(StringToDouble);
+const auto kLong0To10 = Through<long>(
+    [](const wchar_t* t, long* v, wchar_t** e) { return StringToLong(t, v, e, 0, 10); });
+Parser<long long> Radix(int radix) {
+  return Through<unsigned long>([radix](const wchar_t* t, unsigned long* v, wchar_t** e) {
+    return StringToUnsignedLong(t, v, e, radix);
+  });
 }
 
 TEST(IntegerParsers, StringToIntHasThe32BitRange) {
-  const IntCase cases[] = {
-      {L"12abc", true, 12, 2},
-      {L"abc", false, 0, kNoEnd},
-      {L"  -2147483648", true, INT_MIN, 13},
-      {L"2147483647", true, INT_MAX, 10},
-      {L"2147483648", false, 0, kNoEnd}, // a range error at 32 bits
-      {L"-2147483649", false, 0, kNoEnd},
-      {L"+7 ", true, 7, 2},
-      {L"\t\n 42", true, 42, 5},
-      {L"0x10", true, 0, 1}, // base 10: the x ends it
-      {L"-", false, 0, kNoEnd},
-      {L"", false, 0, kNoEnd},
-      {L"\u0661\u0662", true, 12, 2}, // Arabic-Indic digits
-      {L"\uFF15\uFF10", true, 50, 2}, // fullwidth digits
-      {L"\u3000 9", true, 9, 3},      // ideographic space is white space
-      {nullptr, false, 0, kNoEnd},
-  };
-  RunIntCases<int>(cases, std::size(cases),
-                   [](const wchar_t* t, int* v, wchar_t** e) { return StringToInt(t, v, e); });
+  // Base 10 (the x of "0x10" ends it); Unicode digits and white space count.
+  Reads(kInt, {{L"12abc", 12, 2}, {L"  -2147483648", INT_MIN, 13}, {L"2147483647", INT_MAX, 10}});
+  Reads(kInt, {{L"+7 ", 7, 2}, {L"\t\n 42", 42, 5}, {L"0x10", 0, 1}, {L"\u0661\u0662", 12, 2}});
+  Reads(kInt, {{L"\uFF15\uFF10", 50, 2}, {L"\u3000 9", 9, 3}});
+  Refuses(kInt, {L"abc", L"2147483648", L"-2147483649", L"-", L"", nullptr});
 }
 
-TEST(IntegerParsers, StringToShortAndStringToLongCheckTheirBounds) {
-  const IntCase shorts[] = {
-      {L"32768", false, 0, kNoEnd},
-      {L"-32768", true, -32768, 6},
-      {L"32767x", true, 32767, 5},
-      {L"99999999999", false, 0, kNoEnd},
-  };
-  RunIntCases<short>(shorts, std::size(shorts), [](const wchar_t* t, short* v, wchar_t** e) {
-    return StringToShort(t, v, e);
-  });
-  const IntCase longs[] = {
-      {L"5", true, 5, 1}, {L"11", false, 0, kNoEnd}, {L"-1", false, 0, kNoEnd},
-      {L"0", true, 0, 1}, {L"10", true, 10, 2},
-  };
-  RunIntCases<long>(longs, std::size(longs), [](const wchar_t* t, long* v, wchar_t** e) {
-    return StringToLong(t, v, e, 0, 10);
-  });
-}
-
-TEST(IntegerParsers, UnsignedParsersWrapNegativesAndRefuseOverflow) {
-  const IntCase cases[] = {
-      {L"4294967295", true, 4294967295LL, 10}, {L"4294967296", false, 0, kNoEnd},
-      {L"-1", true, 4294967295LL, 2},          {L"-4294967295", true, 1, 11},
-      {L"-4294967296", false, 0, kNoEnd},
-  };
-  RunIntCases<unsigned int>(
-      cases, std::size(cases),
-      [](const wchar_t* t, unsigned int* v, wchar_t** e) { return StringToUnsignedInt(t, v, e); });
+TEST(IntegerParsers, ShortLongAndUnsignedCheckTheirBounds) {
+  Reads(kShort, {{L"-32768", -32768, 6}, {L"32767x", 32767, 5}});
+  Refuses(kShort, {L"32768", L"99999999999"});
+  Reads(kLong0To10, {{L"5", 5, 1}, {L"0", 0, 1}, {L"10", 10, 2}});
+  Refuses(kLong0To10, {L"11", L"-1"});
+  // Negatives wrap; overflow is refused.
+  Reads(kUnsigned, {{L"4294967295", 4294967295LL, 10}, {L"-1", 4294967295LL, 2}});
+  Reads(kUnsigned, {{L"-4294967295", 1, 11}});
+  Refuses(kUnsigned, {L"4294967296", L"-4294967296"});
 }
 
 TEST(IntegerParsers, RadixRules) {
-  struct {
-    const wchar_t* text;
-    int radix;
-    bool ok;
-    unsigned long value;
-    long end;
-  } cases[] = {
-      {L"0x1F", 16, true, 31, 4},     {L"1f", 16, true, 31, 2},
-      {L"0x", 16, false, 0, kNoEnd}, // the prefix alone is no number
-      {L"0xg", 16, false, 0, kNoEnd}, {L"010", 0, true, 8, 3},
-      {L"0x10", 0, true, 16, 4},      {L"19", 0, true, 19, 2},
-      {L"zz", 36, true, 1295, 2},     {L"102", 2, true, 2, 2},
-      {L"5", 37, false, 0, kNoEnd},   {L"5", 1, false, 0, kNoEnd},
-      {L"5", -2, false, 0, kNoEnd},
-  };
-  for (const auto& c : cases) {
-    unsigned long value = 7;
-    wchar_t* end = nullptr;
-    EXPECT_EQ(StringToUnsignedLong(c.text, &value, &end, c.radix), c.ok) << c.radix;
-    EXPECT_EQ(value, c.value);
-    EXPECT_EQ(end, c.end == kNoEnd ? nullptr : const_cast<wchar_t*>(c.text) + c.end);
-  }
+  // A prefix alone is no number; radix 0 reads the C prefixes.
+  Reads(Radix(16), {{L"0x1F", 31, 4}, {L"1f", 31, 2}});
+  Refuses(Radix(16), {L"0x", L"0xg"});
+  Reads(Radix(0), {{L"010", 8, 3}, {L"0x10", 16, 4}, {L"19", 19, 2}});
+  Reads(Radix(36), {{L"zz", 1295, 2}});
+  Reads(Radix(2), {{L"102", 2, 2}});
+  for (int radix : {37, 1, -2})
+    Refuses(Radix(radix), {L"5"});
   unsigned long v = 0;
   EXPECT_TRUE(StringToUnsignedLong16(L"ffffffff", &v));
   EXPECT_EQ(v, 4294967295UL);
@@ -122,151 +115,107 @@ TEST(IntegerParsers, RadixRules) {
   EXPECT_EQ(v, 0UL);
 }
 
+// Got - what `parse` read from `text` (its other arguments after it), or
+// kRefused when it failed and left 0.
+constexpr long long kRefused = -777;
+template <class T, class... A>
+long long Got(bool (*parse)(const wchar_t*, T*, A...), const wchar_t* text,
+              std::type_identity_t<A>... more) {
+  T v = static_cast<T>(99);
+  const bool ok = parse(text, &v, more...);
+  return ok ? static_cast<long long>(v) : v == 0 ? kRefused : 99;
+}
+
 TEST(IntegerParsers, SixtyFourBitParsersSaturateAndSucceed) {
-  long long v = 0;
-  EXPECT_TRUE(StringToInt64(L"99999999999999999999", &v));
-  EXPECT_EQ(v, LLONG_MAX);
-  EXPECT_TRUE(StringToInt64(L"-99999999999999999999", &v));
-  EXPECT_EQ(v, LLONG_MIN);
-  EXPECT_TRUE(StringToInt64(L"-9223372036854775808", &v));
-  EXPECT_EQ(v, LLONG_MIN);
-  EXPECT_FALSE(StringToInt64(L"x1", &v));
-  EXPECT_EQ(v, 0);
-  unsigned long long u = 0;
-  EXPECT_TRUE(StringToUnsignedInt64(L"-1", &u));
-  EXPECT_EQ(u, UINT64_MAX);
-  EXPECT_TRUE(StringToUnsignedInt64(L"18446744073709551616", &u));
-  EXPECT_EQ(u, UINT64_MAX);
-  EXPECT_FALSE(StringToUnsignedInt64(nullptr, &u));
-  EXPECT_EQ(u, 0u);
+  ExpectCalls({CALL(Got(StringToInt64, L"99999999999999999999"), LLONG_MAX),
+               CALL(Got(StringToInt64, L"-99999999999999999999"), LLONG_MIN),
+               CALL(Got(StringToInt64, L"-9223372036854775808"), LLONG_MIN),
+               CALL(Got(StringToInt64, L"x1"), kRefused),
+               CALL(Got(StringToUnsignedInt64, L"-1"), UINT64_MAX),
+               CALL(Got(StringToUnsignedInt64, L"18446744073709551616"), UINT64_MAX),
+               CALL(Got(StringToUnsignedInt64, nullptr), kRefused)});
 }
 
-struct DoubleCase {
-  const wchar_t* text;
-  bool ok;
-  double value;
-  long end;
-};
-
-void RunDoubleCases(const DoubleCase* cases, size_t n) {
-  for (size_t i = 0; i < n; ++i) {
-    const DoubleCase& c = cases[i];
-    std::wstring text = c.text; // writable, as the own scan requires
-    double value = 99;
-    wchar_t* end = reinterpret_cast<wchar_t*>(1);
-    EXPECT_EQ(StringToDouble(text.data(), &value, &end), c.ok) << i;
-    if (std::isnan(c.value))
-      EXPECT_TRUE(std::isnan(value)) << i;
-    else
-      EXPECT_EQ(value, c.value) << i;
-    EXPECT_EQ(end, c.end == kNoEnd ? nullptr : text.data() + c.end) << i;
-    EXPECT_EQ(text, c.text) << i; // restored
-  }
-}
-
-const double kInf = std::numeric_limits<double>::infinity();
-
-TEST(StringToDouble, CRuntimeLocaleReadsWcstodSyntax) {
-  const DoubleCase cases[] = {
-      {L"1.5", true, 1.5, 3},
-      {L"1.5d3", true, 1.5, 3},
-      {L"  -2.5e-3x", true, -2.5e-3, 9},
-      {L"0x1.8p3", true, 12.0, 7},
-      {L"inf", true, kInf, 3},
-      {L"-Infinity", true, -kInf, 9},
-      {L"nan", true, std::nan(""), 3},
-      {L"1e400", false, 0, kNoEnd},                   // overflow is a range error
-      {L"1e-400", false, 0, kNoEnd},                  // so is underflow to zero
-      {L"4.9406564584124654e-324", false, 0, kNoEnd}, // an inexact denormal
-      {L"0e999999", true, 0, 8},
-      {L"abc", false, 0, kNoEnd},
-      {L".", false, 0, kNoEnd},
-      {L"1,5", true, 1, 1},
-      {L"0.1", true, 0.1, 3},
-      {L"1e", true, 1, 1},
+TEST(StringToDouble, CRuntimeLocaleReadsExactlyAsWcstod) {
+  // The runtime locale is "C" here (tests never call setlocale), so the
+  // whole wcstod syntax is compared: value bits, end pointer, range error
+  // (overflow, underflow to zero, an inexact denormal).
+  // clang-format off
+  const char* texts[] = {
+      "1.5", "1.5d3", "  -2.5e-3x", "-Infinity", "0e999999", "abc", "1,5", "0.1",
+      "0", "-0", "+0.0e-999999", "1e308", "1.7976931348623157e308", "1.7976931348623158e308",
+      "1.7976931348623159e308", "1e309", "-1e400", "1e-400", "2.2250738585072011e-308",
+      "2.2250738585072014e-308", "2.2250738585072012e-308", "4.9406564584124654e-324",
+      "2.4703282292062327e-324", "2.4703282292062328e-324", "5e-324", "1e-323", "0x1.8p3",
+      "0X.8P-2", "0x", "0xg", "0x1p-1074", "0x1p-1075", "0x1.fffffffffffffp1023", "0x1p1024",
+      "-0x0", "inf", "INFINITY", "-Inf", "infinit", "nan", "NaN(123)", "nan(abc_1)", "nan(",
+      " \t+1", "+-1", "- 1", "\xe3", ".", "e5", "1e", "1e+", "1.e5", ".e5", ".5", "5.",
+      "00000000000000000000000000001", "1e+0000000000000000000001", "0e999999999999999999",
+      "1e99999999999999999999", "1e-99999999999999999999", "9007199254740993",
+      "9007199254740992.5", "1.00000000000000011102230246251565404",
+      "123456789012345678901234567890e-30", "0.000000000000000000000000000001e30",
   };
-  RunDoubleCases(cases, std::size(cases));
-  double v = 5;
-  EXPECT_FALSE(StringToDouble(nullptr, &v, nullptr));
-  EXPECT_EQ(v, 0.0);
+  // clang-format on
+  for (const char* narrow : texts) {
+    const std::wstring text(narrow, narrow + std::strlen(narrow));
+    wchar_t *end = nullptr, *refEnd = nullptr;
+    errno = 0;
+    const double ref = std::wcstod(text.c_str(), &refEnd);
+    const bool refOk = refEnd != text.c_str() && errno != ERANGE;
+    double value = 99;
+    const bool ok = StringToDouble(text.c_str(), &value, &end);
+    EXPECT_EQ(ok, refOk) << narrow;
+    if (ok && refOk) {
+      EXPECT_EQ(std::memcmp(&value, &ref, sizeof value), 0) << narrow;
+      EXPECT_EQ(end, refEnd) << narrow;
+    } else {
+      EXPECT_EQ(value, 0) << narrow;
+      EXPECT_EQ(end, nullptr) << narrow;
+    }
+  }
+  Refuses(kDouble, {nullptr});
 }
 
 TEST(StringToDouble, OtherRuntimeLocaleScansWithTheFullStop) {
-  RunOnNewThread([] {
+  // With a comma as the runtime's point, its own decimal point is not read;
+  // no hexadecimal and no words in the own scan.
+  OnPinnedThread(1033, [] {
     RuntimeNumericLocale comma("de_DE.UTF-8", L',');
-    const DoubleCase cases[] = {
-        {L"1.5", true, 1.5, 3},
-        {L"1,5", true, 1, 1}, // the runtime's own decimal point is not read
-        {L"1.5d3", true, 1.5, 3},
-        {L" +.5e1z", true, 5.0, 6},
-        {L"-12.25E-2", true, -0.1225, 9},
-        {L"0x10", true, 0, 1},      // no hexadecimal in the own scan
-        {L"inf", false, 0, kNoEnd}, // nor words
-        {L".", false, 0, kNoEnd},
-        {L".e1", false, 0, kNoEnd},
-        {L"1e400", false, 0, kNoEnd},
-        {L"7.", true, 7, 2},
-        {L"\u3000 3.25", true, 3.25, 6},
-    };
-    RunDoubleCases(cases, std::size(cases));
+    Reads(kDouble, {{L"1.5", 1.5, 3}, {L"1,5", 1, 1}, {L"1.5d3", 1.5, 3}, {L" +.5e1z", 5.0, 6}});
+    Reads(kDouble, {{L"-12.25E-2", -0.1225, 9}, {L"0x10", 0, 1}, {L"7.", 7, 2}});
+    Reads(kDouble, {{L"\u3000 3.25", 3.25, 6}});
+    Refuses(kDouble, {L"inf", L".", L".e1", L"1e400"});
   });
-}
-
-TEST(StringToDouble, OtherRuntimeLocaleWithAFullStopPoint) {
-  RunOnNewThread([] {
+  OnPinnedThread(1033, [] {
     RuntimeNumericLocale utf8("C.UTF-8", L'.');
-    const DoubleCase cases[] = {
-        {L"2.75", true, 2.75, 4},
-        {L"0x1p3", true, 0, 1},
-        {L"1.5D+2", true, 1.5, 3},
-    };
-    RunDoubleCases(cases, std::size(cases));
-  });
-}
-
-TEST(FmtCtl, UiTextIsDeformattedFirst) {
-  RunOnNewThread([] {
-    SetThreadLocale(1031); // de-DE: "." thousands, "," decimal
-    double d = 0;
-    EXPECT_TRUE(StringToDoubleFmtCtl(L"1.234,5", &d, true));
-    EXPECT_EQ(d, 1234.5);
-    EXPECT_TRUE(StringToDoubleFmtCtl(L"1.234,5", &d, false));
-    EXPECT_EQ(d, 1.234);
-    int i = 0;
-    EXPECT_TRUE(StringToIntFmtCtl(L"1.234.567", &i, true));
-    EXPECT_EQ(i, 1234567);
-    short s = 5;
-    EXPECT_FALSE(StringToShortFmtCtl(L"40.000", &s, true));
-    EXPECT_EQ(s, 0);
-    EXPECT_TRUE(StringToShortFmtCtl(L"-32.768", &s, true));
-    EXPECT_EQ(s, -32768);
-    long l = 0;
-    EXPECT_FALSE(StringToLongFmtCtl(L"1.001", &l, true, 0, 1000));
-    EXPECT_TRUE(StringToLongFmtCtl(L"1.000", &l, true, 0, 1000));
-    EXPECT_EQ(l, 1000);
-    unsigned long ul = 0;
-    EXPECT_TRUE(StringToUnsignedLongFmtCtl(L"4.294.967.295", &ul, true));
-    EXPECT_EQ(ul, 4294967295UL);
-    long long ll = 0;
-    EXPECT_TRUE(StringToInt64FmtCtl(L"-9.000.000.000", &ll, true));
-    EXPECT_EQ(ll, -9000000000LL);
-    unsigned long long ull = 0;
-    EXPECT_TRUE(StringToUnsignedInt64FmtCtl(L"18.446.744.073.709.551.615", &ull, true));
-    EXPECT_EQ(ull, UINT64_MAX);
-    EXPECT_FALSE(StringToDoubleFmtCtl(nullptr, &d, true));
-    std::wstring huge(2000, L'1');
-    EXPECT_FALSE(StringToDoubleFmtCtl(huge.c_str(), &d, true)); // beyond the working buffer
-    EXPECT_EQ(d, 0.0);
+    Reads(kDouble, {{L"2.75", 2.75, 4}, {L"0x1p3", 0, 1}, {L"1.5D+2", 1.5, 3}});
   });
 }
 
 bool AskNeutral() { return true; }
 
-TEST(FmtCtl, TheNumberCallbackMakesUiTextNeutral) {
-  RunOnNewThread([] {
-    SetThreadLocale(1031);
-    SetNumberFormatCallback(AskNeutral);
+TEST(FmtCtl, UiTextIsDeformattedFirst) {
+  OnPinnedThread(1031, [] {              // de-DE: "." thousands, "," decimal
+    const std::wstring huge(2000, L'1'); // beyond the working buffer
+    ExpectCalls(
+        {CALL(Got(StringToIntFmtCtl, L"1.234.567", true), 1234567),
+         CALL(Got(StringToShortFmtCtl, L"40.000", true), kRefused),
+         CALL(Got(StringToShortFmtCtl, L"-32.768", true), -32768),
+         CALL(Got(StringToLongFmtCtl, L"1.001", true, 0, 1000), kRefused),
+         CALL(Got(StringToLongFmtCtl, L"1.000", true, 0, 1000), 1000),
+         CALL(Got(StringToUnsignedLongFmtCtl, L"4.294.967.295", true), 4294967295LL),
+         CALL(Got(StringToInt64FmtCtl, L"-9.000.000.000", true), -9000000000LL),
+         CALL(Got(StringToUnsignedInt64FmtCtl, L"18.446.744.073.709.551.615", true), UINT64_MAX)});
     double d = 0;
+    EXPECT_TRUE(StringToDoubleFmtCtl(L"1.234,5", &d, true));
+    EXPECT_EQ(d, 1234.5);
+    EXPECT_TRUE(StringToDoubleFmtCtl(L"1.234,5", &d, false));
+    EXPECT_EQ(d, 1.234);
+    EXPECT_FALSE(StringToDoubleFmtCtl(nullptr, &d, true));
+    EXPECT_FALSE(StringToDoubleFmtCtl(huge.c_str(), &d, true));
+    EXPECT_EQ(d, 0.0);
+    // The number callback makes UI text neutral.
+    SetNumberFormatCallback(AskNeutral);
     EXPECT_TRUE(StringToDoubleFmtCtl(L"1,234.5", &d, true));
     EXPECT_EQ(d, 1234.5);
   });

@@ -1,7 +1,7 @@
-// Numbers by picture: formatting, reading, bad pictures, overflow and round
-// trips, as a user of database number formats would write them.
-#include "common/thread_runner.h"
-#include "locale/number_fixture.h"
+// Numbers by picture: formatting, reading, bad pictures and overflow, as a
+// user of database number formats would write them. Round trips of random
+// pictures, values and sizes are fuzz/sql_number_fuzz.cpp's.
+#include "common/locale_support.h"
 #include "qxutil/locale.h"
 
 #include <gtest/gtest.h>
@@ -10,121 +10,84 @@
 #include <limits>
 #include <string>
 
-using qxtest::RunOnNewThread;
-using qxtest::Sentinelled;
+using qxtest::OnPinnedThread;
+using qxtest::TextBuffer;
 
 namespace {
 
 struct FormatCase {
   const wchar_t* picture;
   double value;
-  bool ok;
   const wchar_t* text;
 };
 
-void RunFormatCases(LCID locale, const FormatCase* cases, size_t n) {
-  RunOnNewThread([&] {
-    SetThreadLocale(locale);
-    for (size_t i = 0; i < n; ++i) {
-      const FormatCase& c = cases[i];
-      Sentinelled b(40);
-      EXPECT_EQ(qxSQLDoubleToString(c.value, c.picture, b.data(), b.usable()), c.ok)
-          << (c.picture ? c.picture : L"(null)") << " " << c.value;
-      EXPECT_STREQ(b.data(), c.text) << (c.picture ? c.picture : L"(null)") << " " << c.value;
+// Writes - qxSQLDoubleToString of each case in a 40-unit buffer gives its
+// text; true, or false (`fails`) with "#"s for an overflow and "" for a bad
+// picture.
+void Writes(std::initializer_list<FormatCase> cases, bool fails = false, LCID locale = 1033) {
+  OnPinnedThread(locale, [&] {
+    for (const FormatCase& c : cases) {
+      const std::wstring picture = c.picture ? c.picture : L"(null)";
+      TextBuffer b(40);
+      EXPECT_EQ(qxSQLDoubleToString(c.value, c.picture, b.data(), b.usable()), !fails)
+          << picture << " " << c.value;
+      EXPECT_STREQ(b.data(), c.text) << picture << " " << c.value;
       EXPECT_TRUE(b.GuardIntact());
     }
   });
 }
+constexpr bool kFails = true;
 
 TEST(SqlNumberFormat, DigitsGroupsAndPoint) {
-  const FormatCase cases[] = {
-      {L"9999", 1234, true, L"1234"},
-      {L"9999", 12, true, L"12"},
-      {L"0000", 12, true, L"0012"},
-      {L"9990", 0.2, true, L"0"},
-      {L"9099", 5, true, L"005"}, // a 0 keeps every digit to its right
-      {L"9,999", 1234, true, L"1,234"},
-      {L"9,999", 12, true, L"12"},
-      {L"0,000", 12, true, L"0,012"},
-      {L"9G999D99", 1234.5, true, L"1,234.5"},
-      {L"9g999d00", 1234.5, true, L"1,234.50"},
-      {L"99.99", 0.5, true, L".5"},
-      {L"90.99", 0.5, true, L"0.5"},
-      {L"999.99", 7, true, L"7"},    // no fraction digit left: no point either
-      {L"999.90", 7, true, L"7.00"}, // only trailing 9 positions drop zeros
-      {L"999", 0, true, L"0"},
-      {L"999", 2.5, true, L"3"}, // halves away from zero
-      {L"999", -2.5, true, L"-3"},
-      {L"9.00", 1.005, true, L"1.00"}, // 1.005 is slightly less in binary
-      {L"9.00", 1.125, true, L"1.13"},
-      {L"999", -0.4, true, L"0"}, // no minus for a value that rounds to 0
-      {L".999", 0.1234, true, L".123"},
-      {L".99", 0.001, true, L".0"},  // no integer position: the zero goes after the point
-      {L"  999  ", 12, true, L"12"}, // blanks around the picture are ignored
-  };
-  RunFormatCases(1033, cases, std::size(cases));
+  // A 0 keeps every digit to its right.
+  Writes({{L"9999", 1234, L"1234"}, {L"9999", 12, L"12"}, {L"0000", 12, L"0012"}});
+  Writes({{L"9990", 0.2, L"0"}, {L"9099", 5, L"005"}, {L"9,999", 1234, L"1,234"}});
+  Writes({{L"9,999", 12, L"12"}, {L"0,000", 12, L"0,012"}, {L"9G999D99", 1234.5, L"1,234.5"}});
+  // Only trailing 9 positions drop zeros; with no fraction digit left, the
+  // point goes too; with no integer position, the zero goes after it.
+  Writes({{L"9g999d00", 1234.5, L"1,234.50"}, {L"99.99", 0.5, L".5"}, {L"90.99", 0.5, L"0.5"}});
+  Writes({{L"999.99", 7, L"7"}, {L"999.90", 7, L"7.00"}, {L"999", 0, L"0"}});
+  Writes({{L".999", 0.1234, L".123"}, {L".99", 0.001, L".0"}});
+  // Halves away from zero (1.005 is slightly less in binary); no minus for
+  // a value that rounds to 0; blanks around the picture are ignored.
+  Writes({{L"999", 2.5, L"3"}, {L"999", -2.5, L"-3"}, {L"9.00", 1.005, L"1.00"}});
+  Writes({{L"9.00", 1.125, L"1.13"}, {L"999", -0.4, L"0"}, {L"  999  ", 12, L"12"}});
 }
 
 TEST(SqlNumberFormat, SignCurrencyAndExponent) {
-  const FormatCase cases[] = {
-      {L"+999", 12, true, L"+12"},
-      {L"+999", -12, true, L"-12"},
-      {L"999+", 12, true, L"12+"},
-      {L"999-", -12, true, L"12-"},
-      {L"999-", 12, true, L"12"},
-      {L"-999", 12, true, L"12"},
-      {L"L999", 12, true, L"$12"},
-      {L"$999", -5, true, L"-$5"},
-      {L"-L999", -5, true, L"-$5"},
-      {L"L-999", -5, true, L"$-5"},
-      {L"999L", 5, true, L"5$"},
-      {L"999L-", -5, true, L"5$-"},
-      {L"9.99E", 12345, true, L"1.23E+04"},
-      {L"9.99E", 0.00012345, true, L"1.23E-04"},
-      {L"9.99E", 9.999, true, L"1E+01"}, // rounding carries into the exponent
-      {L"9.00E", 9.999, true, L"1.00E+01"},
-      {L"9.99E", 0, true, L"0E+00"},
-      {L"9.00e", -1e300, true, L"-1.00E+300"},
-      {L"9E-", -0.05, true, L"5E-02-"},
-  };
-  RunFormatCases(1033, cases, std::size(cases));
+  Writes({{L"+999", 12, L"+12"}, {L"+999", -12, L"-12"}, {L"999+", 12, L"12+"}});
+  Writes({{L"999-", -12, L"12-"}, {L"999-", 12, L"12"}, {L"-999", 12, L"12"}});
+  Writes({{L"L999", 12, L"$12"}, {L"$999", -5, L"-$5"}, {L"-L999", -5, L"-$5"}});
+  Writes({{L"L-999", -5, L"$-5"}, {L"999L", 5, L"5$"}, {L"999L-", -5, L"5$-"}});
+  // Rounding carries into the exponent.
+  Writes({{L"9.99E", 12345, L"1.23E+04"}, {L"9.99E", 0.00012345, L"1.23E-04"}});
+  Writes({{L"9.99E", 9.999, L"1E+01"}, {L"9.00E", 9.999, L"1.00E+01"}, {L"9.99E", 0, L"0E+00"}});
+  Writes({{L"9.00e", -1e300, L"-1.00E+300"}, {L"9E-", -0.05, L"5E-02-"}});
+  // The locale's symbols.
+  Writes({{L"9G999D99", 1234.5, L"1.234,5"}, {L"L9G999", 1234, L"\u20AC1.234"}}, false, 1031);
+  Writes({{L"9,999.00L", 1234, L"1.234,00\u20AC"}}, false, 1031);
 }
 
 TEST(SqlNumberFormat, OverflowBadPicturesAndSmallBuffers) {
-  const double nan = std::nan("");
-  const FormatCase cases[] = {
-      {L"999", 1234, false, L"###"},
-      {L"9,999", 12345, false, L"#####"},
-      {L"999.9", 999.96, false, L"#####"}, // rounding adds an integer digit
-      {L"0E", -1.7e308, false, L"##"},     // rounds to 2E+308, beyond a double
-      {L"L999", nan, false, L"####"},
-      {L"999", std::numeric_limits<double>::infinity(), false, L"###"},
-      {L"", 1, false, L""},
-      {nullptr, 1, false, L""},
-      {L"9,", 1, false, L""},
-      {L",9", 1, false, L""},
-      {L"9,,9", 1, false, L""},
-      {L"9.9.9", 1, false, L""},
-      {L"E9", 1, false, L""},
-      {L"9E9", 1, false, L""},
-      {L"++9", 1, false, L""},
-      {L"LL9", 1, false, L""},
-      {L"9X", 1, false, L""},
-      {L"9 9", 1, false, L""},
-      {L"9.9,9", 1, false, L""},
-      {L"+", 1, false, L""},
-      {L"9+9", 1, false, L""},
-  };
-  RunFormatCases(1033, cases, std::size(cases));
-  RunOnNewThread([] {
-    SetThreadLocale(1033);
-    Sentinelled b(4);
+  // Rounding may add an integer digit (999.96) or leave the doubles
+  // (-1.7e308 rounds to 2E+308).
+  const double inf = std::numeric_limits<double>::infinity();
+  Writes({{L"999", 1234, L"###"}, {L"9,999", 12345, L"#####"}, {L"999.9", 999.96, L"#####"}},
+         kFails);
+  Writes({{L"0E", -1.7e308, L"##"}, {L"L999", std::nan(""), L"####"}, {L"999", inf, L"###"}},
+         kFails);
+  for (const wchar_t* bad :
+       {L"", static_cast<const wchar_t*>(nullptr), L"9,", L",9", L"9,,9", L"9.9.9", L"E9", L"9E9",
+        L"++9", L"LL9", L"9X", L"9 9", L"9.9,9", L"+", L"9+9"})
+    Writes({{bad, 1, L""}}, kFails);
+  OnPinnedThread(1033, [] {
+    TextBuffer b(4);
     EXPECT_FALSE(qxSQLDoubleToString(12345, L"99999", b.data(), b.usable()));
     EXPECT_STREQ(b.data(), L""); // too small: empty, never cut
     EXPECT_TRUE(b.GuardIntact());
     EXPECT_TRUE(qxSQLDoubleToString(123, L"99999", b.data(), b.usable()));
     EXPECT_STREQ(b.data(), L"123");
-    Sentinelled o(3);
+    TextBuffer o(3);
     EXPECT_FALSE(qxSQLDoubleToString(123456, L"99999", o.data(), o.usable()));
     EXPECT_STREQ(o.data(), L"##");
     EXPECT_TRUE(o.GuardIntact());
@@ -132,95 +95,51 @@ TEST(SqlNumberFormat, OverflowBadPicturesAndSmallBuffers) {
   });
 }
 
-TEST(SqlNumberFormat, LocaleSymbols) {
-  const FormatCase cases[] = {
-      {L"9G999D99", 1234.5, true, L"1.234,5"},
-      {L"L9G999", 1234, true, L"\u20AC1.234"},
-      {L"9,999.00L", 1234, true, L"1.234,00\u20AC"},
-  };
-  RunFormatCases(1031, cases, std::size(cases));
-}
-
-struct ParseCase {
-  const wchar_t* picture;
-  const wchar_t* text;
-  bool ok;
-  double value;
-};
-
-void RunParseCases(LCID locale, const ParseCase* cases, size_t n) {
-  RunOnNewThread([&] {
-    SetThreadLocale(locale);
-    for (size_t i = 0; i < n; ++i) {
-      const ParseCase& c = cases[i];
+// Reads - qxSQLStringToDouble of each text by `picture` gives the value;
+// Refuses - it fails with 0 for each text.
+void Reads(const wchar_t* picture, std::initializer_list<std::pair<const wchar_t*, double>> cases,
+           LCID locale = 1033) {
+  OnPinnedThread(locale, [&] {
+    for (const auto& [text, expected] : cases) {
       double value = 99;
-      EXPECT_EQ(qxSQLStringToDouble(c.text, c.picture, &value), c.ok)
-          << c.picture << " <- " << (c.text ? c.text : L"(null)");
-      EXPECT_EQ(value, c.value) << c.picture << " <- " << (c.text ? c.text : L"(null)");
+      EXPECT_TRUE(qxSQLStringToDouble(text, picture, &value)) << picture << " <- " << text;
+      EXPECT_EQ(value, expected) << picture << " <- " << text;
+    }
+  });
+}
+void Refuses(const wchar_t* picture, std::initializer_list<const wchar_t*> texts,
+             LCID locale = 1033) {
+  OnPinnedThread(locale, [&] {
+    for (const wchar_t* text : texts) {
+      double value = 99;
+      const std::wstring shown = text ? text : L"(null)";
+      EXPECT_FALSE(qxSQLStringToDouble(text, picture, &value)) << shown << " by " << picture;
+      EXPECT_EQ(value, 0) << shown;
     }
   });
 }
 
 TEST(SqlNumberParse, ReadsWhatThePictureAllows) {
-  const ParseCase cases[] = {
-      {L"9G999D99", L"1,234.5", true, 1234.5},
-      {L"9G999D99", L" -1,234.50 ", true, -1234.5},
-      {L"9G999D99", L"1234", true, 1234},
-      {L"9G999D99", L"12,34", true, 1234}, // groups are checked between digits only
-      {L"9G999D99", L",123", false, 0},
-      {L"9G999D99", L"123,", false, 0},
-      {L"9G999D99", L"12345", false, 0}, // more integer digits than the picture
-      {L"9G999D99", L"00012", true, 12}, // leading zeros do not count
-      {L"9G999D99", L"1.234", false, 0}, // more fraction digits
-      {L"9G999D99", L".5", true, 0.5},
-      {L"9G999D99", L"5.", true, 5},
-      {L"9999", L"1.5", false, 0}, // no point in the picture
-      {L"L999", L"$12", true, 12},
-      {L"L999", L"12", true, 12}, // the symbol may be left out
-      {L"L999", L"-$12", true, -12},
-      {L"999-", L"12-", true, -12},
-      {L"999-", L"-12", false, 0}, // the sign goes where the picture has it
-      {L"+999", L"+12", true, 12},
-      {L"9.99E", L"1.23E+04", true, 12300},
-      {L"9.99E", L"1.5e-3", true, 0.0015},
-      {L"9.99E", L"2", true, 2},
-      {L"9.99E", L"1E", false, 0},
-      {L"9E", L"1E400", false, 0}, // beyond a double
-      {L"999", L"1E2", false, 0},
-      {L"999", L"abc", false, 0},
-      {L"999", L"", false, 0},
-      {L"999", L"+", false, 0},
-      {L"999", L"1 2", false, 0},
-      {L"999", nullptr, false, 0},
-      {L"9,", L"1", false, 0}, // a bad picture reads nothing
-      {nullptr, L"1", false, 0},
-  };
-  RunParseCases(1033, cases, std::size(cases));
-  const ParseCase german[] = {
-      {L"9G999D99", L"1.234,5", true, 1234.5},
-      {L"L9G999", L"\u20AC1.234", true, 1234},
-      {L"9G999D99", L"1,234.5", false, 0},
-  };
-  RunParseCases(1031, german, std::size(german));
-}
-
-TEST(SqlNumber, RoundTrips) {
-  const wchar_t* pictures[] = {L"9G999G999D99", L"L999,990.00-", L"+0.000000E", L"999999"};
-  const double values[] = {0, 1, -1, 0.5, 1234.56, -98765.43, 999999, 0.001, 3.14159};
-  RunOnNewThread([&] {
-    SetThreadLocale(1036); // fr-FR: a no-break space groups, "," decimal, euro symbol
-    for (const wchar_t* picture : pictures) {
-      for (double v : values) {
-        wchar_t text[40];
-        double back = 0;
-        ASSERT_TRUE(qxSQLDoubleToString(v, picture, text, 40)) << picture << " " << v;
-        ASSERT_TRUE(qxSQLStringToDouble(text, picture, &back)) << picture << " " << text;
-        wchar_t again[40];
-        ASSERT_TRUE(qxSQLDoubleToString(back, picture, again, 40));
-        EXPECT_STREQ(again, text) << picture << " " << v;
-      }
-    }
-  });
+  // Groups are checked between digits only; leading zeros do not count, but
+  // more integer or fraction digits than the picture fail.
+  Reads(L"9G999D99", {{L"1,234.5", 1234.5}, {L" -1,234.50 ", -1234.5}, {L"1234", 1234}});
+  Reads(L"9G999D99", {{L"12,34", 1234}, {L"00012", 12}, {L".5", 0.5}, {L"5.", 5}});
+  Refuses(L"9G999D99", {L",123", L"123,", L"12345", L"1.234"});
+  Refuses(L"9999", {L"1.5"}); // no point in the picture
+  // The symbol may be left out; the sign goes where the picture has it.
+  Reads(L"L999", {{L"$12", 12}, {L"12", 12}, {L"-$12", -12}});
+  Reads(L"999-", {{L"12-", -12}});
+  Refuses(L"999-", {L"-12"});
+  Reads(L"+999", {{L"+12", 12}});
+  Reads(L"9.99E", {{L"1.23E+04", 12300}, {L"1.5e-3", 0.0015}, {L"2", 2}});
+  Refuses(L"9.99E", {L"1E"});
+  Refuses(L"9E", {L"1E400"}); // beyond a double
+  Refuses(L"999", {L"1E2", L"abc", L"", L"+", L"1 2", nullptr});
+  Refuses(L"9,", {L"1"}); // a bad picture reads nothing
+  Refuses(nullptr, {L"1"});
+  Reads(L"9G999D99", {{L"1.234,5", 1234.5}}, 1031);
+  Reads(L"L9G999", {{L"\u20AC1.234", 1234}}, 1031);
+  Refuses(L"9G999D99", {L"1,234.5"}, 1031);
 }
 
 } // namespace

@@ -231,7 +231,7 @@ TEST(StringResourceBuffers, IsCreatedFirstInEveryServiceSet) {
 class RecordingRing final : public cStringResourceBuffers {
 public:
   explicit RecordingRing(qxtest::DestructionLog* log) : log_(log) {}
-  ~RecordingRing() override { log_->Add("cStringResourceBuffers"); }
+  ~RecordingRing() override { log_->push_back("cStringResourceBuffers"); }
   wchar_t* GetNextBuffer() override { return buffer_; }
 
 private:
@@ -253,7 +253,7 @@ TEST(StringResourceBuffers, IsDestroyedFirstWhenTheThreadEnds) {
     sStringTable table[] = {{0, nullptr}};
     EXPECT_EQ(cStringTable(table)[4], cStringTable(table)[5]);
   });
-  EXPECT_EQ(log.Names(), expected);
+  EXPECT_EQ(log, expected);
 }
 
 TEST(StringResourceBuffers, WithoutARingTextsAreNull) {

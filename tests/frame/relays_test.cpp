@@ -1,14 +1,37 @@
-// Start-up relays reach loaded companion modules only.
+// Relays: escape polling to the host's callback, start-up calls to loaded
+// companion modules only, and module lookups that set the last error.
 #include "platform/modules.h"
 #include "qxutil/frame.h"
 
 #include <gtest/gtest.h>
+
+#include <vector>
 
 #include <dlfcn.h>
 
 using namespace qx::win;
 
 namespace {
+
+TEST(CheckEsc, RelaysToTheCallbackWithTheUpdateFlag) {
+  struct Host : cCheckEscCallback {
+    bool Check(bool forUpdate) override {
+      calls.push_back(forUpdate);
+      return true;
+    }
+    std::vector<bool> calls;
+  } host;
+  EXPECT_FALSE(CheckEsc());
+  EXPECT_FALSE(CheckEsc4Update(true));
+  InitCheckEscCallback(&host);
+  EXPECT_TRUE(CheckEsc());
+  EXPECT_TRUE(CheckEsc4Update(true));
+  EXPECT_TRUE(CheckEsc4Update(false));
+  EXPECT_EQ(host.calls, (std::vector<bool>{false, true, false}));
+  InitCheckEscCallback(nullptr);
+  EXPECT_FALSE(CheckEsc());
+  EXPECT_EQ(host.calls.size(), 3u);
+}
 
 TEST(Companions, RelaysNeverLoadAModule) {
   ASSERT_EQ(dlopen(QXTEST_COMPANION_PATH, RTLD_LAZY | RTLD_NOLOAD), nullptr);
