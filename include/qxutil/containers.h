@@ -343,9 +343,9 @@ public:
   /// is emptied (Reset), otherwise its points are kept (Reserve); false when
   /// that fails. Then skips point separators, and while units remain: x,
   /// coordinate separators, y, append (x, y), point separators. A number
-  /// that cannot be read ends the parse with false; the points appended
-  /// before stay. So a `length` beyond the terminator fails there, and
-  /// "1,2;3,4" with "," and ";" gives (1, 2), (3, 4) and true.
+  /// that cannot be read, or a point that cannot be appended (memory), ends
+  /// the parse with false; the points appended before stay. So a `length` beyond the terminator
+  /// fails there, and "1,2;3,4" with "," and ";" gives (1, 2), (3, 4) and true.
   virtual bool Parse(const wchar_t* text, unsigned length, bool replace) = 0;
 
   /// Create - a parser filling `container` (not owned; null refused) with

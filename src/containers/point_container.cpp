@@ -25,7 +25,8 @@ public:
     const uint64_t bytes = uint64_t{n} * kElementSize;
     if (bytes > 0xFFFFFFFFu || !falloc_(static_cast<unsigned int>(bytes), &points_, true, true))
       return false;
-    capacity_ = memSize(points_) / kElementSize;
+    // The heap gives an empty request a few usable bytes; it holds nothing.
+    capacity_ = n == 0 ? 0 : memSize(points_) / kElementSize;
     return true;
   }
 

@@ -103,7 +103,8 @@ public:
       position = Skip(coordinateSeparators_, text, position, length);
       if (!ReadNumber(text, length, &position, &point.y))
         return false;
-      container_->Append(&point, 1); // a failed append is not reported
+      if (!container_->Append(&point, 1))
+        return false; // out of memory: reported, not a silent loss of points
       position = Skip(pointSeparators_, text, position, length);
     }
     return true;

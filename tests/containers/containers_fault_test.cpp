@@ -1,0 +1,284 @@
+// Out-of-memory paths of every exported containers call that allocates:
+// each is walked with the heap's fault hook (common/fault_walk.h), and each
+// faulted run must end in the call's failure result with the container as
+// it was before the call. The checks read the containers without
+// allocating (Count, Contains, GetBounds, GetPoints), so they hold while
+// every allocation fails.
+#include "common/fault_walk.h"
+#include "common/queue_model.h"
+#include "qxutil/containers.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <initializer_list>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using qxtest::FaultCase;
+using qxtest::Outcome;
+// Runs are initializer lists: building them inside a run allocates nothing.
+using Runs = std::initializer_list<std::pair<unsigned, unsigned>>;
+
+// Holds - the list holds exactly `runs`, read without allocating.
+template <class T> bool Holds(QXList<T>* list, const Runs& runs) {
+  unsigned long count = 0;
+  for (const auto& [first, last] : runs) {
+    count += last - first + 1;
+    if (!list->Contains(static_cast<T>(first)) || !list->Contains(static_cast<T>(last)) ||
+        list->Contains(static_cast<T>(last + 1)) ||
+        (first > 0 && list->Contains(static_cast<T>(first - 1))))
+      return false;
+  }
+  T min = 0, max = 0;
+  bool oneRun = false;
+  const bool bounded = list->GetBounds(min, max, &oneRun);
+  return list->Count() == count && bounded == (runs.size() > 0) &&
+         (!bounded ||
+          (min == static_cast<T>(runs.begin()->first) &&
+           max == static_cast<T>((runs.end() - 1)->second) && oneRun == (runs.size() == 1)));
+}
+
+// Build - a new list holding `runs`; null when memory fails.
+template <class T> QXList<T>* Build(const Runs& runs) {
+  std::unique_ptr<QXList<T>> list(QXList<T>::Create());
+  for (const auto& [first, last] : runs)
+    if (!list || !list->AddRange(first, last))
+      return nullptr;
+  return list.release();
+}
+
+// Change - builds `start`, applies `op`: complete with `after`, failed with
+// `start` unchanged.
+template <class T>
+FaultCase::Outcome Change(const Runs& start, bool (*op)(QXList<T>*), const Runs& after) {
+  std::unique_ptr<QXList<T>> list(Build<T>(start));
+  if (!list)
+    return FaultCase::kFailed;
+  const bool ok = op(list.get());
+  if (!ok)
+    return Holds(list.get(), start) ? FaultCase::kFailed : FaultCase::kWrong;
+  return Holds(list.get(), after) ? FaultCase::kComplete : FaultCase::kWrong;
+}
+
+template <class T> std::vector<FaultCase> ListCases() {
+  return {
+      {"Create",
+       [] {
+         std::unique_ptr<QXList<T>> list(QXList<T>::Create());
+         return Outcome(list != nullptr, list && Holds(list.get(), {}));
+       }},
+      {"Add (a new single)",
+       [] {
+         return Change<T>({{10, 20}}, [](QXList<T>* l) { return l->Add(30); },
+                          {{10, 20}, {30, 30}});
+       }},
+      {"Add (joining two entries)",
+       [] {
+         return Change<T>({{10, 20}, {22, 22}}, [](QXList<T>* l) { return l->Add(21); },
+                          {{10, 22}});
+       },
+       true}, // the word block shrinks: a refused shrink keeps the larger block
+      {"AddRange (a new run)",
+       [] {
+         return Change<T>({{1, 3}, {7, 9}}, [](QXList<T>* l) { return l->AddRange(200, 100); },
+                          {{1, 3}, {7, 9}, {100, 200}});
+       }},
+      {"AddRange (merging)",
+       [] {
+         return Change<T>({{1, 3}, {5, 5}, {7, 9}, {12, 12}},
+                          [](QXList<T>* l) { return l->AddRange(4, 6); }, {{1, 9}, {12, 12}});
+       },
+       true}, // shrinks too
+      {"Remove (a split)",
+       [] {
+         return Change<T>({{1, 9}}, [](QXList<T>* l) { return l->Remove(5); }, {{1, 4}, {6, 9}});
+       }},
+      {"Remove (a single)",
+       [] {
+         return Change<T>({{1, 1}, {3, 4}}, [](QXList<T>* l) { return l->Remove(1); }, {{3, 4}});
+       },
+       true}, // a refused shrink keeps the larger block
+      {"Clear",
+       [] {
+         return Change<T>({{1, 1}, {3, 9}}, [](QXList<T>* l) { return l->Clear(); }, {});
+       },
+       true},
+      {"Clone",
+       [] {
+         std::unique_ptr<QXList<T>> list(Build<T>({{1, 3}, {7, 7}}));
+         std::unique_ptr<QXList<T>> copy(list ? list->Clone() : nullptr);
+         return Outcome(copy != nullptr, copy && Holds(copy.get(), {{1, 3}, {7, 7}}));
+       }},
+      {"GetEnumerator",
+       [] {
+         std::unique_ptr<QXList<T>> list(Build<T>({{4, 5}}));
+         std::unique_ptr<QXListEnumerator<T>> e(list ? list->GetEnumerator() : nullptr);
+         T v = 0;
+         return Outcome(e != nullptr, e && e->Next(v) && v == 4);
+       }},
+      {"GetRangeEnumerator",
+       [] {
+         std::unique_ptr<QXList<T>> list(Build<T>({{4, 5}}));
+         std::unique_ptr<QXListRangeEnumerator<T>> e(list ? list->GetRangeEnumerator() : nullptr);
+         T first = 0, last = 0;
+         return Outcome(e != nullptr, e && e->Next(first, last) && first == 4 && last == 5);
+       }},
+      {"GetItem",
+       [] {
+         std::unique_ptr<QXList<T>> list(Build<T>({{4, 5}}));
+         std::unique_ptr<QXListItem<T>> item(list ? list->GetItem() : nullptr);
+         T v = 0;
+         return Outcome(item != nullptr, item && item->GetAt(2, v) && v == 5);
+       }},
+  };
+}
+
+// Walk - walks each case, naming it after `prefix`.
+void Walk(const char* prefix, const std::vector<FaultCase>& cases) {
+  for (const FaultCase& c : cases) {
+    SCOPED_TRACE(std::string(prefix) + c.name);
+    const qxtest::FaultWalkCount count = qxtest::WalkFaults(c);
+    EXPECT_GT(count.allocations, 0) << prefix << c.name << " allocates nothing";
+    std::printf("  %s%-28s %3ld allocations\n", prefix, c.name, count.allocations);
+  }
+}
+
+TEST(ContainersFaultWalk, IntegerLists) {
+  Walk("QXList<long>::", ListCases<long>());
+  Walk("QXList<unsigned long>::", ListCases<unsigned long>());
+  Walk("QXList<unsigned long long>::", ListCases<unsigned long long>());
+}
+
+// PointsAre - the container holds `n` points (k, -k) for k = 1, 2, ...
+bool PointsAre(DPNTContainer* c, unsigned n) {
+  unsigned count = 0;
+  const DPNT* p = c->GetPoints(&count);
+  for (unsigned i = 0; i < count && count == n; ++i)
+    if (p[i].x != i + 1.0 || p[i].y != -(i + 1.0))
+      return false;
+  return count == n;
+}
+
+const DPNT kPoints[4] = {{1, -1}, {2, -2}, {3, -3}, {4, -4}};
+
+// WithPoint - a container made with `capacity` and `step`, holding the
+// first point; null when memory fails.
+DPNTContainer* WithPoint(unsigned capacity, unsigned step) {
+  std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(capacity, step));
+  return c && c->Append(kPoints, 1) ? c.release() : nullptr;
+}
+
+const FaultCase kPointCases[] = {
+    {"DPNTContainer::Create",
+     [] {
+       std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(10, 5));
+       return Outcome(c != nullptr, c && memSize(c->GetPoints(nullptr)) >= 160);
+     }},
+    {"DPNTContainer::Append",
+     [] {
+       std::unique_ptr<DPNTContainer> c(WithPoint(1, 0));
+       if (!c)
+         return FaultCase::kFailed;
+       const bool ok = c->Append(kPoints + 1, 3);
+       return PointsAre(c.get(), ok ? 4 : 1) ? Outcome(ok, true) : FaultCase::kWrong;
+     }},
+    {"DPNTContainer::Reserve",
+     [] {
+       std::unique_ptr<DPNTContainer> c(WithPoint(1, 0));
+       if (!c)
+         return FaultCase::kFailed;
+       const bool ok = c->Reserve(1000);
+       return PointsAre(c.get(), 1) ? Outcome(ok, memSize(c->GetPoints(nullptr)) >= 16000)
+                                    : FaultCase::kWrong;
+     }},
+    {"DPNTContainer::Reset",
+     [] {
+       std::unique_ptr<DPNTContainer> c(WithPoint(1, 0));
+       if (!c)
+         return FaultCase::kFailed;
+       const bool ok = c->Reset(500); // empties the container whatever comes of the room
+       return PointsAre(c.get(), 0) ? Outcome(ok, memSize(c->GetPoints(nullptr)) >= 8000)
+                                    : FaultCase::kWrong;
+     }},
+    {"PointParserFactory::Create",
+     [] {
+       std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(4, 0)); // parsing needs no more
+       std::unique_ptr<PointParserFactory> p(
+           c ? PointParserFactory::Create(c.get(), L",", L";", true) : nullptr);
+       return Outcome(p != nullptr, p && p->Parse(L"1,-1", 4, true) && PointsAre(c.get(), 1));
+     }},
+    {"PointParserFactory::Parse (growing)",
+     [] {
+       std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(0, 0));
+       std::unique_ptr<PointParserFactory> p(
+           c ? PointParserFactory::Create(c.get(), L",", L";", false) : nullptr);
+       if (!p)
+         return FaultCase::kFailed;
+       const wchar_t text[] = L"1,-1;2,-2;3,-3;4,-4;5,-5;6,-6";
+       const bool ok = p->Parse(text, sizeof text / sizeof text[0] - 1, true);
+       unsigned n = 0;
+       c->GetPoints(&n);
+       // A failure keeps the points read before it.
+       return PointsAre(c.get(), n) ? Outcome(ok, n == 6) : FaultCase::kWrong;
+     }},
+    {"PointParserFactory::Parse (a long number)",
+     [] {
+       std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(4, 0));
+       std::unique_ptr<PointParserFactory> p(
+           c ? PointParserFactory::Create(c.get(), L",", L";", false) : nullptr);
+       if (!p)
+         return FaultCase::kFailed;
+       static const std::wstring text = std::wstring(300, L'0') + L"1,-1"; // made unfaulted
+       const bool ok = p->Parse(text.c_str(), static_cast<unsigned>(text.size()), false);
+       return PointsAre(c.get(), ok ? 1 : 0) ? Outcome(ok, true) : FaultCase::kWrong;
+     }},
+};
+
+TEST(ContainersFaultWalk, PointsAndParser) {
+  Walk("", std::vector<FaultCase>(std::begin(kPointCases), std::end(kPointCases)));
+}
+
+const FaultCase kListCases[] = {
+    {"DuplicateBlock",
+     [] {
+       std::unique_ptr<qxtest::KeyedElement> e(new (std::nothrow) qxtest::KeyedElement(5));
+       if (!e)
+         return FaultCase::kFailed;
+       Q_ELEM* copy = DuplicateBlock(e.get());
+       const bool right = copy && static_cast<qxtest::KeyedElement*>(copy)->key == 5;
+       ffree(&copy);
+       return Outcome(right || copy, right);
+     }},
+    {"LL_InsertFront",
+     [] {
+       LINKEDLIST list{};
+       int value = 3;
+       void* data = &value;
+       LL_InsertFront(&list, &data);
+       const bool inserted = list.head != nullptr;
+       const bool right = LL_GetFirst(&list) == &value;
+       LL_RemoveFront(&list);
+       return Outcome(inserted, right); // a failed insertion leaves the list empty
+     }},
+    {"LLEnum_Get",
+     [] {
+       LINKEDLIST list{};
+       LINKEDLIST_ENUMERATOR* e = LLEnum_Get(&list);
+       const bool right = e && e->list == &list && !e->current && !e->previous;
+       const bool made = e != nullptr;
+       LLEnum_Delete(&e);
+       return Outcome(made, right);
+     }},
+};
+
+TEST(ContainersFaultWalk, QueueAndLinkedList) {
+  Walk("", std::vector<FaultCase>(std::begin(kListCases), std::end(kListCases)));
+}
+
+} // namespace
