@@ -2,17 +2,19 @@
 //
 // Reads "x y" pairs into a DPNTContainer. The text ends at `length` units or
 // at its terminator, whichever comes first, and nothing after that end is
-// read. Each number is read by StringToDouble exactly as StringToDouble
-// reads the text cut off at that end: the units that could belong to the
-// number (its leading blanks, then signs, digits, letters, points and
-// parentheses: hexadecimal, "inf" and "nan(...)" forms included) are copied,
-// terminated, and read from the copy. A number never continues past a unit
-// outside that class, so the copy reads as the whole text would, and
-// StringToDouble may modify the copy, never the caller's text.
+// read. Each number is read as StringToDouble reads the text cut off at that
+// end. The units that could belong to the number are found first: its
+// leading blanks, then signs, digits, letters, points, underscores and
+// parentheses (hexadecimal, "inf" and "nan(...)" forms included) and
+// anything beyond ASCII. A reading never goes past a unit outside that
+// class, so when such a unit comes before the end the number is read in
+// place; otherwise (and whenever the runtime's decimal point is not ".", as
+// StringToDouble then writes into its text) it is read from a terminated
+// copy of those units. The runtime's numeric locale is asked once per call.
 //
 //===----------------------------------------------------------------------===//
+#include "locale/number_internal.h"
 #include "qxutil/containers.h"
-#include "qxutil/locale.h"
 
 #include <cstdint>
 #include <cstring>
@@ -95,13 +97,14 @@ public:
       return false;
     if (!text)
       text = L"";
+    const bool neutral = qx::number::RuntimeLocaleIsNeutral();
     unsigned position = Skip(pointSeparators_, text, 0, length);
     while (position < length) {
       DPNT point;
-      if (!ReadNumber(text, length, &position, &point.x))
+      if (!ReadNumber(text, length, neutral, &position, &point.x))
         return false;
       position = Skip(coordinateSeparators_, text, position, length);
-      if (!ReadNumber(text, length, &position, &point.y))
+      if (!ReadNumber(text, length, neutral, &position, &point.y))
         return false;
       if (!container_->Append(&point, 1))
         return false; // out of memory: reported, not a silent loss of points
@@ -121,7 +124,8 @@ private:
 
   // ReadNumber - StringToDouble on the text from *position, cut off at
   // `length`; on success *position moves past what it read.
-  static bool ReadNumber(const wchar_t* text, unsigned length, unsigned* position, double* value) {
+  static bool ReadNumber(const wchar_t* text, unsigned length, bool neutral, unsigned* position,
+                         double* value) {
     const wchar_t* p = text + *position;
     const size_t limit = length - *position;
     size_t start = 0; // plain blanks before ASCII: skipped the same way by every reading
@@ -132,6 +136,13 @@ private:
       ++end;
     while (end < limit && MayBelong(p[end]))
       ++end;
+    wchar_t* stop = nullptr;
+    if (neutral && end < limit) { // a unit no number takes ends the reading in place
+      if (!qx::number::ReadDouble(p + start, value, &stop, true))
+        return false;
+      *position += static_cast<unsigned>(stop - p);
+      return true;
+    }
     const size_t units = end - start;
     wchar_t local[128];
     wchar_t* copy = local;
@@ -140,8 +151,7 @@ private:
       return false;
     std::wmemcpy(copy, p + start, units);
     copy[units] = 0;
-    wchar_t* stop = nullptr;
-    const bool ok = StringToDouble(copy, value, &stop);
+    const bool ok = qx::number::ReadDouble(copy, value, &stop, neutral);
     if (ok)
       *position += static_cast<unsigned>(start + (stop - copy));
     if (copy != local)

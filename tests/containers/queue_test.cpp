@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <random>
 #include <vector>
 
@@ -177,7 +178,7 @@ TEST(Queue, FreeQueueReleasesPlainBlocks) {
   for (int i = 0; i < 3; ++i) {
     void* block = nullptr;
     ASSERT_TRUE(falloc_(sizeof(Q_ELEM) + 32, &block, true, true));
-    Enqueue(&q, static_cast<Q_ELEM*>(block), 1); // plain memory used as an element
+    Enqueue(&q, ::new (block) Q_ELEM, 1); // an element in a plain block, never destroyed
   }
   FreeQueue(&q); // leaks would show under LeakSanitizer
   EXPECT_EQ(q.head, nullptr);
