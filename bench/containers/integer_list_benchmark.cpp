@@ -99,20 +99,21 @@ private:
   QXList<T>* list_;
 };
 
-// Counting - std::allocator that adds up what the set's nodes take.
+// Counting - std::allocator that adds up what the set's nodes take (in one
+// counter whatever type it is rebound to).
+inline size_t gSetBytes = 0;
 template <class U> struct Counting : std::allocator<U> {
   template <class V> struct rebind { using other = Counting<V>; };
   Counting() = default;
   template <class V> Counting(const Counting<V>&) {}
   U* allocate(size_t n) {
-    bytes += n * sizeof(U);
+    gSetBytes += n * sizeof(U);
     return std::allocator<U>::allocate(n);
   }
   void deallocate(U* p, size_t n) {
-    bytes -= n * sizeof(U);
+    gSetBytes -= n * sizeof(U);
     std::allocator<U>::deallocate(p, n);
   }
-  static inline size_t bytes = 0;
 };
 
 class StdSet {
@@ -126,7 +127,7 @@ public:
       sum += v;
     return sum;
   }
-  size_t Bytes() { return Counting<long>::bytes; }
+  size_t Bytes() { return gSetBytes; }
   static size_t ProbesFor(Shape) { return kValues; }
 
 private:

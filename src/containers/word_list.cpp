@@ -156,10 +156,21 @@ bool QXListImpl::EntryAt(uint32_t j, Entry* entry) const {
 }
 
 uint32_t QXListImpl::Find(uint32_t value, Entry* entry) const {
+  const uint32_t n = words_[0];
   uint32_t j = 1;
-  while (EntryAt(j, entry) && entry->last < value)
-    j += entry->width;
-  return j;
+  while (j <= n) { // the walk, word by word
+    const uint32_t w = words_[j];
+    if (w & kSingle) {
+      if ((w & ~kSingle) >= value)
+        break;
+      ++j;
+    } else {
+      if (j == n || words_[j + 1] >= value)
+        break;
+      j += 2;
+    }
+  }
+  return EntryAt(j, entry) ? j : n + 1;
 }
 
 bool QXListImpl::Replace(uint32_t j0, uint32_t j1, const uint32_t* with, uint32_t k) {
@@ -178,9 +189,17 @@ bool QXListImpl::Replace(uint32_t j0, uint32_t j1, const uint32_t* with, uint32_
 }
 
 bool QXListImpl::Merge(uint32_t lo, uint32_t hi) {
-  // The entries from j0 up to j1 overlap or touch lo..hi.
+  // The entries from j0 up to j1 overlap or touch lo..hi. Values from the
+  // last entry's first on (ascending additions) need no walk: the entries
+  // before it end too early to touch them.
+  const uint32_t n = words_[0];
+  const uint32_t lastStart = n == 0 || (words_[n] & kSingle) ? n : n - 1;
   Entry e;
-  const uint32_t j0 = Find(lo == 0 ? 0 : lo - 1, &e);
+  uint32_t j0;
+  if (EntryAt(lastStart, &e) && lo >= e.first)
+    j0 = lo > uint64_t{e.last} + 1 ? n + 1 : lastStart;
+  else
+    j0 = Find(lo == 0 ? 0 : lo - 1, &e);
   uint32_t j1 = j0;
   uint32_t first = lo, last = hi;
   while (EntryAt(j1, &e) && e.first <= uint64_t{hi} + 1) {
@@ -245,10 +264,16 @@ bool QXListImpl::GetBounds(long& min, long& max, bool* oneRun) {
 }
 
 unsigned long QXListImpl::Count() {
+  const uint32_t n = words_[0];
   unsigned long count = 0;
-  Entry e;
-  for (uint32_t j = 1; EntryAt(j, &e); j += e.width)
-    count += e.last - e.first + 1ul;
+  for (uint32_t j = 1; j <= n; ++j) {
+    if (words_[j] & kSingle) {
+      ++count;
+    } else if (j < n) {
+      count += words_[j + 1] - words_[j] + 1ul;
+      ++j;
+    }
+  }
   return count;
 }
 
