@@ -287,18 +287,16 @@ public:
   static QXList<T>* Create();
 };
 
-extern template class QXListEnumerator<long>;
-extern template class QXListEnumerator<unsigned long>;
-extern template class QXListEnumerator<unsigned long long>;
-extern template class QXListRangeEnumerator<long>;
-extern template class QXListRangeEnumerator<unsigned long>;
-extern template class QXListRangeEnumerator<unsigned long long>;
-extern template class QXListItem<long>;
-extern template class QXListItem<unsigned long>;
-extern template class QXListItem<unsigned long long>;
-extern template class QXList<long>;
-extern template class QXList<unsigned long>;
-extern template class QXList<unsigned long long>;
+// The three members are instantiated, and exported, by the library.
+#define QXUTIL_QXLIST_MEMBER(T)                                                                    \
+  extern template class QXListEnumerator<T>;                                                       \
+  extern template class QXListRangeEnumerator<T>;                                                  \
+  extern template class QXListItem<T>;                                                             \
+  extern template class QXList<T>
+QXUTIL_QXLIST_MEMBER(long);
+QXUTIL_QXLIST_MEMBER(unsigned long);
+QXUTIL_QXLIST_MEMBER(unsigned long long);
+#undef QXUTIL_QXLIST_MEMBER
 
 // ---- Point container and point parser --------------------------------------
 

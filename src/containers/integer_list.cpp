@@ -29,15 +29,11 @@ template <class T> QXListItem<T>::~QXListItem() = default;
 template <class T> QXList<T>::~QXList() = default;
 template <class T> QXList<T>* QXList<T>::Create() { return MakeList<T>(); }
 
-template class QXListEnumerator<long>;
-template class QXListEnumerator<unsigned long>;
-template class QXListEnumerator<unsigned long long>;
-template class QXListRangeEnumerator<long>;
-template class QXListRangeEnumerator<unsigned long>;
-template class QXListRangeEnumerator<unsigned long long>;
-template class QXListItem<long>;
-template class QXListItem<unsigned long>;
-template class QXListItem<unsigned long long>;
-template class QXList<long>;
-template class QXList<unsigned long>;
-template class QXList<unsigned long long>;
+#define QXLIST_MEMBER(T)                                                                           \
+  template class QXListEnumerator<T>;                                                              \
+  template class QXListRangeEnumerator<T>;                                                         \
+  template class QXListItem<T>;                                                                    \
+  template class QXList<T>
+QXLIST_MEMBER(long);
+QXLIST_MEMBER(unsigned long);
+QXLIST_MEMBER(unsigned long long);

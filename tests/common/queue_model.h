@@ -58,12 +58,13 @@ public:
     int where = static_cast<int>(next() % 2); // mostly the two ends, sometimes any code
     if (next() % 6 == 0)
       where = static_cast<int>(next() % 9) - 4;
-    switch (r % 12) {
+    const int op = static_cast<int>(r % 12);
+    KeyedElement* e = nullptr; // the element the insertions link
+    if ((op <= 4 || op == 9 || op == 10) && !(e = Take(next)))
+      return ""; // none is free
+    switch (op) {
     case 0:
     case 1: {
-      KeyedElement* e = Take(next);
-      if (!e)
-        break;
       what << "Enqueue(" << where << ")";
       Enqueue(&main_, e, where);
       if (where == 0)
@@ -76,9 +77,6 @@ public:
     }
     case 2:
     case 3: {
-      KeyedElement* e = Take(next);
-      if (!e)
-        break;
       what << "EnqueueSorted(" << e->key << ")";
       EnqueueSorted(&main_, e, CompareKeys);
       auto at = model_.begin();
@@ -93,9 +91,6 @@ public:
       break;
     }
     case 4: {
-      KeyedElement* e = Take(next);
-      if (!e)
-        break;
       what << "EnqueueAtIndex(" << index << ")";
       EnqueueAtIndex(&main_, e, index);
       model_.insert(index < 0 || index >= n ? model_.end() : std::next(model_.begin(), index), e);
@@ -125,7 +120,6 @@ public:
     }
     case 7: {
       // An element of the queue, a free one or one of the other queue.
-      KeyedElement* e = nullptr;
       if (n > 0 && next() % 4 != 0)
         e = *std::next(model_.begin(), static_cast<long>(next() % static_cast<uint64_t>(n)));
       else if (!free_.empty())
@@ -160,9 +154,6 @@ public:
     }
     case 9:
     case 10: {
-      KeyedElement* e = Take(next);
-      if (!e)
-        break;
       what << "Enqueue(other)";
       Enqueue(&other_, e, 1);
       otherModel_.push_back(e);

@@ -174,6 +174,17 @@ DPNTContainer* WithPoint(unsigned capacity, unsigned step) {
   return c && c->Append(kPoints, 1) ? c.release() : nullptr;
 }
 
+// Parsing - a parser with "," and ";" into a new container; either is null
+// when memory fails.
+struct Parsing {
+  Parsing(unsigned capacity, bool addWhitespace)
+      : points(DPNTContainer::Create(capacity, 0)),
+        parser(points ? PointParserFactory::Create(points.get(), L",", L";", addWhitespace)
+                      : nullptr) {}
+  std::unique_ptr<DPNTContainer> points;
+  std::unique_ptr<PointParserFactory> parser;
+};
+
 const FaultCase kPointCases[] = {
     {"DPNTContainer::Create",
      [] {
@@ -208,35 +219,32 @@ const FaultCase kPointCases[] = {
      }},
     {"PointParserFactory::Create",
      [] {
-       std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(4, 0)); // parsing needs no more
-       std::unique_ptr<PointParserFactory> p(
-           c ? PointParserFactory::Create(c.get(), L",", L";", true) : nullptr);
-       return Outcome(p != nullptr, p && p->Parse(L"1,-1", 4, true) && PointsAre(c.get(), 1));
+       Parsing parsing(4, true); // parsing needs no more room
+       return Outcome(parsing.parser != nullptr, parsing.parser &&
+                                                     parsing.parser->Parse(L"1,-1", 4, true) &&
+                                                     PointsAre(parsing.points.get(), 1));
      }},
     {"PointParserFactory::Parse (growing)",
      [] {
-       std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(0, 0));
-       std::unique_ptr<PointParserFactory> p(
-           c ? PointParserFactory::Create(c.get(), L",", L";", false) : nullptr);
-       if (!p)
+       Parsing parsing(0, false);
+       if (!parsing.parser)
          return FaultCase::kFailed;
        const wchar_t text[] = L"1,-1;2,-2;3,-3;4,-4;5,-5;6,-6";
-       const bool ok = p->Parse(text, sizeof text / sizeof text[0] - 1, true);
+       const bool ok = parsing.parser->Parse(text, sizeof text / sizeof text[0] - 1, true);
        unsigned n = 0;
-       c->GetPoints(&n);
+       parsing.points->GetPoints(&n);
        // A failure keeps the points read before it.
-       return PointsAre(c.get(), n) ? Outcome(ok, n == 6) : FaultCase::kWrong;
+       return PointsAre(parsing.points.get(), n) ? Outcome(ok, n == 6) : FaultCase::kWrong;
      }},
     {"PointParserFactory::Parse (a long number)",
      [] {
-       std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(4, 0));
-       std::unique_ptr<PointParserFactory> p(
-           c ? PointParserFactory::Create(c.get(), L",", L";", false) : nullptr);
-       if (!p)
+       Parsing parsing(4, false);
+       if (!parsing.parser)
          return FaultCase::kFailed;
        static const std::wstring text = std::wstring(300, L'0') + L"1,-1"; // made unfaulted
-       const bool ok = p->Parse(text.c_str(), static_cast<unsigned>(text.size()), false);
-       return PointsAre(c.get(), ok ? 1 : 0) ? Outcome(ok, true) : FaultCase::kWrong;
+       const bool ok =
+           parsing.parser->Parse(text.c_str(), static_cast<unsigned>(text.size()), false);
+       return PointsAre(parsing.points.get(), ok ? 1 : 0) ? Outcome(ok, true) : FaultCase::kWrong;
      }},
 };
 
