@@ -44,6 +44,22 @@ template <> struct ListLimits<unsigned long long> {
   static constexpr bool kAddSaysPresent = true;
 };
 
+/// Apply - one operation by its letter: 'a' Add(x), 'r' AddRange(x, y), 'd'
+/// Remove(x), anything else Clear(); its result.
+template <class T> bool Apply(QXList<T>* list, char kind, long x, long y) {
+  const T a = static_cast<T>(x), b = static_cast<T>(y);
+  switch (kind) {
+  case 'a':
+    return list->Add(a);
+  case 'r':
+    return list->AddRange(a, b);
+  case 'd':
+    return list->Remove(a);
+  default:
+    return list->Clear();
+  }
+}
+
 /// Profile - how values are drawn: windows near the interesting bounds
 /// (dense sets with long runs), the whole range (sparse sets), both, or
 /// only the two values either side of each bound, in small sets that are

@@ -5,13 +5,14 @@
 // allocating (Count, Contains, GetBounds, GetPoints), so they hold while
 // every allocation fails.
 #include "common/fault_walk.h"
+#include "common/integer_list_model.h"
 #include "common/queue_model.h"
 #include "qxutil/containers.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <initializer_list>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
@@ -22,8 +23,7 @@ namespace {
 
 using qxtest::FaultCase;
 using qxtest::Outcome;
-// Runs are initializer lists: building them inside a run allocates nothing.
-using Runs = std::initializer_list<std::pair<unsigned, unsigned>>;
+using Runs = std::vector<std::pair<unsigned, unsigned>>; // made before the walk, only read in it
 
 // Holds - the list holds exactly `runs`, read without allocating.
 template <class T> bool Holds(QXList<T>* list, const Runs& runs) {
@@ -38,10 +38,9 @@ template <class T> bool Holds(QXList<T>* list, const Runs& runs) {
   T min = 0, max = 0;
   bool oneRun = false;
   const bool bounded = list->GetBounds(min, max, &oneRun);
-  return list->Count() == count && bounded == (runs.size() > 0) &&
-         (!bounded ||
-          (min == static_cast<T>(runs.begin()->first) &&
-           max == static_cast<T>((runs.end() - 1)->second) && oneRun == (runs.size() == 1)));
+  return list->Count() == count && bounded == !runs.empty() &&
+         (!bounded || (min == static_cast<T>(runs.front().first) &&
+                       max == static_cast<T>(runs.back().second) && oneRun == (runs.size() == 1)));
 }
 
 // Build - a new list holding `runs`; null when memory fails.
@@ -53,90 +52,96 @@ template <class T> QXList<T>* Build(const Runs& runs) {
   return list.release();
 }
 
-// Change - builds `start`, applies `op`: complete with `after`, failed with
-// `start` unchanged.
-template <class T>
-FaultCase::Outcome Change(const Runs& start, bool (*op)(QXList<T>*), const Runs& after) {
-  std::unique_ptr<QXList<T>> list(Build<T>(start));
+// A change: from `start`, the operation (as in qxtest::Apply) gives `after`.
+struct ListChange {
+  const char* name;
+  Runs start;
+  char kind;
+  long x, y;
+  Runs after;
+  bool mayRecover; // the word block shrinks: a refused shrink keeps the larger block
+};
+
+const ListChange kChanges[] = {
+    {"Add (a new single)", {{10, 20}}, 'a', 30, 0, {{10, 20}, {30, 30}}, false},
+    {"Add (below the last)",
+     {{10, 20}, {40, 40}},
+     'a',
+     30,
+     0,
+     {{10, 20}, {30, 30}, {40, 40}},
+     false},
+    {"Add (joining two entries)", {{10, 20}, {22, 22}}, 'a', 21, 0, {{10, 22}}, true},
+    {"AddRange (a new run)", {{1, 3}, {7, 9}}, 'r', 200, 100, {{1, 3}, {7, 9}, {100, 200}}, false},
+    {"AddRange (merging)", {{1, 3}, {5, 5}, {7, 9}, {12, 12}}, 'r', 4, 6, {{1, 9}, {12, 12}}, true},
+    {"Remove (a split)", {{1, 9}}, 'd', 5, 0, {{1, 4}, {6, 9}}, false},
+    {"Remove (a single)", {{1, 1}, {3, 4}}, 'd', 1, 0, {{3, 4}}, true},
+    {"Clear", {{1, 1}, {3, 9}}, 'c', 0, 0, {}, true},
+};
+
+// Change - builds the start, applies the operation: complete with `after`,
+// failed with the start unchanged.
+template <class T, size_t I> FaultCase::Outcome Change() {
+  const ListChange& c = kChanges[I];
+  std::unique_ptr<QXList<T>> list(Build<T>(c.start));
   if (!list)
     return FaultCase::kFailed;
-  const bool ok = op(list.get());
-  if (!ok)
-    return Holds(list.get(), start) ? FaultCase::kFailed : FaultCase::kWrong;
-  return Holds(list.get(), after) ? FaultCase::kComplete : FaultCase::kWrong;
+  if (!qxtest::Apply(list.get(), c.kind, c.x, c.y))
+    return Holds(list.get(), c.start) ? FaultCase::kFailed : FaultCase::kWrong;
+  return Holds(list.get(), c.after) ? FaultCase::kComplete : FaultCase::kWrong;
 }
 
-template <class T> std::vector<FaultCase> ListCases() {
+const Runs kFourFive = {{4, 5}};
+
+// With - `use` on a new companion of the list {4, 5}: Clone, an enumerator
+// or the accessor; complete when it answers right.
+template <class T, class Companion>
+FaultCase::Outcome With(Companion* (QXList<T>::*make)(), bool (*use)(Companion*)) {
+  std::unique_ptr<QXList<T>> list(Build<T>(kFourFive));
+  std::unique_ptr<Companion> companion(list ? (list.get()->*make)() : nullptr);
+  return Outcome(companion != nullptr, companion && use(companion.get()));
+}
+
+template <class T, size_t... I> std::vector<FaultCase> ListCases(std::index_sequence<I...>) {
   return {
       {"Create",
        [] {
          std::unique_ptr<QXList<T>> list(QXList<T>::Create());
-         return Outcome(list != nullptr, list && Holds(list.get(), {}));
+         return Outcome(list != nullptr, list && list->Count() == 0);
        }},
-      {"Add (a new single)",
-       [] {
-         return Change<T>({{10, 20}}, [](QXList<T>* l) { return l->Add(30); },
-                          {{10, 20}, {30, 30}});
-       }},
-      {"Add (joining two entries)",
-       [] {
-         return Change<T>({{10, 20}, {22, 22}}, [](QXList<T>* l) { return l->Add(21); },
-                          {{10, 22}});
-       },
-       true}, // the word block shrinks: a refused shrink keeps the larger block
-      {"AddRange (a new run)",
-       [] {
-         return Change<T>({{1, 3}, {7, 9}}, [](QXList<T>* l) { return l->AddRange(200, 100); },
-                          {{1, 3}, {7, 9}, {100, 200}});
-       }},
-      {"AddRange (merging)",
-       [] {
-         return Change<T>({{1, 3}, {5, 5}, {7, 9}, {12, 12}},
-                          [](QXList<T>* l) { return l->AddRange(4, 6); }, {{1, 9}, {12, 12}});
-       },
-       true}, // shrinks too
-      {"Remove (a split)",
-       [] {
-         return Change<T>({{1, 9}}, [](QXList<T>* l) { return l->Remove(5); }, {{1, 4}, {6, 9}});
-       }},
-      {"Remove (a single)",
-       [] {
-         return Change<T>({{1, 1}, {3, 4}}, [](QXList<T>* l) { return l->Remove(1); }, {{3, 4}});
-       },
-       true}, // a refused shrink keeps the larger block
-      {"Clear",
-       [] {
-         return Change<T>({{1, 1}, {3, 9}}, [](QXList<T>* l) { return l->Clear(); }, {});
-       },
-       true},
       {"Clone",
        [] {
-         std::unique_ptr<QXList<T>> list(Build<T>({{1, 3}, {7, 7}}));
-         std::unique_ptr<QXList<T>> copy(list ? list->Clone() : nullptr);
-         return Outcome(copy != nullptr, copy && Holds(copy.get(), {{1, 3}, {7, 7}}));
+         return With<T, QXList<T>>(&QXList<T>::Clone,
+                                   [](QXList<T>* copy) { return Holds(copy, kFourFive); });
        }},
       {"GetEnumerator",
        [] {
-         std::unique_ptr<QXList<T>> list(Build<T>({{4, 5}}));
-         std::unique_ptr<QXListEnumerator<T>> e(list ? list->GetEnumerator() : nullptr);
-         T v = 0;
-         return Outcome(e != nullptr, e && e->Next(v) && v == 4);
+         return With<T, QXListEnumerator<T>>(&QXList<T>::GetEnumerator, [](QXListEnumerator<T>* e) {
+           T v = 0;
+           return e->Next(v) && v == 4;
+         });
        }},
       {"GetRangeEnumerator",
        [] {
-         std::unique_ptr<QXList<T>> list(Build<T>({{4, 5}}));
-         std::unique_ptr<QXListRangeEnumerator<T>> e(list ? list->GetRangeEnumerator() : nullptr);
-         T first = 0, last = 0;
-         return Outcome(e != nullptr, e && e->Next(first, last) && first == 4 && last == 5);
+         return With<T, QXListRangeEnumerator<T>>(&QXList<T>::GetRangeEnumerator,
+                                                  [](QXListRangeEnumerator<T>* e) {
+                                                    T a = 0, b = 0;
+                                                    return e->Next(a, b) && a == 4 && b == 5;
+                                                  });
        }},
       {"GetItem",
        [] {
-         std::unique_ptr<QXList<T>> list(Build<T>({{4, 5}}));
-         std::unique_ptr<QXListItem<T>> item(list ? list->GetItem() : nullptr);
-         T v = 0;
-         return Outcome(item != nullptr, item && item->GetAt(2, v) && v == 5);
+         return With<T, QXListItem<T>>(&QXList<T>::GetItem, [](QXListItem<T>* item) {
+           T v = 0;
+           return item->GetAt(2, v) && v == 5;
+         });
        }},
+      FaultCase{kChanges[I].name, &Change<T, I>, kChanges[I].mayRecover}...,
   };
+}
+
+template <class T> std::vector<FaultCase> ListCases() {
+  return ListCases<T>(std::make_index_sequence<std::size(kChanges)>());
 }
 
 // Walk - walks each case, naming it after `prefix`.
