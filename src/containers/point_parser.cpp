@@ -147,7 +147,8 @@ private:
     wchar_t local[128];
     wchar_t* copy = local;
     if (units >= sizeof local / sizeof local[0] &&
-        !falloc_(static_cast<unsigned int>((units + 1) * sizeof(wchar_t)), &copy, true, false))
+        (units >= 0xFFFFFFFFu / sizeof(wchar_t) || // its byte size must fit the request
+         !falloc_(static_cast<unsigned int>((units + 1) * sizeof(wchar_t)), &copy, true, false)))
       return false;
     std::wmemcpy(copy, p + start, units);
     copy[units] = 0;

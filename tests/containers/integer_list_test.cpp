@@ -1,9 +1,9 @@
 // The QXList members: one table of operation sequences and the runs they
-// leave, run on all three members; the enumerators and GetAt on {1, 3 to 5};
-// what only the internals show (the word layout, the growth of the range
-// array, the 32-bit total); and a short differential run against std::set,
-// which also covers refused values, the top value and the accessor's cache
-// across changes (the long runs are in fuzz/containers_differential_fuzz.cpp).
+// leave, run on all three members; what only the internals show (the word
+// layout, the growth of the range array, the 32-bit total); and a short
+// differential run against std::set, which also covers both enumerators,
+// GetAt, refused values, the top value and the accessor's cache across
+// changes (the long runs are in fuzz/containers_differential_fuzz.cpp).
 #include "common/integer_list_model.h"
 #include "containers/range_list.h"
 #include "containers/word_list.h"
@@ -62,6 +62,7 @@ const SequenceCase kSequences[] = {
      {{'a', 3, 0}, {'a', 6, 0}, {'r', 10, 12}, {'r', 2, 11}},
      {{2, 12}},
      11},
+    {"{1, 3 to 5}", {{'a', 1, 0}, {'r', 3, 5}}, {{1, 1}, {3, 5}}, 4},
     {"a value below everything", {{'r', 5, 9}, {'a', 1, 0}, {'a', 0, 0}}, {{0, 1}, {5, 9}}, 7},
     {"a value bridges two runs", {{'r', 1, 2}, {'r', 4, 5}, {'a', 3, 0}}, {{1, 5}}, 5},
     {"a single bridges two singles", {{'a', 1, 0}, {'a', 3, 0}, {'a', 2, 0}}, {{1, 3}}, 3},
@@ -92,36 +93,6 @@ TYPED_TEST(IntegerList, Sequences) {
     list->Clear();
     EXPECT_EQ(RunsOf(copy.get()), c.runs) << c.name << " (clone)";
   }
-}
-
-TYPED_TEST(IntegerList, EnumeratorsAndPositions) {
-  using T = TypeParam;
-  constexpr T kNone = qxtest::ListLimits<T>::kNone;
-  std::unique_ptr<QXList<T>> list(QXList<T>::Create());
-  list->Add(1);
-  list->AddRange(3, 5); // {1, 3 to 5}
-  std::unique_ptr<QXListEnumerator<T>> e(list->GetEnumerator());
-  std::vector<T> values;
-  T v;
-  while (e->Next(v))
-    values.push_back(v);
-  EXPECT_EQ(values, (std::vector<T>{1, 3, 4, 5}));
-  EXPECT_FALSE(e->Next(v)); // stays at the end
-  EXPECT_EQ(v, kNone);
-  EXPECT_EQ(RunsOf(list.get()), (Runs{{1, 1}, {3, 5}}));
-  std::unique_ptr<QXListItem<T>> item(list->GetItem());
-  const std::pair<unsigned long, T> positions[] = {{4, 5}, {1, 1}, {5, kNone}, {0, kNone},
-                                                   {3, 4}, {2, 3}, {4, 5}};
-  for (const auto& [ordinal, value] : positions) {
-    T got = 0;
-    EXPECT_EQ(item->GetAt(ordinal, got), value != kNone) << ordinal;
-    EXPECT_EQ(got, value) << ordinal;
-  }
-  list->Clear();
-  EXPECT_FALSE(list->GetBounds(v, v, nullptr));
-  EXPECT_EQ(list->CountUpToTwo(), 0ul);
-  list->AddRange(3, 1000);
-  EXPECT_EQ(list->CountUpToTwo(), 2ul);
 }
 
 TYPED_TEST(IntegerList, AgreesWithStdSet) {

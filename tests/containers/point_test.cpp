@@ -1,16 +1,13 @@
 // DPNTContainer's capacity and growth, and PointParserFactory: a table of
-// texts, separator sets and lengths with the points and result each gives,
-// reading that stops at `length` (the text lies in a block of exactly that
-// many units), and the caller's text left untouched whatever the runtime's
-// decimal point.
-#include "platform/crt_locale.h"
+// texts, separator sets and lengths with the points and result each gives
+// (reading that stops at `length` in a block of exactly that many units, and
+// the runtime's decimal point, are walked in fuzz/point_parser_fuzz.cpp).
 #include "qxutil/containers.h"
 
 #include <gtest/gtest.h>
 
 #include <cwchar>
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace {
@@ -130,39 +127,6 @@ TEST(PointParser, AppendsOrReplaces) {
   EXPECT_EQ(Read(points.get()), Points{});
   EXPECT_FALSE(parser->Parse(nullptr, 2, true)); // read as empty text
   EXPECT_EQ(PointParserFactory::Create(nullptr, L",", L";", false), nullptr);
-}
-
-TEST(PointParser, ReadsNothingPastTheLength) {
-  const std::wstring text = L"12.5 -3 4e1 ";
-  for (unsigned length = 0; length <= text.size(); ++length) {
-    // Exactly `length` units and no terminator: a read beyond shows under ASan.
-    std::unique_ptr<wchar_t[]> block(new wchar_t[length ? length : 1]);
-    std::wmemcpy(block.get(), text.data(), length);
-    std::unique_ptr<DPNTContainer> points(DPNTContainer::Create(0, 0));
-    std::unique_ptr<PointParserFactory> parser(
-        PointParserFactory::Create(points.get(), L"", L"", true));
-    const bool ok = parser->Parse(block.get(), length, true);
-    const Points got = Read(points.get());
-    if (length >= 7) {
-      ASSERT_GE(got.size(), 1u) << length;
-      EXPECT_EQ(got[0], (std::pair<double, double>{12.5, -3})) << length;
-    }
-    EXPECT_EQ(ok, length == 0 || length == 7 || length == 8) << length; // else a number is missing
-  }
-}
-
-TEST(PointParser, LeavesTheTextAloneWhateverTheRuntimePoint) {
-  std::wstring text = L"1.5,2.25;3,4";
-  const std::wstring original = text;
-  std::unique_ptr<DPNTContainer> points(DPNTContainer::Create(0, 0));
-  std::unique_ptr<PointParserFactory> parser(
-      PointParserFactory::Create(points.get(), L",", L";", false));
-  qx::platform::SetThreadNumericLocaleOverride("de_DE.UTF-8", L',');
-  const bool ok = parser->Parse(text.c_str(), static_cast<unsigned>(text.size()), true);
-  qx::platform::SetThreadNumericLocaleOverride(nullptr, 0);
-  EXPECT_TRUE(ok);
-  EXPECT_EQ(text, original);
-  EXPECT_EQ(Read(points.get()), (Points{{1.5, 2.25}, {3, 4}}));
 }
 
 } // namespace

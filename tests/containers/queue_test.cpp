@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <memory>
 #include <new>
 #include <random>
@@ -40,6 +41,15 @@ struct Keyed {
       last = e;
     }
     return q.tail == last ? s + "|" : s;
+  }
+  // Merge - `keys` queued in `other`, merged into q at `where`: whether
+  // `other` still names its head and tail.
+  bool Merge(std::initializer_list<int> keys, int where) {
+    for (int key : keys)
+      Enqueue(&other, New(key), 1);
+    const QUEUE source = other;
+    MergeQueues(&q, &other, where);
+    return other.head == source.head && other.tail == source.tail;
   }
   QUEUE q, other;
   Q_ELEM* out = nullptr;
@@ -108,33 +118,15 @@ const QueueCase kCases[] = {
      [](Keyed& k) { return DequeueAtIndex(&k.q, &k.out, 1) && !k.out->link; }, true, "13|"},
     {"by index past the end", [](Keyed& k) { return DequeueAtIndex(&k.q, &k.out, 3) || k.out; },
      false, "123|"},
-    {"merged before",
-     [](Keyed& k) {
-       Enqueue(&k.other, k.New(8), 1);
-       const QUEUE source = k.other;
-       MergeQueues(&k.q, &k.other, 0);
-       return k.other.head == source.head && k.other.tail == source.tail;
-     },
-     true, "8123|"},
+    {"merged before", [](Keyed& k) { return k.Merge({8}, 0); }, true, "8123|"},
     {"merged after, the source still naming the moved elements",
      [](Keyed& k) {
-       Enqueue(&k.other, k.New(8), 1);
-       Enqueue(&k.other, k.New(9), 1);
-       const QUEUE source = k.other;
-       MergeQueues(&k.q, &k.other, 1);
-       return k.other.head == source.head && k.other.tail == source.tail;
+       return k.Merge({8, 9}, 1);
      },
      true, "12389|"},
-    {"merged with an unknown code",
-     [](Keyed& k) { return Enqueue(&k.other, k.New(8), 1), MergeQueues(&k.q, &k.other, 3), true; },
-     true, "123|"},
-    {"merged into an empty queue",
-     [](Keyed& k) {
-       Enqueue(&k.other, k.New(8), 1);
-       InitQueue(&k.q);
-       return MergeQueues(&k.q, &k.other, 3), true;
-     },
-     true, "8|"},
+    {"merged with an unknown code", [](Keyed& k) { return k.Merge({8}, 3); }, true, "123|"},
+    {"merged into an empty queue", [](Keyed& k) { return InitQueue(&k.q), k.Merge({8}, 3); }, true,
+     "8|"},
     {"a copy keeps the link", [](Keyed& k) { return KeyedElement(*k.At(0)).link == k.At(1); }, true,
      "123|"},
 };
