@@ -2,6 +2,7 @@
 #ifndef QXUTIL_QXUTIL_H
 #define QXUTIL_QXUTIL_H
 
+#include "qxutil/containers.h"
 #include "qxutil/files.h"
 #include "qxutil/frame.h"
 #include "qxutil/geometry.h"

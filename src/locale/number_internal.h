@@ -14,6 +14,10 @@ namespace qx::number {
 /// The working buffers of the formatters and the FmtCtl parsers, in units.
 constexpr unsigned int kWorkSize = 1024;
 
+/// ReadDouble - StringToDouble with the answer of RuntimeLocaleIsNeutral()
+/// given, for a caller that reads many numbers under one runtime locale.
+bool ReadDouble(const wchar_t* text, double* result, wchar_t** end, bool neutral);
+
 /// RuntimeLocaleIsNeutral - true when the C runtime's LC_NUMERIC locale is
 /// the "C" locale (named "C" or "POSIX", or unreadable); the name is read
 /// under the runtime-locale lock (platform/crt_locale.h).

@@ -161,10 +161,10 @@ bool StringToUnsignedInt64(const wchar_t* text, unsigned long long* result) {
   return ParseWide(text, result, nullptr, 10, false, qx::crt::_wcstoui64);
 }
 
-bool StringToDouble(const wchar_t* text, double* result, wchar_t** end) {
+bool qx::number::ReadDouble(const wchar_t* text, double* result, wchar_t** end, bool neutral) {
   if (!text || !result)
     return Fail(result, end);
-  if (qx::number::RuntimeLocaleIsNeutral()) {
+  if (neutral) {
     wchar_t* stop = nullptr;
     errno = 0;
     double value = qx::crt::WcstodWithPoint(text, &stop, L'.');
@@ -174,6 +174,10 @@ bool StringToDouble(const wchar_t* text, double* result, wchar_t** end) {
   if (end)
     *end = nullptr;
   return ScanDouble(text, result, end) || Fail(result, end);
+}
+
+bool StringToDouble(const wchar_t* text, double* result, wchar_t** end) {
+  return qx::number::ReadDouble(text, result, end, qx::number::RuntimeLocaleIsNeutral());
 }
 
 bool StringToLongFmtCtl(const wchar_t* text, long* result, bool fromUI, long min, long max) {

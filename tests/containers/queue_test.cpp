@@ -1,0 +1,195 @@
+// QUEUE: a table of the behaviours the queue keeps on purpose (position
+// codes, newest-first sorting, indexes walked unsigned, the source of a
+// merge), the disposal functions, and a short differential run against
+// std::list (the long runs are in fuzz/containers_differential_fuzz.cpp).
+#include "common/queue_model.h"
+#include "qxutil/containers.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <memory>
+#include <new>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using qxtest::KeyedElement;
+
+// Keyed - the queue 1, 2, 3 and spare elements; it owns every element it
+// made, wherever the case left them.
+struct Keyed {
+  Keyed() {
+    InitQueue(&q);
+    InitQueue(&other);
+    for (int key : {1, 2, 3})
+      Enqueue(&q, New(key), 1);
+  }
+  KeyedElement* New(int key) {
+    owned.emplace_back(new KeyedElement(key));
+    return owned.back().get();
+  }
+  KeyedElement* At(long i) { return static_cast<KeyedElement*>(GetQueueElement(&q, i)); }
+  // Keys - the queue from its head, with "|" when the tail is its end.
+  std::string Keys() const {
+    std::string s;
+    const Q_ELEM* last = nullptr;
+    for (const Q_ELEM* e = q.head; e; e = QueueNext(e)) {
+      s += std::to_string(static_cast<const KeyedElement*>(e)->key);
+      last = e;
+    }
+    return q.tail == last ? s + "|" : s;
+  }
+  // Merge - `keys` queued in `other`, merged into q at `where`: whether
+  // `other` still names its head and tail.
+  bool Merge(std::initializer_list<int> keys, int where) {
+    for (int key : keys)
+      Enqueue(&other, New(key), 1);
+    const QUEUE source = other;
+    MergeQueues(&q, &other, where);
+    return other.head == source.head && other.tail == source.tail;
+  }
+  QUEUE q, other;
+  Q_ELEM* out = nullptr;
+  std::vector<std::unique_ptr<KeyedElement>> owned;
+};
+
+struct QueueCase {
+  const char* name;
+  bool (*act)(Keyed&); // its result, where the function has one
+  bool result;
+  const char* keys;
+};
+
+const QueueCase kCases[] = {
+    {"Enqueue with an unknown code", [](Keyed& k) { return Enqueue(&k.q, k.New(9), 2), true; },
+     true, "123|"},
+    {"Enqueue at the front", [](Keyed& k) { return Enqueue(&k.q, k.New(9), 0), true; }, true,
+     "9123|"},
+    {"Dequeue with an unknown code keeps out",
+     [](Keyed& k) { return Dequeue(&k.q, &k.out, 5) && k.out == nullptr; }, true, "123|"},
+    {"Dequeue from the back", [](Keyed& k) { return Dequeue(&k.q, &k.out, 1) && !k.out->link; },
+     true, "12|"},
+    {"Dequeue the only element from the back",
+     [](Keyed& k) {
+       Q_ELEM* e;
+       return Dequeue(&k.q, &e, 0) && Dequeue(&k.q, &e, 0) && Dequeue(&k.q, &k.out, 1);
+     },
+     true, "|"},
+    {"Dequeue from an empty queue",
+     [](Keyed& k) {
+       InitQueue(&k.q);
+       k.out = k.owned[0].get();
+       return Dequeue(&k.q, &k.out, 0) || k.out != nullptr;
+     },
+     false, "|"},
+    {"a second equal key goes first",
+     [](Keyed& k) {
+       KeyedElement* e = k.New(2);
+       EnqueueSorted(&k.q, e, qxtest::CompareKeys);
+       return k.At(1) == e;
+     },
+     true, "1223|"},
+    {"sorted after the tail",
+     [](Keyed& k) { return EnqueueSorted(&k.q, k.New(7), qxtest::CompareKeys), true; }, true,
+     "1237|"},
+    {"at index 0", [](Keyed& k) { return EnqueueAtIndex(&k.q, k.New(9), 0), true; }, true, "9123|"},
+    {"at index 2", [](Keyed& k) { return EnqueueAtIndex(&k.q, k.New(9), 2), true; }, true, "1293|"},
+    {"at index 100", [](Keyed& k) { return EnqueueAtIndex(&k.q, k.New(9), 100), true; }, true,
+     "1239|"},
+    {"at index -1 (walked unsigned)",
+     [](Keyed& k) { return EnqueueAtIndex(&k.q, k.New(9), -1), true; }, true, "1239|"},
+    {"index -1 and past the end",
+     [](Keyed& k) { return GetQueueElement(&k.q, -1) || GetQueueElement(&k.q, 3); }, false, "123|"},
+    {"a foreign element",
+     [](Keyed& k) {
+       KeyedElement* e = k.New(9);
+       return InQueuePosition(&k.q, e) != -1 || DequeueThisElement(&k.q, e);
+     },
+     false, "123|"},
+    {"the tail by element",
+     [](Keyed& k) {
+       return DequeueThisElement(&k.q, k.At(2)) && InQueuePosition(&k.q, k.At(1)) == 1;
+     },
+     true, "12|"},
+    {"by index from the middle",
+     [](Keyed& k) { return DequeueAtIndex(&k.q, &k.out, 1) && !k.out->link; }, true, "13|"},
+    {"by index past the end", [](Keyed& k) { return DequeueAtIndex(&k.q, &k.out, 3) || k.out; },
+     false, "123|"},
+    {"merged before", [](Keyed& k) { return k.Merge({8}, 0); }, true, "8123|"},
+    {"merged after, the source still naming the moved elements",
+     [](Keyed& k) {
+       return k.Merge({8, 9}, 1);
+     },
+     true, "12389|"},
+    {"merged with an unknown code", [](Keyed& k) { return k.Merge({8}, 3); }, true, "123|"},
+    {"merged into an empty queue", [](Keyed& k) { return InitQueue(&k.q), k.Merge({8}, 3); }, true,
+     "8|"},
+    {"a copy keeps the link", [](Keyed& k) { return KeyedElement(*k.At(0)).link == k.At(1); }, true,
+     "123|"},
+};
+
+TEST(Queue, Cases) {
+  for (const QueueCase& c : kCases) {
+    Keyed k;
+    EXPECT_EQ(c.act(k), c.result) << c.name;
+    EXPECT_EQ(k.Keys(), c.keys) << c.name;
+    EXPECT_EQ(CountQueueElements(&k.q), static_cast<long>(std::string(c.keys).size() - 1))
+        << c.name;
+  }
+}
+
+TEST(Queue, SortedAppendInAscendingOrderComparesTwice) {
+  static int comparisons;
+  auto counting = [](Q_ELEM* a, Q_ELEM* b) { return ++comparisons, qxtest::CompareKeys(a, b); };
+  Keyed k;
+  comparisons = 0;
+  for (int key = 4; key < 1000; ++key)
+    EnqueueSorted(&k.q, k.New(key), counting);
+  EXPECT_EQ(comparisons, 2 * 996);
+}
+
+TEST(Queue, Disposal) {
+  // DuplicateBlock copies the block, link included.
+  Keyed k;
+  Q_ELEM* block = DuplicateBlock(k.At(0));
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(block->link, k.At(1));
+  EXPECT_EQ(static_cast<KeyedElement*>(block)->key, 1);
+  EXPECT_EQ(DuplicateBlock(nullptr), nullptr);
+  // FreeQueue releases elements in plain blocks without destroying them
+  // (leaks would show under LeakSanitizer).
+  QUEUE q;
+  InitQueue(&q);
+  Enqueue(&q, block, 1);
+  void* plain = nullptr;
+  ASSERT_TRUE(falloc_(sizeof(Q_ELEM) + 32, &plain, true, true));
+  Enqueue(&q, ::new (plain) Q_ELEM, 1);
+  FreeQueue(&q);
+  EXPECT_TRUE(q.head == nullptr && q.tail == nullptr);
+  // DeleteQueue runs the destructors.
+  static int destroyed;
+  struct Counted : Q_ELEM {
+    ~Counted() override { ++destroyed; }
+  };
+  for (int i = 0; i < 4; ++i)
+    Enqueue(&q, new Counted, 0);
+  destroyed = 0;
+  DeleteQueue(&q);
+  EXPECT_EQ(destroyed, 4);
+  EXPECT_TRUE(NullQueue(&q));
+}
+
+TEST(Queue, AgreesWithStdList) {
+  for (unsigned seed : {1u, 2u, 3u}) {
+    std::mt19937_64 random(seed);
+    auto next = [&] { return random(); };
+    qxtest::QueueDifferential d(24);
+    for (int step = 0; step < 600; ++step)
+      ASSERT_EQ(d.Step(next), "") << "seed " << seed << ", step " << step;
+  }
+}
+
+} // namespace
