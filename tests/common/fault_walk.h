@@ -19,10 +19,12 @@ struct FaultCase {
   };
   /// What a faulted run must give.
   enum Faulted {
-    kFails,     // the failure result
-    kCompletes, // the full result: the call does without what failed (a fast path)
-    kRetries,   // the full result when one allocation fails (the call tries
-                // again another way); the failure result when all from it on fail
+    kFails,       // the failure result
+    kCompletes,   // the full result: the call does without what failed (a fast path)
+    kRetries,     // the full result when one allocation fails (the call tries
+                  // again another way); the failure result when all from it on fail
+    kShrinksLast, // the failure result, but the full result when the last
+                  // allocation fails: a refused shrink keeps the larger block
   };
   const char* name;
   Outcome (*run)();
