@@ -199,7 +199,12 @@ HRESULT CompoundFile::LoadFat(const unsigned char* header) {
   fat_ = new (std::nothrow) uint32_t[fatLength_ ? fatLength_ : 1];
   uint32_t* ids = new (std::nothrow) uint32_t[fatSectors ? fatSectors : 1];
   unsigned char* buffer = new (std::nothrow) unsigned char[size];
-  HRESULT result = fat_ && ids && buffer ? S_OK : STG_E_INSUFFICIENTMEMORY;
+  if (!fat_ || !ids || !buffer) {
+    delete[] ids;
+    delete[] buffer;
+    return STG_E_INSUFFICIENTMEMORY;
+  }
+  HRESULT result = S_OK;
   uint32_t known = std::min<uint32_t>(fatSectors, kHeaderFatIds);
   for (uint32_t i = 0; i < known; ++i)
     ids[i] = Le32(header + 76 + 4 * i);
