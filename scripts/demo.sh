@@ -18,3 +18,7 @@ show convert --from XASCII --to UTF-8 /tmp/roads-cp437.txt
 show date --locale de-DE 5.3.24 20240229 31.2.2024
 show date --locale en-US --format "dddd, MMMM d, yyyy" 3/5/2024
 show number --locale de-DE --ui "1.234.567,891" -0,5 1e300
+echo "# tests/data/cfb/nested.cfb is a compound file (storages and streams inside one file):"
+show cfb list tests/data/cfb/nested.cfb
+show cfb cat tests/data/cfb/workbook.cfb Book /tmp/workbook.bin
+echo "# \"Book\" is not there, so \"Workbook\" was written: $(wc -c < /tmp/workbook.bin) bytes"
