@@ -31,13 +31,6 @@ for path in ole.listdir(streams=True, storages=True):
         print("%s %d %016x" % (name, len(data), fnv(data)))
 )";
 
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s)
-    q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
-
 } // namespace
 
 std::vector<std::string> ListFile(const std::string& path) {
@@ -62,8 +55,8 @@ std::vector<std::string> ListWithOlefile(const std::string& path) {
     return {};
   TempDir tmp;
   tmp.Write("lister.py", kOlefileLister);
-  std::string command = std::string(kPython) + " " + Quote(tmp.Path("lister.py")) + " " +
-                        Quote(path) + " > " + Quote(tmp.Path("out.txt"));
+  std::string command = std::string(kPython) + " " + ShellQuote(tmp.Path("lister.py")) + " " +
+                        ShellQuote(path) + " > " + ShellQuote(tmp.Path("out.txt"));
   if (std::system(command.c_str()) != 0)
     return {"olefile failed"};
   std::vector<std::string> lines;
@@ -72,26 +65,6 @@ std::vector<std::string> ListWithOlefile(const std::string& path) {
     lines.push_back(all.substr(at, end - at));
   std::sort(lines.begin(), lines.end());
   return lines;
-}
-
-bool MakeWithGsf(const std::string& target,
-                 const std::vector<std::pair<std::string, std::string>>& tree) {
-  if (std::system("command -v gsf >/dev/null 2>&1") != 0)
-    return false;
-  TempDir tmp;
-  std::vector<std::string> top;
-  for (const auto& [name, bytes] : tree) {
-    std::filesystem::path p = std::filesystem::path(tmp.Path()) / name;
-    std::filesystem::create_directories(p.parent_path());
-    tmp.Write(name, bytes);
-    std::string first = name.substr(0, name.find('/'));
-    if (std::find(top.begin(), top.end(), first) == top.end())
-      top.push_back(first);
-  }
-  std::string command = "cd " + Quote(tmp.Path()) + " && gsf createole " + Quote(target);
-  for (const std::string& t : top)
-    command += " " + Quote(t);
-  return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
 } // namespace qxtest
