@@ -80,8 +80,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   dir.Write("fuzzed.cfb", file);
   IStorage* root = nullptr;
   std::wstring path = qxtest::Widen(dir.Path("fuzzed.cfb"));
-  if (StgOpenStorage(path.c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0,
-                     &root) == S_OK) {
+  if (StgOpenStorage(path.c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &root) ==
+      S_OK) {
     Exercise(root, data, size);
     root->Release();
   }

@@ -51,8 +51,8 @@ uint32_t Units(uint64_t bytes, unsigned shift) {
 }
 
 wchar_t Upper(wchar_t c) {
-  return static_cast<wchar_t>(reinterpret_cast<ULONG_PTR>(
-      CharUpperW(reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(c)))));
+  return static_cast<wchar_t>(
+      reinterpret_cast<ULONG_PTR>(CharUpperW(reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(c)))));
 }
 
 HRESULT OpenFailure(int error) {
@@ -142,7 +142,7 @@ HRESULT CompoundFile::Load() {
     return STG_E_READFAULT;
   if (got < 8 || std::memcmp(header, kSignature, 8) != 0)
     return got >= 8 && std::memcmp(header, kBetaSignature, 8) == 0 ? STG_E_OLDFORMAT
-                                                                    : STG_E_FILEALREADYEXISTS;
+                                                                   : STG_E_FILEALREADYEXISTS;
   if (static_cast<size_t>(got) < kHeaderSize)
     return STG_E_INVALIDHEADER;
   HRESULT result = ReadHeader(header);

@@ -33,7 +33,7 @@ inline constexpr uint32_t kNoEntry = 0xFFFFFFFF;
 /// CfbEntry - one directory entry, decoded.
 struct CfbEntry {
   enum Type : uint8_t { kUnused = 0, kStorage = 1, kStream = 2, kRoot = 5 };
-  wchar_t name[32]; // UTF-16 units, terminated
+  wchar_t name[32];   // UTF-16 units, terminated
   uint8_t nameLength; // units, without the terminator
   uint8_t type;
   uint32_t left, right, child; // kNoEntry when none
@@ -111,18 +111,18 @@ private:
   int fd_ = -1;
   long references_ = 1;
   uint64_t fileSize_ = 0;
-  unsigned shift_ = 9;            // sector size 1 << shift_
-  bool version4_ = false;         // sizes have 64 bits (version 3: the low 32 count)
-  uint32_t miniSectors_ = 0;      // 64-byte sectors the mini stream holds
-  uint32_t sectors_ = 0;          // sectors the file holds (the last may be partial)
-  uint32_t* fat_ = nullptr;       // owned, fatLength_ entries
+  unsigned shift_ = 9;       // sector size 1 << shift_
+  bool version4_ = false;    // sizes have 64 bits (version 3: the low 32 count)
+  uint32_t miniSectors_ = 0; // 64-byte sectors the mini stream holds
+  uint32_t sectors_ = 0;     // sectors the file holds (the last may be partial)
+  uint32_t* fat_ = nullptr;  // owned, fatLength_ entries
   uint32_t fatLength_ = 0;
-  uint32_t* miniFat_ = nullptr;   // owned, miniFatLength_ entries
+  uint32_t* miniFat_ = nullptr; // owned, miniFatLength_ entries
   uint32_t miniFatLength_ = 0;
   uint32_t firstDirectory_ = 0, firstMiniFat_ = 0;
-  CfbEntry* entries_ = nullptr;   // owned, entryCount_ entries
+  CfbEntry* entries_ = nullptr; // owned, entryCount_ entries
   uint32_t entryCount_ = 0;
-  StreamMap miniStream_;          // the root's stream, where small streams lie
+  StreamMap miniStream_;               // the root's stream, where small streams lie
   unsigned char* owned_ = nullptr;     // a bit per sector while Open checks chains
   unsigned char* miniOwned_ = nullptr; // a bit per mini sector
 };

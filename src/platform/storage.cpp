@@ -83,7 +83,9 @@ public:
       *pcbRead = 0;
     if (!pv)
       return STG_E_INVALIDPOINTER;
-    ULONG count = position_ >= map_.size ? 0 : static_cast<ULONG>(std::min<uint64_t>(cb, map_.size - position_));
+    ULONG count = position_ >= map_.size
+                      ? 0
+                      : static_cast<ULONG>(std::min<uint64_t>(cb, map_.size - position_));
     HRESULT result = file_->ReadStream(map_, position_, pv, count);
     if (result != S_OK)
       return result;
@@ -247,8 +249,7 @@ private:
   // Child - checks an open's arguments and finds the child `name` of
   // `type`; `*out` is cleared first.
   template <class T>
-  HRESULT Child(LPCWSTR name, bool reservedUsed, DWORD mode, T** out, uint8_t type,
-                uint32_t* id) {
+  HRESULT Child(LPCWSTR name, bool reservedUsed, DWORD mode, T** out, uint8_t type, uint32_t* id) {
     if (!out)
       return STG_E_INVALIDPOINTER;
     *out = nullptr;
@@ -299,8 +300,8 @@ HRESULT StgIsStorageFile(LPCWSTR path) {
   return got == 8 && std::memcmp(head, kSignature, 8) == 0 ? S_OK : S_FALSE;
 }
 
-HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, void* exclude,
-                       DWORD reserved, IStorage** out) {
+HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, void* exclude, DWORD reserved,
+                       IStorage** out) {
   if (!out)
     return STG_E_INVALIDPOINTER;
   *out = nullptr;
@@ -311,8 +312,8 @@ HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, void* exclu
   if ((mode & kAccessMask) != STGM_READ || (mode & ~(kAccessMask | kShareMask | STGM_TRANSACTED)))
     return STG_E_INVALIDFLAG;
   DWORD share = mode & kShareMask;
-  int shareMode = share == STGM_SHARE_EXCLUSIVE   ? _SH_DENYRW
-                  : share == STGM_SHARE_DENY_NONE ? _SH_DENYNO
+  int shareMode = share == STGM_SHARE_EXCLUSIVE                  ? _SH_DENYRW
+                  : share == STGM_SHARE_DENY_NONE                ? _SH_DENYNO
                   : share == STGM_SHARE_DENY_WRITE || share == 0 ? _SH_DENYWR
                                                                  : -1;
   if (shareMode < 0)

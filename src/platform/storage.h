@@ -198,8 +198,8 @@ HRESULT StgIsStorageFile(LPCWSTR path);
 /// STG_E_OLDFORMAT, a bad header STG_E_INVALIDHEADER, a damaged structure
 /// STG_E_DOCFILECORRUPT, a failed read STG_E_READFAULT, no memory
 /// STG_E_INSUFFICIENTMEMORY. `*out` is null on failure.
-HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, void* exclude,
-                       DWORD reserved, IStorage** out);
+HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, void* exclude, DWORD reserved,
+                       IStorage** out);
 
 } // namespace qx::win
 

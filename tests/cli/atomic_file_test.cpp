@@ -131,7 +131,6 @@ TEST_F(AtomicFileTest, NoDirectoryNoFile) {
   EXPECT_EQ(Entries(), 0);
 }
 
-
 // A device or a pipe is written in place, never replaced by a regular file.
 TEST(AtomicFileSpecial, PipesAndDevicesAreWrittenInPlace) {
   char pattern[] = "/tmp/qxutil-fifo-XXXXXX";

@@ -36,8 +36,8 @@ for path in ole.listdir(streams=True, storages=True):
 std::vector<std::string> ListFile(const std::string& path) {
   using namespace qx::win;
   IStorage* root = nullptr;
-  HRESULT result = StgOpenStorage(Widen(path).c_str(), nullptr,
-                                  STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &root);
+  HRESULT result = StgOpenStorage(Widen(path).c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE,
+                                  nullptr, 0, &root);
   if (result != S_OK) {
     char line[32];
     std::snprintf(line, sizeof line, "error 0x%08X", static_cast<unsigned>(result));

@@ -78,8 +78,8 @@ inline void ListStorage(qx::win::IStorage* storage, const std::string& prefix,
     } else {
       IStream* stream = nullptr;
       uint64_t h = Fnv(nullptr, 0), total = 0;
-      if (storage->OpenStream(st.pwcsName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0,
-                              &stream) == S_OK) {
+      if (storage->OpenStream(st.pwcsName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream) ==
+          S_OK) {
         char buffer[4096];
         ULONG got = 0;
         while (stream->Read(buffer, sizeof buffer, &got) == S_OK && got > 0)

@@ -29,8 +29,8 @@ constexpr DWORD kStreamMode = STGM_READ | STGM_SHARE_EXCLUSIVE;
 std::string Sample(const char* name) { return CfbSampleDir() + "/" + name; }
 
 HRESULT OpenRoot(const std::string& path, IStorage** root) {
-  return StgOpenStorage(Widen(path).c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr,
-                        0, root);
+  return StgOpenStorage(Widen(path).c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0,
+                        root);
 }
 
 std::string Deterministic(size_t n, unsigned seed) {
@@ -104,8 +104,9 @@ TEST(Storage, NamesOrderByLengthThenUpperCase) {
     const wchar_t* b;
     int order;
   } cases[] = {
-      {L"Z", L"aa", -1},        {L"abc", L"ABC", 0},     {L"abd", L"ABC", 1},
-      {L"\u00e9t\u00e9", L"\u00c9T\u00c9", 0}, {L"_", L"a", 1}, // 'a' is compared as 'A' (0x41), below '_' (0x5F)
+      {L"Z", L"aa", -1},   {L"abc", L"ABC", 0},
+      {L"abd", L"ABC", 1}, {L"\u00e9t\u00e9", L"\u00c9T\u00c9", 0},
+      {L"_", L"a", 1}, // 'a' is compared as 'A' (0x41), below '_' (0x5F)
       {L"", L"", 0},
   };
   for (const Case& c : cases)
@@ -119,12 +120,12 @@ TEST(Storage, StreamsReadSeekAndRefuseWhatIsNotThere) {
   IStream* stream = nullptr;
   EXPECT_EQ(root->OpenStream(L"Top", nullptr, kStreamMode, 0, &stream), STG_E_FILENOTFOUND);
   EXPECT_EQ(root->OpenStream(L"Leaf", nullptr, kStreamMode, 0, &stream), STG_E_FILENOTFOUND);
-  EXPECT_EQ(root->OpenStream(L"root stream", nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, 0,
-                             &stream),
-            STG_E_INVALIDFLAG);
-  EXPECT_EQ(root->OpenStream(L"root stream", nullptr, STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0,
-                             &stream),
-            STG_E_ACCESSDENIED);
+  EXPECT_EQ(
+      root->OpenStream(L"root stream", nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, 0, &stream),
+      STG_E_INVALIDFLAG);
+  EXPECT_EQ(
+      root->OpenStream(L"root stream", nullptr, STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0, &stream),
+      STG_E_ACCESSDENIED);
   EXPECT_EQ(root->OpenStream(std::wstring(32, L'x').c_str(), nullptr, kStreamMode, 0, &stream),
             STG_E_INVALIDNAME);
   EXPECT_EQ(stream, nullptr);
@@ -151,10 +152,13 @@ TEST(Storage, StreamsReadSeekAndRefuseWhatIsNotThere) {
     HRESULT result;
     ULONGLONG position;
   } seeks[] = {
-      {4000, STREAM_SEEK_SET, S_OK, 4000},   {-1000, STREAM_SEEK_CUR, S_OK, 3000},
-      {-1, STREAM_SEEK_END, S_OK, 8999},     {100, STREAM_SEEK_END, S_OK, 9100},
+      {4000, STREAM_SEEK_SET, S_OK, 4000},
+      {-1000, STREAM_SEEK_CUR, S_OK, 3000},
+      {-1, STREAM_SEEK_END, S_OK, 8999},
+      {100, STREAM_SEEK_END, S_OK, 9100},
       {-1, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 9100},
-      {0, 3, STG_E_INVALIDFUNCTION, 9100},   {511, STREAM_SEEK_SET, S_OK, 511},
+      {0, 3, STG_E_INVALIDFUNCTION, 9100},
+      {511, STREAM_SEEK_SET, S_OK, 511},
   };
   for (const SeekCase& s : seeks) {
     LARGE_INTEGER move;
@@ -253,8 +257,8 @@ TEST(Storage, DamagedFilesFailCleanly) {
        STG_E_DOCFILECORRUPT},
       {"size beyond the file", "large.cfb",
        [](CfbLayout& f) { f.Put32(f.Entry("Data") + 120, 0x7FFFFFF0); }, STG_E_DOCFILECORRUPT},
-      {"v4 size of 2^40", "v4.cfb",
-       [](CfbLayout& f) { f.Put32(f.Entry("Large") + 124, 0x100); }, STG_E_DOCFILECORRUPT},
+      {"v4 size of 2^40", "v4.cfb", [](CfbLayout& f) { f.Put32(f.Entry("Large") + 124, 0x100); },
+       STG_E_DOCFILECORRUPT},
       {"tree reaches an entry twice", "nested.cfb",
        [](CfbLayout& f) { f.Put32(f.Entry("Middle") + 68, f.U32(f.Sector(f.U32(48)) + 76)); },
        STG_E_DOCFILECORRUPT},
@@ -264,8 +268,8 @@ TEST(Storage, DamagedFilesFailCleanly) {
        STG_E_DOCFILECORRUPT},
       {"name length odd", "nested.cfb", [](CfbLayout& f) { f.Put16(f.Entry("Side") + 64, 9); },
        STG_E_DOCFILECORRUPT},
-      {"root not a root", "mini.cfb",
-       [](CfbLayout& f) { (*f.b)[f.Sector(f.U32(48)) + 66] = 1; }, STG_E_DOCFILECORRUPT},
+      {"root not a root", "mini.cfb", [](CfbLayout& f) { (*f.b)[f.Sector(f.U32(48)) + 66] = 1; },
+       STG_E_DOCFILECORRUPT},
       {"cut inside a stream", "large.cfb", [](CfbLayout& f) { f.b->resize(f.b->size() / 2); },
        STG_E_DOCFILECORRUPT},
       {"v4 cut inside the header sector", "v4.cfb", [](CfbLayout& f) { f.b->resize(1000); },
@@ -294,7 +298,7 @@ TEST(Storage, DifatLoopFailsCleanly) {
   CfbLayout f(&bytes);
   ASSERT_GT(f.U32(72), 0u) << "no DIFAT sector";
   f.Put32(f.Sector(f.U32(68)) + 508, f.U32(68)); // its "next" names itself
-  f.Put32(44, f.U32(44) + 200);                 // and more FAT sectors are wanted
+  f.Put32(44, f.U32(44) + 200);                  // and more FAT sectors are wanted
   dir.Write("difat.cfb", bytes);
   IStorage* root = nullptr;
   EXPECT_EQ(OpenRoot(file, &root), STG_E_DOCFILECORRUPT);

@@ -126,8 +126,8 @@ HRESULT OpenPath(IStorage* root, const std::wstring& path, IStream** out) {
   HRESULT result = S_OK;
   for (size_t slash; (slash = path.find(L'/', at)) != std::wstring::npos; at = slash + 1) {
     IStorage* inner = nullptr;
-    result = storage->OpenStorage(path.substr(at, slash - at).c_str(), nullptr, kChildMode,
-                                  nullptr, 0, &inner);
+    result = storage->OpenStorage(path.substr(at, slash - at).c_str(), nullptr, kChildMode, nullptr,
+                                  0, &inner);
     storage->Release();
     if (result != S_OK)
       return result;
@@ -148,8 +148,7 @@ int RunCat(const char* path, const char* streamName, const char* output) {
   IStream* stream = nullptr;
   HRESULT result = OpenPath(file.root(), Wide(streamName), &stream);
   if (result == STG_E_FILENOTFOUND || result == STG_E_INVALIDNAME)
-    return qxcli::Fail(1, "%s: no stream '%s' (try 'qxutil cfb list %s')", path, streamName,
-                       path);
+    return qxcli::Fail(1, "%s: no stream '%s' (try 'qxutil cfb list %s')", path, streamName, path);
   if (result != S_OK)
     return qxcli::Fail(1, "%s: stream '%s': %s", path, streamName, Why(result));
   qxcli::AtomicFile out;
