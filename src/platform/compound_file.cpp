@@ -55,6 +55,19 @@ wchar_t Upper(wchar_t c) {
       reinterpret_cast<ULONG_PTR>(CharUpperW(reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(c)))));
 }
 
+// A bitmap of `bits` bits, zeroed; null when memory fails.
+unsigned char* NewBitmap(uint64_t bits) {
+  return new (std::nothrow) unsigned char[(bits + 7) / 8 + 1]();
+}
+bool TestAndSet(unsigned char* map, uint32_t bit) {
+  unsigned char mask = static_cast<unsigned char>(1u << (bit & 7));
+  bool was = (map[bit >> 3] & mask) != 0;
+  map[bit >> 3] |= mask;
+  return was;
+}
+
+} // namespace
+
 HRESULT OpenFailure(int error) {
   switch (error) {
   case qx::crt::kErrNoEnt:
@@ -73,18 +86,9 @@ HRESULT OpenFailure(int error) {
   }
 }
 
-// A bitmap of `bits` bits, zeroed; null when memory fails.
-unsigned char* NewBitmap(uint64_t bits) {
-  return new (std::nothrow) unsigned char[(bits + 7) / 8 + 1]();
+bool HasSignature(const unsigned char* head, size_t size) {
+  return size >= sizeof kSignature && std::memcmp(head, kSignature, sizeof kSignature) == 0;
 }
-bool TestAndSet(unsigned char* map, uint32_t bit) {
-  unsigned char mask = static_cast<unsigned char>(1u << (bit & 7));
-  bool was = (map[bit >> 3] & mask) != 0;
-  map[bit >> 3] |= mask;
-  return was;
-}
-
-} // namespace
 
 int CompareNames(const wchar_t* a, size_t aLength, const wchar_t* b, size_t bLength) {
   if (aLength != bLength)
@@ -140,7 +144,7 @@ HRESULT CompoundFile::Load() {
   long got = ReadAt(fd_, header, sizeof header, 0);
   if (got < 0)
     return STG_E_READFAULT;
-  if (got < 8 || std::memcmp(header, kSignature, 8) != 0)
+  if (!HasSignature(header, static_cast<size_t>(got)))
     return got >= 8 && std::memcmp(header, kBetaSignature, 8) == 0 ? STG_E_OLDFORMAT
                                                                    : STG_E_FILEALREADYEXISTS;
   if (static_cast<size_t>(got) < kHeaderSize)

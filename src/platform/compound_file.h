@@ -57,6 +57,14 @@ struct StreamMap {
   ~StreamMap() { delete[] sectors; }
 };
 
+/// OpenFailure - the storage result of a failed _wsopen with the runtime's
+/// errno `error` (no such file, sharing conflict, ...).
+HRESULT OpenFailure(int error);
+
+/// HasSignature - whether the `size` bytes at `head` begin with the
+/// compound-file signature.
+bool HasSignature(const unsigned char* head, size_t size);
+
 /// CompareNames - the order of names in the directory: the shorter name
 /// first; names of one length by their upper-cased UTF-16 units.
 int CompareNames(const wchar_t* a, size_t aLength, const wchar_t* b, size_t bLength);

@@ -66,11 +66,9 @@ HRESULT CheckChildMode(DWORD mode) {
   return S_OK;
 }
 
-class Stream final : public IStream {
+/// Counted - the reference counting of the three objects.
+template <class Interface> class Counted : public Interface {
 public:
-  Stream(CompoundFile* file, uint32_t id) : file_(file), id_(id) { file_->AddRef(); }
-  HRESULT Init() { return file_->Map(id_, &map_); }
-
   ULONG AddRef() override { return ++references_; }
   ULONG Release() override {
     ULONG left = --references_;
@@ -78,6 +76,16 @@ public:
       delete this;
     return left;
   }
+
+private:
+  ULONG references_ = 1;
+};
+
+class Stream final : public Counted<IStream> {
+public:
+  Stream(CompoundFile* file, uint32_t id) : file_(file), id_(id) { file_->AddRef(); }
+  HRESULT Init() { return file_->Map(id_, &map_); }
+
   HRESULT Read(void* pv, ULONG cb, ULONG* pcbRead) override {
     if (pcbRead)
       *pcbRead = 0;
@@ -122,21 +130,13 @@ private:
   uint32_t id_;
   StreamMap map_;
   uint64_t position_ = 0;
-  ULONG references_ = 1;
 };
 
-class Enumerator final : public IEnumSTATSTG {
+class Enumerator final : public Counted<IEnumSTATSTG> {
 public:
   Enumerator(CompoundFile* file, uint32_t* ids, uint32_t count)
       : file_(file), ids_(ids), count_(count) {
     file_->AddRef();
-  }
-  ULONG AddRef() override { return ++references_; }
-  ULONG Release() override {
-    ULONG left = --references_;
-    if (left == 0)
-      delete this;
-    return left;
   }
   HRESULT Next(ULONG celt, STATSTG* out, ULONG* fetched) override {
     ULONG done = 0;
@@ -175,20 +175,12 @@ private:
   uint32_t* ids_; // owned
   uint32_t count_;
   uint32_t next_ = 0;
-  ULONG references_ = 1;
 };
 
-class Storage final : public IStorage {
+class Storage final : public Counted<IStorage> {
 public:
   Storage(CompoundFile* file, uint32_t id, DWORD mode) : file_(file), id_(id), mode_(mode) {
     file_->AddRef();
-  }
-  ULONG AddRef() override { return ++references_; }
-  ULONG Release() override {
-    ULONG left = --references_;
-    if (left == 0)
-      delete this;
-    return left;
   }
   HRESULT OpenStream(LPCWSTR name, void* reserved1, DWORD mode, DWORD reserved2,
                      IStream** out) override {
@@ -270,7 +262,6 @@ private:
   CompoundFile* file_;
   uint32_t id_;
   DWORD mode_;
-  ULONG references_ = 1;
 };
 
 } // namespace
@@ -279,25 +270,14 @@ HRESULT StgIsStorageFile(LPCWSTR path) {
   if (!path)
     return STG_E_INVALIDNAME;
   int fd = qx::crt::_wsopen(path, _O_RDONLY | _O_BINARY, _SH_DENYNO, 0);
-  if (fd < 0) {
-    switch (errno) {
-    case qx::crt::kErrNoEnt:
-      return STG_E_FILENOTFOUND;
-    case qx::crt::kErrNotDir:
-      return STG_E_PATHNOTFOUND;
-    case qx::crt::kErrAcces:
-      return STG_E_SHAREVIOLATION;
-    default:
-      return STG_E_READFAULT;
-    }
-  }
-  static constexpr unsigned char kSignature[8] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
+  if (fd < 0)
+    return qx::platform::OpenFailure(errno);
   unsigned char head[8];
   long got = qx::platform::ReadAt(fd, head, sizeof head, 0);
   qx::crt::_close(fd);
   if (got < 0)
     return STG_E_READFAULT;
-  return got == 8 && std::memcmp(head, kSignature, 8) == 0 ? S_OK : S_FALSE;
+  return qx::platform::HasSignature(head, static_cast<size_t>(got)) ? S_OK : S_FALSE;
 }
 
 HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, void* exclude, DWORD reserved,
