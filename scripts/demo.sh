@@ -27,3 +27,7 @@ show strings compile tests/text/resource_strings.rc -o /tmp/qxutil-strings.cpp \
   -I tests/text/resource_include
 "${CXX:-c++}" -shared -fPIC -o /tmp/qxutil-strings.so /tmp/qxutil-strings.cpp
 show strings list /tmp/qxutil-strings.so
+echo "# tests/data/cfb/nested.cfb is a compound file (storages and streams inside one file):"
+show cfb list tests/data/cfb/nested.cfb
+show cfb cat tests/data/cfb/workbook.cfb Book /tmp/workbook.bin
+echo "# \"Book\" is not there, so \"Workbook\" was written: $(wc -c < /tmp/workbook.bin) bytes"

@@ -7,6 +7,7 @@ packages=(
   cmake make g++ clang libclang-rt-14-dev pkg-config python3
   libgtest-dev libgmock-dev libbenchmark-dev libpixman-1-dev
   libsqlite3-dev libicu-dev libroaring-dev
+  libgsf-bin python3-olefile  # test-only: compound files made and cross-read
 )
 
 missing=()

@@ -141,9 +141,8 @@ typedef bool (*FileRetryCallback)(eOpenMode mode, const wchar_t* name, long& sin
 /// Its operations are virtual in a fixed order, and it calls its own
 /// operations through them, so a host's replacement installed with
 /// Instance(p) sees every call. The exported functions below are one call
-/// each on Instance(). The stream operations and the structured-storage
-/// streams keep their places in the order; they are not provided yet and
-/// return their failure results.
+/// each on Instance(). The stream operations keep their places in the
+/// order; those not provided yet return their failure results.
 class QXUTIL_API cFileSystem : public QXSingleton<cFileSystem, 2> {
 public:
   virtual ~cFileSystem();
@@ -357,6 +356,25 @@ QXUTIL_API int access2(const wchar_t* name, int mode);
 QXUTIL_API int remove2(const wchar_t* name);
 QXUTIL_API int stat2(const wchar_t* name, struct _stat32* out);
 QXUTIL_API void really_close_all();
+/// stream_fileopen - opens the stream `stream` (at most 520 units) of the
+/// compound file `handle` for reading: the storage read-only and deny-write,
+/// the stream exclusive; "Book" not found opens "Workbook". A file that is
+/// not a compound file is opened with fileopen(handle, mode, changed)
+/// instead. An entry with its stream open already just counts one more open
+/// and goes back to the start. The handle, or -1 (a damaged compound file,
+/// no such stream, no memory), with nothing left open.
+QXUTIL_API int stream_fileopen(int handle, eOpenMode mode, int* changed, const wchar_t* stream);
+/// stream_close - counts one open less, releasing the stream and storage at
+/// the last; a plain file goes to close2. 0, or -1 for a bad handle.
+QXUTIL_API int stream_close(int handle);
+/// stream_lseek - moves in the stream (whence 0 start, 1 current, 2 end) and
+/// returns the position; past the end is allowed, before the start is -1
+/// (the position stays). A plain file goes to lseek2.
+QXUTIL_API long stream_lseek(int handle, long offset, int whence);
+/// stream_read - reads up to `count` bytes of the stream from the position;
+/// the count read (fewer only at the end), or -1 when the file cannot be
+/// read. A plain file goes to read2.
+QXUTIL_API int stream_read(int handle, void* buffer, unsigned int count);
 QXUTIL_API int GetFileFD(int handle);
 QXUTIL_API FILE* GetFilePtr(const FILE* stream);
 QXUTIL_API int GetMaxFileCount();

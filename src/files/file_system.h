@@ -6,7 +6,8 @@
 // the bound on open files), handle_io.cpp (position, length, reads and
 // writes through the cache, application strings), file_ops.cpp (removal,
 // renaming, copying, times, names of handles, calls by name),
-// directories.cpp (directories, search, temporary and relative names).
+// directories.cpp (directories, search, temporary and relative names),
+// storage_streams.cpp (streams inside compound files).
 //
 //===----------------------------------------------------------------------===//
 #ifndef QXUTIL_FILES_FILE_SYSTEM_H
@@ -45,7 +46,7 @@ struct FileEntry {
   int32_t position;
   int32_t length;
   FILETIME lastWrite; // at the last real close; 0 never taken, -1 failed
-  void* storage;      // structured-storage stream state (not provided yet)
+  void* storage;      // storage_streams.cpp's state of an open compound-file stream
   char* appBuffer;    // owned, freed at each real close
   // Bookkeeping of the idle entries (kept open with an open count of 0).
   int32_t idleAt;    // position in the idle list, -1 when not idle
@@ -127,10 +128,10 @@ public:
   int AccessByName(const wchar_t* name, int mode) override;
   int RemoveByName(const wchar_t* name) override;
   int StatByName(const wchar_t* name, struct _stat32* out) override;
-  int StreamFileOpen(int, eOpenMode, int*, const wchar_t*) override { return -1; }
-  int StreamClose(int) override { return -1; }
-  long StreamSeek(int, long, int) override { return -1; }
-  int StreamRead(int, void*, unsigned int) override { return -1; }
+  int StreamFileOpen(int handle, eOpenMode mode, int* changed, const wchar_t* stream) override;
+  int StreamClose(int handle) override;
+  long StreamSeek(int handle, long offset, int whence) override;
+  int StreamRead(int handle, void* buffer, unsigned int count) override;
   void SetProgramDir(const wchar_t* dir) override;
   const wchar_t* ProgramDir() override { return dirs_[kProgram]; }
   void SetAlternateProgramDir(const wchar_t* dir) override;
@@ -202,6 +203,9 @@ private:
 
   // file_ops.cpp
   bool WrittenPath(int handle, wchar_t* path);
+
+  // storage_streams.cpp
+  void ReleaseStorage(FileEntry* e);
 
   // directories.cpp
   void SetDir(int which, const wchar_t* dir);

@@ -57,6 +57,7 @@ cFileSystemImpl::~cFileSystemImpl() {
     if (table_[i].InUse() && table_[i].Holds())
       ReallyClose(i + kFirstHandle);
   for (int i = 0; i < capacity_; ++i) {
+    ReleaseStorage(&table_[i]);
     ffree(reinterpret_cast<void**>(&table_[i].name));
     ffree(reinterpret_cast<void**>(&table_[i].appBuffer));
   }
@@ -198,6 +199,7 @@ bool cFileSystemImpl::UnregisterFile(int handle) {
   }
   if (e->Holds() && !ReallyClose(handle))
     return false;
+  ReleaseStorage(e);
   int index = handle - kFirstHandle;
   index_.Remove(e->name->hash, index);
   ffree(reinterpret_cast<void**>(&e->name));

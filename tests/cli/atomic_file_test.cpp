@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -119,6 +120,26 @@ TEST_F(AtomicFileTest, FailuresLeaveNoTrace) {
   std::string text;
   inside >> text;
   EXPECT_EQ(text, "keep");
+}
+
+// A device or a pipe is written in place, never replaced by a regular file.
+TEST(AtomicFileSpecial, PipesAndDevicesAreWrittenInPlace) {
+  char pattern[] = "/tmp/qxutil-fifo-XXXXXX";
+  ASSERT_NE(mkdtemp(pattern), nullptr);
+  std::string fifo = std::string(pattern) + "/pipe";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  std::string got;
+  std::thread reader([&] { std::getline(std::ifstream(fifo), got); });
+  qxcli::AtomicFile out;
+  ASSERT_TRUE(out.Open(fifo.c_str()));
+  ASSERT_TRUE(out.Write("through the pipe\n", 17));
+  ASSERT_TRUE(out.Commit());
+  reader.join();
+  EXPECT_EQ(got, "through the pipe");
+  struct stat st;
+  ASSERT_EQ(stat(fifo.c_str(), &st), 0);
+  EXPECT_TRUE(S_ISFIFO(st.st_mode));
+  EXPECT_EQ(std::system(("rm -rf " + std::string(pattern)).c_str()), 0);
 }
 
 } // namespace

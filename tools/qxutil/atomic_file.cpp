@@ -34,6 +34,13 @@ bool AtomicFile::Open(const char* path) {
     return true;
   }
   path_ = path;
+  struct stat target;
+  if (stat(path, &target) == 0 && (S_ISCHR(target.st_mode) || S_ISFIFO(target.st_mode))) {
+    // A device or a pipe (/dev/null, a FIFO) cannot be replaced: it is written as it comes.
+    direct_ = true;
+    fd_ = open(path, O_WRONLY | O_CLOEXEC);
+    return fd_ >= 0;
+  }
   temp_ = path_ + ".qxutil-XXXXXX";
   fd_ = mkstemp(temp_.data());
   if (fd_ < 0)
@@ -76,6 +83,11 @@ bool AtomicFile::Commit() {
     errno = EBADF;
     return false;
   }
+  if (direct_) {
+    bool closed = close(fd_) == 0;
+    fd_ = -1;
+    return closed;
+  }
   bool ok = fsync(fd_) == 0;
   int error = errno;
   if (close(fd_) != 0 && ok) {
@@ -100,7 +112,8 @@ void AtomicFile::Abandon() {
   int error = errno;
   close(fd_);
   fd_ = -1;
-  unlink(temp_.c_str());
+  if (!direct_)
+    unlink(temp_.c_str());
   errno = error;
 }
 

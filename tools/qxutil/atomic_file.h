@@ -23,8 +23,9 @@ public:
   /// Abandons what was not committed.
   ~AtomicFile();
 
-  /// Open - starts the output: null or "-" is standard output (written as
-  /// it comes); any other path gets a temporary file beside it, with the
+  /// Open - starts the output: null or "-" is standard output, and an
+  /// existing device or pipe (/dev/null, a FIFO) is that target itself (both
+  /// written as it comes); any other path gets a temporary file beside it, with the
   /// target's permissions (or the default ones for a new file). False with
   /// errno set when the temporary file cannot be made.
   bool Open(const char* path);
@@ -45,6 +46,7 @@ public:
 
 private:
   int fd_ = -1;
+  bool direct_ = false; // the target is a device or a pipe, written in place
   std::string path_, temp_;
 };
 

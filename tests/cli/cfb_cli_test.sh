@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# End-to-end test of 'qxutil cfb': the tree of a sample, a nested stream
+# and the "Book" rule through cat, an output left as it was when the stream
+# is missing, and the exit codes for files that are not compound files or
+# are damaged.
+# Usage: cfb_cli_test.sh QXUTIL SAMPLE_DIR
+set -euo pipefail
+qxutil=$1
+samples=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+fail() { echo "FAIL: $*" >&2; exit 1; }
+
+"$qxutil" cfb list "$samples/nested.cfb" > "$work/list"
+expected=$(printf '%s\n' "$samples/nested.cfb" "  Top/" "    Side  4" "    Middle/" \
+  "      Big  9000" "      Leaf  70" "  root stream  5")
+[[ "$(cat "$work/list")" == "$expected" ]] || fail "list: $(cat "$work/list")"
+
+"$qxutil" cfb cat "$samples/nested.cfb" top/middle/BIG "$work/big"
+[[ $(stat -c %s "$work/big") == 9000 ]] || fail "nested cat size"
+"$qxutil" cfb cat "$samples/workbook.cfb" Book > "$work/book"
+"$qxutil" cfb cat "$samples/workbook.cfb" Workbook "$work/workbook"
+cmp -s "$work/book" "$work/workbook" || fail "Book is Workbook"
+[[ $(stat -c %s "$work/book") == 5000 ]] || fail "Workbook size"
+"$qxutil" cfb cat "$samples/v4.cfb" Large "$work/large"
+[[ $(stat -c %s "$work/large") == 20000 ]] || fail "v4 stream size"
+
+# A missing stream: exit 1 and the output as it was.
+echo keep > "$work/out"
+if "$qxutil" cfb cat "$samples/nested.cfb" Nope "$work/out" 2> "$work/err"; then fail "missing stream"; fi
+grep -q "no stream 'Nope'" "$work/err" || fail "missing stream message"
+[[ $(cat "$work/out") == keep ]] || fail "output touched"
+
+# Not a compound file, damaged, absent, bad usage.
+set +e
+"$qxutil" cfb list "$0" 2> "$work/err"; [[ $? == 1 ]] || fail "not compound exit"
+grep -q "not a compound file" "$work/err" || fail "not compound message"
+head -c 1500 "$samples/large.cfb" > "$work/cut.cfb"
+"$qxutil" cfb cat "$work/cut.cfb" Data 2> "$work/err"; [[ $? == 1 ]] || fail "damaged exit"
+grep -q "damaged compound file" "$work/err" || fail "damaged message"
+"$qxutil" cfb list "$work/absent.cfb" 2> /dev/null; [[ $? == 1 ]] || fail "absent exit"
+"$qxutil" cfb 2> /dev/null; [[ $? == 2 ]] || fail "usage exit"
+echo "cfb_cli: all passed"

@@ -1,0 +1,172 @@
+// Compound files for the storage tests, the fuzz target and the benchmark:
+// the committed samples (tests/data/cfb, made by make_samples.py there), a
+// listing of a file's elements through the library's storage calls, the
+// same listing through Python's olefile (the independent reader), and the
+// byte surgery that damages a file in one chosen way.
+#ifndef QXUTIL_TESTS_COMMON_CFB_FILES_H
+#define QXUTIL_TESTS_COMMON_CFB_FILES_H
+
+#include "common/temp_dir.h"
+#include "platform/storage.h"
+
+#include <algorithm>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace qxtest {
+
+/// CfbSampleDir - the folder of the committed samples. A relative __FILE__
+/// is relative to the folder the compiler ran in, which is the binary's.
+inline std::string CfbSampleDir() {
+  std::string here = __FILE__; // .../tests/common/cfb_files.h
+  if (here[0] != '/') {
+    std::error_code ec;
+    std::string exe = std::filesystem::read_symlink("/proc/self/exe", ec).string();
+    here = exe.substr(0, exe.rfind('/') + 1) + here;
+  }
+  return here.substr(0, here.rfind("/common/")) + "/data/cfb";
+}
+
+inline std::string ReadBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+inline std::wstring Widen(const std::string& s) { return std::wstring(s.begin(), s.end()); }
+
+/// Fnv - a 64-bit FNV-1a digest, to compare streams in listings.
+inline uint64_t Fnv(const void* data, size_t n, uint64_t h = 1469598103934665603ull) {
+  for (size_t i = 0; i < n; ++i)
+    h = (h ^ static_cast<const unsigned char*>(data)[i]) * 1099511628211ull;
+  return h;
+}
+
+/// ListStorage - one line per element below `storage`, sorted:
+/// "path/ storage" or "path SIZE DIGEST"; an "error ..." line on failure.
+inline void ListStorage(qx::win::IStorage* storage, const std::string& prefix,
+                        std::vector<std::string>* lines) {
+  using namespace qx::win;
+  IEnumSTATSTG* list = nullptr;
+  if (storage->EnumElements(0, nullptr, 0, &list) != S_OK) {
+    lines->push_back("error enumerating " + prefix);
+    return;
+  }
+  STATSTG st;
+  while (list->Next(1, &st, nullptr) == S_OK) {
+    std::string name;
+    for (const wchar_t* p = st.pwcsName; *p; ++p)
+      name += *p < 0x80 ? static_cast<char>(*p) : '?';
+    std::string path = prefix + name;
+    if (st.type == STGTY_STORAGE) {
+      lines->push_back(path + "/ storage");
+      IStorage* inner = nullptr;
+      if (storage->OpenStorage(st.pwcsName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, nullptr, 0,
+                               &inner) == S_OK) {
+        ListStorage(inner, path + "/", lines);
+        inner->Release();
+      } else {
+        lines->push_back("error opening " + path);
+      }
+    } else {
+      IStream* stream = nullptr;
+      uint64_t h = Fnv(nullptr, 0), total = 0;
+      if (storage->OpenStream(st.pwcsName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream) ==
+          S_OK) {
+        char buffer[4096];
+        ULONG got = 0;
+        while (stream->Read(buffer, sizeof buffer, &got) == S_OK && got > 0)
+          h = Fnv(buffer, got, h), total += got;
+        stream->Release();
+      }
+      char line[64];
+      std::snprintf(line, sizeof line, " %llu %016llx", static_cast<unsigned long long>(total),
+                    static_cast<unsigned long long>(h));
+      lines->push_back(path + line);
+    }
+    CoTaskMemFree(st.pwcsName);
+  }
+  list->Release();
+}
+
+/// ListFile - ListStorage of the whole file, or {"error 0x..."}.
+std::vector<std::string> ListFile(const std::string& path);
+
+/// ListWithOlefile - the same listing made by olefile; empty when Python
+/// or olefile is missing.
+std::vector<std::string> ListWithOlefile(const std::string& path);
+
+/// ShellQuote - `s` quoted for the shell.
+inline std::string ShellQuote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s)
+    q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+/// MakeWithGsf - writes `tree` (name => bytes, "a/b" names make storages)
+/// under a scratch folder and has `gsf createole` make `target` from it;
+/// false when gsf is missing or fails.
+inline bool MakeWithGsf(const std::string& target,
+                        const std::vector<std::pair<std::string, std::string>>& tree) {
+  if (std::system("command -v gsf >/dev/null 2>&1") != 0)
+    return false;
+  TempDir tmp;
+  std::vector<std::string> top;
+  for (const auto& [name, bytes] : tree) {
+    std::filesystem::path p = std::filesystem::path(tmp.Path()) / name;
+    std::filesystem::create_directories(p.parent_path());
+    tmp.Write(name, bytes);
+    std::string first = name.substr(0, name.find('/'));
+    if (std::find(top.begin(), top.end(), first) == top.end())
+      top.push_back(first);
+  }
+  std::string command = "cd " + ShellQuote(tmp.Path()) + " && gsf createole " + ShellQuote(target);
+  for (const std::string& t : top)
+    command += " " + ShellQuote(t);
+  return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+/// The layout of a compound file's bytes, for damaging it on purpose.
+struct CfbLayout {
+  explicit CfbLayout(std::string* bytes) : b(bytes) {}
+  std::string* b;
+  uint32_t U32(size_t at) const {
+    const auto* p = reinterpret_cast<const unsigned char*>(b->data() + at);
+    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<uint32_t>(p[3]) << 24;
+  }
+  void Put16(size_t at, uint16_t v) { (*b)[at] = char(v), (*b)[at + 1] = char(v >> 8); }
+  void Put32(size_t at, uint32_t v) {
+    for (int i = 0; i < 4; ++i)
+      (*b)[at + i] = static_cast<char>(v >> (8 * i));
+  }
+  unsigned Shift() const { return (*b)[30]; }
+  size_t Sector(uint32_t n) const { return (size_t{n} + 1) << Shift(); }
+  /// FatEntry - the byte offset of sector `n`'s FAT entry (first 109 FAT sectors).
+  size_t FatEntry(uint32_t n) const {
+    uint32_t per = (1u << Shift()) / 4;
+    return Sector(U32(76 + 4 * (n / per))) + 4 * (n % per);
+  }
+  /// Entry - the byte offset of the directory entry named `name` (ASCII),
+  /// found by its UTF-16 name and name length; npos when none.
+  size_t Entry(const std::string& name) const {
+    std::string utf16;
+    for (char c : name)
+      utf16 += c, utf16 += '\0';
+    for (size_t at = 0; (at = b->find(utf16, at)) != std::string::npos; ++at)
+      if (at % 128 == 0 && static_cast<unsigned char>((*b)[at + 64]) == 2 * name.size() + 2)
+        return at;
+    return std::string::npos;
+  }
+};
+
+} // namespace qxtest
+
+#endif // QXUTIL_TESTS_COMMON_CFB_FILES_H

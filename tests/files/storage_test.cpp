@@ -1,0 +1,433 @@
+// Compound files: the committed samples and files that gsf makes in the test
+// read as olefile reads them; names are found ignoring case in the
+// directory's order; damaged files fail cleanly with their STG_E_ code; the
+// registry's stream_fileopen family over all of it.
+#include "common/cfb_files.h"
+#include "common/fault_walk.h"
+#include "common/files_scope.h"
+#include "common/temp_dir.h"
+#include "platform/compound_file.h"
+#include "platform/file_seam.h"
+#include "platform/storage.h"
+#include "qxutil/files.h"
+
+#include <cerrno>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace qx::win;
+using qxtest::CfbLayout;
+using qxtest::CfbSampleDir;
+using qxtest::ReadBytes;
+using qxtest::TempDir;
+using qxtest::Widen;
+
+constexpr DWORD kStreamMode = STGM_READ | STGM_SHARE_EXCLUSIVE;
+
+std::string Sample(const char* name) { return CfbSampleDir() + "/" + name; }
+
+HRESULT OpenRoot(const std::string& path, IStorage** root) {
+  return StgOpenStorage(Widen(path).c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0,
+                        root);
+}
+
+std::string Deterministic(size_t n, unsigned seed) {
+  std::string s(n, '\0');
+  for (size_t i = 0; i < n; ++i)
+    s[i] = static_cast<char>((i * 2654435761u + seed * 40503u) >> 13);
+  return s;
+}
+
+TEST(Storage, SamplesReadAsOlefileReadsThem) {
+  for (const char* name : {"mini.cfb", "large.cfb", "nested.cfb", "workbook.cfb", "v4.cfb"}) {
+    SCOPED_TRACE(name);
+    std::vector<std::string> ours = qxtest::ListFile(Sample(name));
+    ASSERT_FALSE(ours.empty());
+    EXPECT_NE(ours[0].rfind("error", 0), 0u) << ours[0];
+    std::vector<std::string> theirs = qxtest::ListWithOlefile(Sample(name));
+    if (theirs.empty())
+      GTEST_SKIP() << "python3-olefile is not installed";
+    EXPECT_EQ(ours, theirs);
+  }
+}
+
+// A file with a DIFAT (more than 109 FAT sectors), hundreds of names in one
+// storage, storages three deep, and streams on both sides of 4,096 bytes.
+TEST(Storage, GsfFilesWithDifatAndManyNamesReadAsOlefileReadsThem) {
+  TempDir dir;
+  std::vector<std::pair<std::string, std::string>> tree = {
+      {"Huge", Deterministic(8 << 20, 1)},
+      {"a/b/c/Deep", Deterministic(4095, 2)},
+      {"a/b/Edge", Deterministic(4096, 3)},
+  };
+  for (int i = 0; i < 300; ++i) {
+    std::string name = "Name" + std::to_string(i * 7919 % 1000);
+    for (size_t k = 0; k < name.size(); k += 2)
+      name[k] = static_cast<char>(std::toupper(name[k]));
+    tree.push_back({"many/" + name, Deterministic(i * 37 % 5000, i)});
+  }
+  std::string file = dir.Path("made.cfb");
+  if (!qxtest::MakeWithGsf(file, tree))
+    GTEST_SKIP() << "gsf (libgsf-bin) is not installed";
+  std::vector<std::string> ours = qxtest::ListFile(file);
+  std::vector<std::string> theirs = qxtest::ListWithOlefile(file);
+  ASSERT_GT(ours.size(), 300u);
+  if (!theirs.empty()) {
+    EXPECT_EQ(ours, theirs);
+  }
+
+  // Every name is found in the tree whatever its case.
+  IStorage* root = nullptr;
+  ASSERT_EQ(OpenRoot(file, &root), S_OK);
+  IStorage* many = nullptr;
+  ASSERT_EQ(root->OpenStorage(L"MANY", nullptr, kStreamMode, nullptr, 0, &many), S_OK);
+  for (size_t i = 3; i < tree.size(); ++i) {
+    std::wstring name = Widen(tree[i].first.substr(5));
+    for (wchar_t& c : name)
+      c = static_cast<wchar_t>(std::tolower(c));
+    IStream* stream = nullptr;
+    ASSERT_EQ(many->OpenStream(name.c_str(), nullptr, kStreamMode, 0, &stream), S_OK) << i;
+    STATSTG st;
+    ASSERT_EQ(stream->Stat(&st, STATFLAG_NONAME), S_OK);
+    EXPECT_EQ(st.cbSize.QuadPart, tree[i].second.size());
+    stream->Release();
+  }
+  many->Release();
+  root->Release();
+}
+
+TEST(Storage, NamesOrderByLengthThenUpperCase) {
+  struct Case {
+    const wchar_t* a;
+    const wchar_t* b;
+    int order;
+  } cases[] = {
+      {L"Z", L"aa", -1},   {L"abc", L"ABC", 0},
+      {L"abd", L"ABC", 1}, {L"\u00e9t\u00e9", L"\u00c9T\u00c9", 0},
+      {L"_", L"a", 1}, // 'a' is compared as 'A' (0x41), below '_' (0x5F)
+      {L"", L"", 0},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(qx::platform::CompareNames(c.a, std::wcslen(c.a), c.b, std::wcslen(c.b)), c.order)
+        << Widen("") << c.a;
+}
+
+TEST(Storage, StreamsReadSeekAndRefuseWhatIsNotThere) {
+  IStorage* root = nullptr;
+  ASSERT_EQ(OpenRoot(Sample("nested.cfb"), &root), S_OK);
+  IStream* stream = nullptr;
+  EXPECT_EQ(root->OpenStream(L"Top", nullptr, kStreamMode, 0, &stream), STG_E_FILENOTFOUND);
+  EXPECT_EQ(root->OpenStream(L"Leaf", nullptr, kStreamMode, 0, &stream), STG_E_FILENOTFOUND);
+  EXPECT_EQ(
+      root->OpenStream(L"root stream", nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, 0, &stream),
+      STG_E_INVALIDFLAG);
+  EXPECT_EQ(
+      root->OpenStream(L"root stream", nullptr, STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0, &stream),
+      STG_E_ACCESSDENIED);
+  EXPECT_EQ(root->OpenStream(std::wstring(32, L'x').c_str(), nullptr, kStreamMode, 0, &stream),
+            STG_E_INVALIDNAME);
+  EXPECT_EQ(stream, nullptr);
+
+  IStorage* top = nullptr;
+  IStorage* middle = nullptr;
+  ASSERT_EQ(root->OpenStorage(L"top", nullptr, kStreamMode, nullptr, 0, &top), S_OK);
+  ASSERT_EQ(top->OpenStorage(L"Middle", nullptr, kStreamMode, nullptr, 0, &middle), S_OK);
+  ASSERT_EQ(middle->OpenStream(L"BIG", nullptr, kStreamMode, 0, &stream), S_OK);
+  // The storages may go before the stream.
+  middle->Release();
+  top->Release();
+  root->Release();
+
+  std::string whole(9000, '\0');
+  ULONG got = 0;
+  ASSERT_EQ(stream->Read(whole.data(), 10000, &got), S_OK);
+  EXPECT_EQ(got, 9000u);
+  ASSERT_EQ(stream->Read(whole.data(), 10, &got), S_OK);
+  EXPECT_EQ(got, 0u);
+  struct SeekCase {
+    LONGLONG move;
+    DWORD origin;
+    HRESULT result;
+    ULONGLONG position;
+  } seeks[] = {
+      {4000, STREAM_SEEK_SET, S_OK, 4000},
+      {-1000, STREAM_SEEK_CUR, S_OK, 3000},
+      {-1, STREAM_SEEK_END, S_OK, 8999},
+      {100, STREAM_SEEK_END, S_OK, 9100},
+      {-1, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 9100},
+      {0, 3, STG_E_INVALIDFUNCTION, 9100},
+      {511, STREAM_SEEK_SET, S_OK, 511},
+  };
+  for (const SeekCase& s : seeks) {
+    LARGE_INTEGER move;
+    move.QuadPart = s.move;
+    ULARGE_INTEGER at;
+    EXPECT_EQ(stream->Seek(move, s.origin, &at), s.result);
+    move.QuadPart = 0;
+    stream->Seek(move, STREAM_SEEK_CUR, &at);
+    EXPECT_EQ(at.QuadPart, s.position);
+  }
+  // A read across sector boundaries from an odd place equals the slice.
+  std::string part(3000, '\0');
+  ASSERT_EQ(stream->Read(part.data(), 3000, &got), S_OK);
+  EXPECT_EQ(part, whole.substr(511, 3000));
+  EXPECT_EQ(stream->Write("x", 1, &got), STG_E_ACCESSDENIED);
+  EXPECT_EQ(stream->Release(), 0u);
+}
+
+TEST(Storage, OpeningChecksItsArguments) {
+  std::wstring path = Widen(Sample("mini.cfb"));
+  IStorage* root = reinterpret_cast<IStorage*>(1);
+  struct Case {
+    const wchar_t* path;
+    DWORD mode;
+    HRESULT result;
+  } cases[] = {
+      {path.c_str(), STGM_READWRITE | STGM_SHARE_EXCLUSIVE, STG_E_INVALIDFLAG},
+      {path.c_str(), STGM_READ | STGM_CREATE, STG_E_INVALIDFLAG},
+      {L"/no/such/dir/file.cfb", STGM_READ | STGM_SHARE_DENY_WRITE, STG_E_FILENOTFOUND},
+      {nullptr, STGM_READ, STG_E_INVALIDNAME},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(StgOpenStorage(c.path, nullptr, c.mode, nullptr, 0, &root), c.result);
+    EXPECT_EQ(root, nullptr);
+  }
+  EXPECT_EQ(StgIsStorageFile(path.c_str()), S_OK);
+  EXPECT_EQ(StgIsStorageFile(Widen(CfbSampleDir() + "/make_samples.py").c_str()), S_FALSE);
+  EXPECT_EQ(StgIsStorageFile(L"/no/such/file"), STG_E_FILENOTFOUND);
+}
+
+// Each damage on its own, applied to a sample: the open fails with the code,
+// and nothing crashes, hangs or allocates beyond the file's size (ASan).
+TEST(Storage, DamagedFilesFailCleanly) {
+  struct Damage {
+    const char* name;
+    const char* sample;
+    std::function<void(CfbLayout&)> apply;
+    HRESULT result;
+  } damages[] = {
+      {"empty", "mini.cfb", [](CfbLayout& f) { f.b->clear(); }, STG_E_FILEALREADYEXISTS},
+      {"7 bytes", "mini.cfb", [](CfbLayout& f) { f.b->resize(7); }, STG_E_FILEALREADYEXISTS},
+      {"signature", "mini.cfb", [](CfbLayout& f) { (*f.b)[7] = 0; }, STG_E_FILEALREADYEXISTS},
+      {"beta signature", "mini.cfb",
+       [](CfbLayout& f) { f.b->replace(0, 8, "\x0E\x11\xFC\x0D\xD0\xCF\x11\x0E", 8); },
+       STG_E_OLDFORMAT},
+      {"header cut", "mini.cfb", [](CfbLayout& f) { f.b->resize(300); }, STG_E_INVALIDHEADER},
+      {"byte order", "mini.cfb", [](CfbLayout& f) { f.Put16(28, 0xFEFF); }, STG_E_INVALIDHEADER},
+      {"version 5", "mini.cfb", [](CfbLayout& f) { f.Put16(26, 5); }, STG_E_INVALIDHEADER},
+      {"v3 with 4096", "mini.cfb", [](CfbLayout& f) { f.Put16(30, 12); }, STG_E_INVALIDHEADER},
+      {"v4 with 512", "v4.cfb", [](CfbLayout& f) { f.Put16(30, 9); }, STG_E_INVALIDHEADER},
+      {"shift 31", "mini.cfb", [](CfbLayout& f) { f.Put16(30, 31); }, STG_E_INVALIDHEADER},
+      {"mini shift", "mini.cfb", [](CfbLayout& f) { f.Put16(32, 7); }, STG_E_INVALIDHEADER},
+      {"cutoff", "mini.cfb", [](CfbLayout& f) { f.Put32(56, 8192); }, STG_E_INVALIDHEADER},
+      {"FAT count huge", "mini.cfb", [](CfbLayout& f) { f.Put32(44, 0x7FFFFFFF); },
+       STG_E_DOCFILECORRUPT},
+      {"FAT sector past end", "large.cfb", [](CfbLayout& f) { f.Put32(76, 0x00FFFFF0); },
+       STG_E_DOCFILECORRUPT},
+      {"FAT sector twice", "large.cfb", [](CfbLayout& f) { f.Put32(80, f.U32(76)); },
+       STG_E_DOCFILECORRUPT},
+      {"directory past end", "mini.cfb", [](CfbLayout& f) { f.Put32(48, 5000); },
+       STG_E_DOCFILECORRUPT},
+      {"directory loops", "mini.cfb",
+       [](CfbLayout& f) { f.Put32(f.FatEntry(f.U32(48)), f.U32(48)); }, STG_E_DOCFILECORRUPT},
+      {"stream chain loops", "large.cfb",
+       [](CfbLayout& f) {
+         uint32_t start = f.U32(f.Entry("Data") + 116);
+         f.Put32(f.FatEntry(start + 3), start);
+       },
+       STG_E_DOCFILECORRUPT},
+      {"stream chain ends early", "large.cfb",
+       [](CfbLayout& f) { f.Put32(f.FatEntry(f.U32(f.Entry("Data") + 116) + 3), 0xFFFFFFFE); },
+       STG_E_DOCFILECORRUPT},
+      {"chains cross", "large.cfb",
+       [](CfbLayout& f) { f.Put32(f.Entry("tail") + 116, f.U32(f.Entry("Data") + 116) + 5); },
+       STG_E_DOCFILECORRUPT},
+      {"mini chains cross", "mini.cfb",
+       [](CfbLayout& f) { f.Put32(f.Entry("small") + 116, f.U32(f.Entry("Notes") + 116)); },
+       STG_E_DOCFILECORRUPT},
+      {"mini chain loops", "mini.cfb",
+       [](CfbLayout& f) {
+         // The mini table's first sector; "Notes" spans several mini sectors.
+         size_t table = f.Sector(f.U32(60));
+         uint32_t start = f.U32(f.Entry("Notes") + 116);
+         f.Put32(table + 4 * (start + 1), start);
+       },
+       STG_E_DOCFILECORRUPT},
+      {"size beyond the file", "large.cfb",
+       [](CfbLayout& f) { f.Put32(f.Entry("Data") + 120, 0x7FFFFFF0); }, STG_E_DOCFILECORRUPT},
+      {"v4 size of 2^40", "v4.cfb", [](CfbLayout& f) { f.Put32(f.Entry("Large") + 124, 0x100); },
+       STG_E_DOCFILECORRUPT},
+      {"tree reaches an entry twice", "nested.cfb",
+       [](CfbLayout& f) { f.Put32(f.Entry("Middle") + 68, f.U32(f.Sector(f.U32(48)) + 76)); },
+       STG_E_DOCFILECORRUPT},
+      {"child out of range", "nested.cfb",
+       [](CfbLayout& f) { f.Put32(f.Entry("Middle") + 76, 0x00FFFFFF); }, STG_E_DOCFILECORRUPT},
+      {"child is unused", "nested.cfb", [](CfbLayout& f) { (*f.b)[f.Entry("Side") + 66] = 0; },
+       STG_E_DOCFILECORRUPT},
+      {"name length odd", "nested.cfb", [](CfbLayout& f) { f.Put16(f.Entry("Side") + 64, 9); },
+       STG_E_DOCFILECORRUPT},
+      {"root not a root", "mini.cfb", [](CfbLayout& f) { (*f.b)[f.Sector(f.U32(48)) + 66] = 1; },
+       STG_E_DOCFILECORRUPT},
+      {"cut inside a stream", "large.cfb", [](CfbLayout& f) { f.b->resize(f.b->size() / 2); },
+       STG_E_DOCFILECORRUPT},
+      {"v4 cut inside the header sector", "v4.cfb", [](CfbLayout& f) { f.b->resize(1000); },
+       STG_E_DOCFILECORRUPT},
+  };
+  TempDir dir;
+  for (Damage& d : damages) {
+    SCOPED_TRACE(d.name);
+    std::string bytes = ReadBytes(Sample(d.sample));
+    ASSERT_FALSE(bytes.empty());
+    CfbLayout layout(&bytes);
+    d.apply(layout);
+    dir.Write("damaged.cfb", bytes);
+    IStorage* root = nullptr;
+    EXPECT_EQ(OpenRoot(dir.Path("damaged.cfb"), &root), d.result);
+    EXPECT_EQ(root, nullptr);
+  }
+}
+
+TEST(Storage, DifatLoopFailsCleanly) {
+  TempDir dir;
+  std::string file = dir.Path("difat.cfb");
+  if (!qxtest::MakeWithGsf(file, {{"Huge", Deterministic(8 << 20, 9)}}))
+    GTEST_SKIP() << "gsf (libgsf-bin) is not installed";
+  std::string bytes = ReadBytes(file);
+  CfbLayout f(&bytes);
+  ASSERT_GT(f.U32(72), 0u) << "no DIFAT sector";
+  f.Put32(f.Sector(f.U32(68)) + 508, f.U32(68)); // its "next" names itself
+  f.Put32(44, f.U32(44) + 200);                  // and more FAT sectors are wanted
+  dir.Write("difat.cfb", bytes);
+  IStorage* root = nullptr;
+  EXPECT_EQ(OpenRoot(file, &root), STG_E_DOCFILECORRUPT);
+}
+
+TEST(Storage, FailedReadsAndAllocationsFailCleanly) {
+  std::wstring path = Widen(Sample("nested.cfb"));
+  // Every system call of an open and a read failing in turn.
+  for (long n = 1;; ++n) {
+    qx::platform::FailFileCalls(n, EIO, false);
+    IStorage* root = nullptr;
+    HRESULT result =
+        StgOpenStorage(path.c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &root);
+    bool reached = qx::platform::FileCallCount() >= n;
+    qx::platform::FailFileCalls(0, 0, false);
+    if (result == S_OK)
+      root->Release();
+    else
+      EXPECT_TRUE(result == STG_E_READFAULT || result == STG_E_FILENOTFOUND ||
+                  result == STG_E_SHAREVIOLATION)
+          << std::hex << result;
+    if (!reached)
+      break;
+  }
+  static std::wstring walked;
+  walked = path;
+  qxtest::WalkFaults({"StgOpenStorage+OpenStream+Read", [] {
+                        IStorage* root = nullptr;
+                        HRESULT r =
+                            StgOpenStorage(walked.c_str(), nullptr, STGM_READ, nullptr, 0, &root);
+                        if (r != S_OK)
+                          return r == STG_E_INSUFFICIENTMEMORY ? qxtest::FaultCase::kFailed
+                                                               : qxtest::FaultCase::kWrong;
+                        IStream* s = nullptr;
+                        r = root->OpenStream(L"root stream", nullptr, kStreamMode, 0, &s);
+                        root->Release();
+                        if (r != S_OK)
+                          return r == STG_E_INSUFFICIENTMEMORY ? qxtest::FaultCase::kFailed
+                                                               : qxtest::FaultCase::kWrong;
+                        char b[8];
+                        ULONG got = 0;
+                        r = s->Read(b, sizeof b, &got);
+                        s->Release();
+                        return qxtest::Outcome(r == S_OK, got == 5);
+                      }});
+}
+
+// ---- The registry's storage streams ----------------------------------------
+
+TEST(StorageStreams, BookOpensWorkbookAndOpensAreCounted) {
+  qxtest::ScopedRegistry registry;
+  int h = register_file(Widen(Sample("workbook.cfb")).c_str(), FILETYPE_ANY, true);
+  ASSERT_NE(h, 0);
+  std::string expected(5000, '\0');
+  {
+    IStorage* root = nullptr;
+    ASSERT_EQ(OpenRoot(Sample("workbook.cfb"), &root), S_OK);
+    IStream* s = nullptr;
+    ASSERT_EQ(root->OpenStream(L"Workbook", nullptr, kStreamMode, 0, &s), S_OK);
+    ULONG got = 0;
+    s->Read(expected.data(), 5000, &got);
+    s->Release();
+    root->Release();
+  }
+  EXPECT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Missing"), -1);
+  EXPECT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"book"), -1); // the rule is exact
+  ASSERT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Book"), h);
+  std::string got(6000, '\0');
+  EXPECT_EQ(stream_read(h, got.data(), 100), 100);
+  EXPECT_EQ(stream_lseek(h, 0, 1), 100);
+  // A second open counts and goes back to the start.
+  ASSERT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Summary"), h);
+  EXPECT_EQ(stream_lseek(h, 0, 1), 0);
+  EXPECT_EQ(stream_read(h, got.data(), 6000), 5000);
+  EXPECT_EQ(got.substr(0, 5000), expected);
+  EXPECT_EQ(stream_lseek(h, -10, 2), 4990);
+  EXPECT_EQ(stream_lseek(h, -1, 0), -1);
+  EXPECT_EQ(stream_lseek(h, 0, 1), 4990);
+  EXPECT_EQ(stream_close(h), 0);
+  EXPECT_EQ(stream_read(h, got.data(), 20), 10); // still open once
+  EXPECT_EQ(stream_close(h), 0);
+  // Closed: the calls go to the plain file, which is not open.
+  EXPECT_EQ(stream_close(h), -1);
+  // Unregistering releases a stream left open.
+  ASSERT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Workbook"), h);
+  EXPECT_TRUE(unregister_file(h));
+  EXPECT_EQ(stream_read(h, got.data(), 1), -1);
+  EXPECT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Book"), -1);
+}
+
+TEST(StorageStreams, FailedAllocationsLeaveNothingOpen) {
+  qxtest::ScopedRegistry registry;
+  static int handle;
+  handle = register_file(Widen(Sample("workbook.cfb")).c_str(), FILETYPE_ANY, true);
+  qxtest::WalkFaults({"stream_fileopen", [] {
+                        if (stream_fileopen(handle, OPEN_READ, nullptr, L"Book") != handle)
+                          return qxtest::FaultCase::kFailed;
+                        char b[16];
+                        int got = stream_read(handle, b, sizeof b);
+                        return qxtest::Outcome(stream_close(handle) == 0, got == 16);
+                      }});
+  // Nothing was left open: the next close goes to the plain file, not open.
+  EXPECT_EQ(stream_close(handle), -1);
+}
+
+TEST(StorageStreams, PlainAndDamagedFiles) {
+  qxtest::ScopedRegistry registry;
+  TempDir dir;
+  dir.Write("plain.txt", "just text, not a compound file");
+  int plain = register_file(dir.Wide("plain.txt").c_str(), FILETYPE_ANY, true);
+  ASSERT_EQ(stream_fileopen(plain, OPEN_READ, nullptr, L"Book"), plain);
+  char buffer[64] = {};
+  EXPECT_EQ(stream_lseek(plain, 5, 0), 5);
+  EXPECT_EQ(stream_read(plain, buffer, 4), 4);
+  EXPECT_STREQ(buffer, "text");
+  EXPECT_EQ(stream_close(plain), 0);
+  EXPECT_EQ(stream_close(plain), -1);
+
+  std::string bytes = ReadBytes(Sample("mini.cfb"));
+  CfbLayout(&bytes).Put32(44, 0x7FFFFFFF);
+  dir.Write("damaged.cfb", bytes);
+  int damaged = register_file(dir.Wide("damaged.cfb").c_str(), FILETYPE_ANY, true);
+  EXPECT_EQ(stream_fileopen(damaged, OPEN_READ, nullptr, L"small"), -1);
+  int missing = register_file(dir.Wide("missing.cfb").c_str(), FILETYPE_ANY, true);
+  EXPECT_EQ(stream_fileopen(missing, OPEN_READ, nullptr, L"small"), -1);
+  EXPECT_EQ(stream_fileopen(999, OPEN_READ, nullptr, L"small"), -1);
+  EXPECT_EQ(stream_read(999, buffer, 1), -1);
+  EXPECT_EQ(stream_lseek(999, 0, 0), -1);
+  EXPECT_EQ(stream_close(999), -1);
+}
+
+} // namespace
