@@ -1,14 +1,10 @@
 // Fuzz target for the code-page conversions: random bytes through
 // MultiByteToWideChar and random code units through WideCharToMultiByte,
-// each compared with its reference form (platform/codepage_reference.h),
-// which converts one character at a time through the general code. For
-// every output size from 0 up to a small bound, and the exact and a larger
-// size, the count, the last error, the used-default flag and every element
-// of the sentinel-filled buffer (with a guard after the stated size) must
-// agree.
+// each compared with its reference form (tests/common/codepage_compare.h)
+// for every output size from 0 up to a small bound, and the exact and a
+// larger size.
 #include "common/code_pages.h"
-#include "platform/codepage.h"
-#include "platform/codepage_reference.h"
+#include "common/codepage_compare.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,13 +13,10 @@
 #include <vector>
 
 using namespace qx::win;
-using qx::platform::MultiByteToWideCharReference;
-using qx::platform::WideCharToMultiByteReference;
 
 namespace {
 
-constexpr int kMaxOut = 24;  // output sizes tried: 0..kMaxOut, the need and more
-constexpr size_t kGuard = 8; // sentinel elements after the stated size
+constexpr int kMaxOut = 24; // output sizes tried: 0..kMaxOut, the need and more
 
 using qxtest::kAllPages;
 
@@ -31,30 +24,6 @@ void Check(bool ok) {
   if (!ok) {
     std::abort();
   }
-}
-
-// One call's observable result.
-template <typename T> struct Result {
-  int ret;
-  DWORD error;
-  BOOL used;
-  std::vector<T> buffer;
-};
-
-// Same - calls `fast` and `ref` (each taking the output, its size and the
-// used-default flag's address) on equal sentinel-filled buffers and checks
-// that everything observable agrees.
-template <typename T, typename Fast, typename Ref>
-void Same(int size, bool wantUsed, T sentinel, Fast fast, Ref ref) {
-  auto call = [&](auto fn) {
-    Result<T> r{0, 0, 7, std::vector<T>(static_cast<size_t>(size) + kGuard, sentinel)};
-    SetLastError(0xDEADBEEF);
-    r.ret = fn(size == 0 ? nullptr : r.buffer.data(), size, wantUsed ? &r.used : nullptr);
-    r.error = GetLastError();
-    return r;
-  };
-  Result<T> a = call(fast), b = call(ref);
-  Check(a.ret == b.ret && a.error == b.error && a.used == b.used && a.buffer == b.buffer);
 }
 
 std::vector<int> Sizes(int need) {
@@ -66,32 +35,14 @@ std::vector<int> Sizes(int need) {
 }
 
 void Decode(UINT cp, DWORD flags, const char* src, int srclen) {
-  int need = MultiByteToWideCharReference(cp, flags, src, srclen, nullptr, 0);
-  for (int size : Sizes(need)) {
-    Same<wchar_t>(
-        size, false, 0x7F7F,
-        [&](LPWSTR dst, int n, LPBOOL) {
-          return MultiByteToWideChar(cp, flags, src, srclen, dst, n);
-        },
-        [&](LPWSTR dst, int n, LPBOOL) {
-          return MultiByteToWideCharReference(cp, flags, src, srclen, dst, n);
-        });
+  for (int size : Sizes(qxtest::DecodeNeed(cp, flags, src, srclen))) {
+    Check(qxtest::SameDecode(cp, flags, src, srclen, size));
   }
 }
 
 void Encode(UINT cp, DWORD flags, const wchar_t* src, int srclen, LPCSTR defaultChar) {
-  int need = WideCharToMultiByteReference(cp, flags, src, srclen, nullptr, 0, defaultChar, nullptr);
-  for (int size : Sizes(need)) {
-    for (bool wantUsed : {false, true}) {
-      Same<char>(
-          size, wantUsed, '#',
-          [&](LPSTR dst, int n, LPBOOL used) {
-            return WideCharToMultiByte(cp, flags, src, srclen, dst, n, defaultChar, used);
-          },
-          [&](LPSTR dst, int n, LPBOOL used) {
-            return WideCharToMultiByteReference(cp, flags, src, srclen, dst, n, defaultChar, used);
-          });
-    }
+  for (int size : Sizes(qxtest::EncodeNeed(cp, flags, src, srclen, defaultChar))) {
+    Check(qxtest::SameEncode(cp, flags, src, srclen, defaultChar, size));
   }
 }
 
