@@ -1,6 +1,7 @@
 // Provides: MultiByteToWideChar, WideCharToMultiByte and the other code-page calls of codepage.h.
 #include "platform/codepage.h"
 
+#include "platform/ascii_blocks.h"
 #include "platform/codepage_reference.h"
 #include "platform/codepage_tables.h"
 #include "platform/locale_db.h"
@@ -15,13 +16,13 @@
 #include <cstring>
 #include <cwchar>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-
 using namespace qx::win;
-#endif
 
 using qx::platform::CodePageTable;
+using qx::platform::HighBytes16;
+using qx::platform::Narrow16;
+using qx::platform::NonAscii16;
+using qx::platform::Widen16;
 
 namespace {
 
@@ -85,79 +86,7 @@ bool AllValid(const CodePageTable& t, const uint8_t* s, size_t n) {
 
 // ---- Blocks of 16 -------------------------------------------------------------
 //
-// The fast paths move ASCII 16 characters at a time: SSE2 where the compiler
-// targets it (every x86-64), plain loops elsewhere. wchar_t is 32 bits here.
-
-static_assert(sizeof(wchar_t) == 4, "the block helpers take 32-bit wchar_t");
-
-// HighBytes16 - bit k set when s[k] is 0x80 or above.
-inline unsigned HighBytes16(const uint8_t* s) {
-#if defined(__SSE2__)
-  return static_cast<unsigned>(
-      _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s))));
-#else
-  unsigned m = 0;
-  for (unsigned k = 0; k < 16; ++k) {
-    m |= static_cast<unsigned>(s[k] >> 7) << k;
-  }
-  return m;
-#endif
-}
-
-// Widen16 - d[k] = s[k] for the 16 bytes at s.
-inline void Widen16(const uint8_t* s, wchar_t* d) {
-#if defined(__SSE2__)
-  const __m128i zero = _mm_setzero_si128();
-  __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-  __m128i lo = _mm_unpacklo_epi8(v, zero);
-  __m128i hi = _mm_unpackhi_epi8(v, zero);
-  auto* o = reinterpret_cast<__m128i*>(d);
-  _mm_storeu_si128(o, _mm_unpacklo_epi16(lo, zero));
-  _mm_storeu_si128(o + 1, _mm_unpackhi_epi16(lo, zero));
-  _mm_storeu_si128(o + 2, _mm_unpacklo_epi16(hi, zero));
-  _mm_storeu_si128(o + 3, _mm_unpackhi_epi16(hi, zero));
-#else
-  for (unsigned k = 0; k < 16; ++k) {
-    d[k] = s[k];
-  }
-#endif
-}
-
-// NonAscii16 - bit k set when the unit s[k] is not U+0000-U+007F.
-inline unsigned NonAscii16(const wchar_t* s) {
-#if defined(__SSE2__)
-  const auto* p = reinterpret_cast<const __m128i*>(s);
-  const __m128i high = _mm_set1_epi32(~0x7F);
-  const __m128i zero = _mm_setzero_si128();
-  auto ascii = [&](int k) {
-    return _mm_cmpeq_epi32(_mm_and_si128(_mm_loadu_si128(p + k), high), zero);
-  };
-  __m128i packed =
-      _mm_packs_epi16(_mm_packs_epi32(ascii(0), ascii(1)), _mm_packs_epi32(ascii(2), ascii(3)));
-  return ~static_cast<unsigned>(_mm_movemask_epi8(packed)) & 0xFFFF;
-#else
-  unsigned m = 0;
-  for (unsigned k = 0; k < 16; ++k) {
-    m |= (static_cast<uint32_t>(s[k]) > 0x7F ? 1u : 0u) << k;
-  }
-  return m;
-#endif
-}
-
-// Narrow16 - d[k] = s[k] for the units of s that are ASCII; the bytes of the
-// others are left for the caller to overwrite.
-inline void Narrow16(const wchar_t* s, char* d) {
-#if defined(__SSE2__)
-  const auto* p = reinterpret_cast<const __m128i*>(s);
-  __m128i lo = _mm_packs_epi32(_mm_loadu_si128(p), _mm_loadu_si128(p + 1));
-  __m128i hi = _mm_packs_epi32(_mm_loadu_si128(p + 2), _mm_loadu_si128(p + 3));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(lo, hi));
-#else
-  for (unsigned k = 0; k < 16; ++k) {
-    d[k] = static_cast<char>(s[k]);
-  }
-#endif
-}
+// The ASCII blocks are platform/ascii_blocks.h; the mark scan is here.
 
 // MarkCandidates16 - bit k set when the unit s[k] could be a nonspacing mark
 // (U+0300, the first, or above; negative wchar_t values are no marks).
