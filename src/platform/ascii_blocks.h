@@ -52,27 +52,6 @@ inline void Widen16(const uint8_t* s, wchar_t* d) {
 #endif
 }
 
-// NonAscii16 - bit k set when the unit s[k] is not U+0000-U+007F.
-inline unsigned NonAscii16(const wchar_t* s) {
-#if defined(__SSE2__)
-  const auto* p = reinterpret_cast<const __m128i*>(s);
-  const __m128i high = _mm_set1_epi32(~0x7F);
-  const __m128i zero = _mm_setzero_si128();
-  auto ascii = [&](int k) {
-    return _mm_cmpeq_epi32(_mm_and_si128(_mm_loadu_si128(p + k), high), zero);
-  };
-  __m128i packed =
-      _mm_packs_epi16(_mm_packs_epi32(ascii(0), ascii(1)), _mm_packs_epi32(ascii(2), ascii(3)));
-  return ~static_cast<unsigned>(_mm_movemask_epi8(packed)) & 0xFFFF;
-#else
-  unsigned m = 0;
-  for (unsigned k = 0; k < 16; ++k) {
-    m |= (static_cast<uint32_t>(s[k]) > 0x7F ? 1u : 0u) << k;
-  }
-  return m;
-#endif
-}
-
 // Narrow16 - d[k] = s[k] for the units of s that are ASCII; the bytes of the
 // others are left for the caller to overwrite.
 inline void Narrow16(const wchar_t* s, char* d) {
@@ -103,16 +82,24 @@ inline unsigned EqualBytes16(const uint8_t* s, uint8_t c) {
 #endif
 }
 
+#if defined(__SSE2__)
+// Mask16 - bit k set when test(unit k) holds; `test` compares four units
+// of a 128-bit lane at once and gives all-ones lanes where it holds.
+template <typename Test> inline unsigned Mask16(const wchar_t* s, Test test) {
+  const auto* p = reinterpret_cast<const __m128i*>(s);
+  auto lane = [&](int k) { return test(_mm_loadu_si128(p + k)); };
+  __m128i packed =
+      _mm_packs_epi16(_mm_packs_epi32(lane(0), lane(1)), _mm_packs_epi32(lane(2), lane(3)));
+  return static_cast<unsigned>(_mm_movemask_epi8(packed));
+}
+#endif
+
 // Below16 - bit k set when the unit s[k] is below `limit` (compared as signed
 // 32-bit values).
 inline unsigned Below16(const wchar_t* s, wchar_t limit) {
 #if defined(__SSE2__)
-  const auto* p = reinterpret_cast<const __m128i*>(s);
   const __m128i v = _mm_set1_epi32(static_cast<int>(limit));
-  auto below = [&](int k) { return _mm_cmplt_epi32(_mm_loadu_si128(p + k), v); };
-  __m128i packed =
-      _mm_packs_epi16(_mm_packs_epi32(below(0), below(1)), _mm_packs_epi32(below(2), below(3)));
-  return static_cast<unsigned>(_mm_movemask_epi8(packed));
+  return Mask16(s, [&](__m128i u) { return _mm_cmplt_epi32(u, v); });
 #else
   unsigned m = 0;
   for (unsigned k = 0; k < 16; ++k) {
@@ -122,15 +109,26 @@ inline unsigned Below16(const wchar_t* s, wchar_t limit) {
 #endif
 }
 
+// NonAscii16 - bit k set when the unit s[k] is not U+0000-U+007F.
+inline unsigned NonAscii16(const wchar_t* s) {
+#if defined(__SSE2__)
+  const __m128i high = _mm_set1_epi32(~0x7F), zero = _mm_setzero_si128();
+  return ~Mask16(s, [&](__m128i u) { return _mm_cmpeq_epi32(_mm_and_si128(u, high), zero); }) &
+         0xFFFF;
+#else
+  unsigned m = 0;
+  for (unsigned k = 0; k < 16; ++k) {
+    m |= (static_cast<uint32_t>(s[k]) > 0x7F ? 1u : 0u) << k;
+  }
+  return m;
+#endif
+}
+
 // Equal16 - bit k set when the unit s[k] is `c`.
 inline unsigned Equal16(const wchar_t* s, wchar_t c) {
 #if defined(__SSE2__)
-  const auto* p = reinterpret_cast<const __m128i*>(s);
   const __m128i v = _mm_set1_epi32(static_cast<int>(c));
-  auto equal = [&](int k) { return _mm_cmpeq_epi32(_mm_loadu_si128(p + k), v); };
-  __m128i packed =
-      _mm_packs_epi16(_mm_packs_epi32(equal(0), equal(1)), _mm_packs_epi32(equal(2), equal(3)));
-  return static_cast<unsigned>(_mm_movemask_epi8(packed));
+  return Mask16(s, [&](__m128i u) { return _mm_cmpeq_epi32(u, v); });
 #else
   unsigned m = 0;
   for (unsigned k = 0; k < 16; ++k) {
