@@ -138,7 +138,7 @@ public:
   }
 
   /// MaxUnits - the room Decode needs for n bytes.
-  static size_t MaxUnits(size_t n) { return qx::platform::Utf8Decoder::MaxUnits(n); }
+  static constexpr size_t MaxUnits(size_t n) { return qx::platform::Utf8Decoder::MaxUnits(n); }
 
   /// Complete - how many of the n bytes make whole characters of a
   /// double-byte page (a lead byte ending them waits for its trail in the
@@ -389,21 +389,26 @@ struct Transcoder::State {
   struct ByteRoute {
     char utf8[256][4];
     uint8_t length[256];
-    bool undefined[256];
+    bool undefined[256] = {};
     bool asciiSame; // 0x00-0x7F decode to themselves
 
     static std::unique_ptr<ByteRoute> Make(Decoder& decoder) {
       std::unique_ptr<ByteRoute> r(new ByteRoute());
       r->asciiSame = true;
+      // All 256 bytes in one call: one unit each, so the flagged places are
+      // the undefined bytes (and no two bytes combine).
+      char all[256];
+      for (unsigned b = 0; b < 256; ++b)
+        all[b] = static_cast<char>(b);
+      wchar_t units[Decoder::MaxUnits(256)];
       std::vector<size_t> flags;
+      if (decoder.Decode(all, 256, true, units, 0, &flags) != 256)
+        return nullptr;
+      for (size_t f : flags)
+        r->undefined[f] = true;
       for (unsigned b = 0; b < 256; ++b) {
-        char c = static_cast<char>(b);
-        wchar_t unit[2] = {};
-        flags.clear();
-        if (decoder.Decode(&c, 1, true, unit, 0, &flags) != 1)
-          return nullptr;
+        const wchar_t* unit = units + b;
         uint32_t u = static_cast<uint32_t>(unit[0]);
-        r->undefined[b] = !flags.empty();
         if (IsHigh(u) || IsLow(u) || (u == '\r') != (b == '\r') || (u == '\n') != (b == '\n') ||
             (r->undefined[b] && IsMark(unit[0])))
           return nullptr;
@@ -548,7 +553,9 @@ void Transcoder::State::Slice(const char* s, size_t n, bool end, std::string* ou
     n = joined.size();
   }
   size_t whole = decoder.Complete(s, n, end);
-  carried.assign(s + whole, n - whole);
+  carried.clear(); // at most a lead byte
+  for (size_t i = whole; i < n; ++i)
+    carried.push_back(s[i]);
   wchar_t* w = wide.Room(held + Decoder::MaxUnits(whole), held);
   size_t size = held + decoder.Decode(s, whole, end, w + held, held, &flagged);
 
