@@ -1,15 +1,15 @@
 //===- locale/date.cpp - qxDATE, day numbers and literals -----------------===//
 //
 // Day numbers count from 1 January of year 1. The conversions count months
-// from March, so that the leap day is the last day of each four-year cycle
-// and one table of the 48 month starts of such a cycle serves every year.
+// from March, so that the leap day is the last day of each four-year cycle;
+// the common cases are arithmetic only, and one table of the 48 month
+// starts of such a cycle serves the rest (year 0, odd months).
 //
 //===----------------------------------------------------------------------===//
 #include "frame/report.h"
 #include "locale/date_internal.h"
 #include "platform/time32.h"
 
-#include <array>
 #include <cstdint>
 #include <cwchar>
 
@@ -27,16 +27,6 @@ constexpr int kCycleMonthStart[49] = {0,    31,   61,   92,   122,  153,  184,  
                                       610,  640,  671,  702,  730,  761,  791,  822,  852,  883,
                                       914,  944,  975,  1005, 1036, 1067, 1095, 1126, 1156, 1187,
                                       1217, 1248, 1279, 1309, 1340, 1370, 1401, 1432, 1461};
-
-// kCycleMonthIndex - the month index (0..47) of each day of the four-year
-// cycle, so that finding the month is one look-up.
-constexpr auto kCycleMonthIndex = [] {
-  std::array<uint8_t, 1461> index{};
-  for (int i = 0; i < 48; ++i)
-    for (int d = kCycleMonthStart[i]; d < kCycleMonthStart[i + 1]; ++d)
-      index[d] = static_cast<uint8_t>(i);
-  return index;
-}();
 
 constexpr uint32_t kDaysPer400Years = 146097;
 constexpr uint32_t kDaysPer100Years = 36524;
@@ -144,19 +134,19 @@ qxDATE* SystemDate(qxDATE* date) {
 long MDY2Days(const qxDATE* date) {
   if (!date || date->month == 0 || date->day == 0 || date->year < 0)
     return -1;
-  long m = date->month, y = date->year;
-  if (m < 3) {
-    m += 12;
-    y -= 1;
-  }
+  // Count from March: January and February belong to the year before
+  // (chosen without a branch; the months are spread evenly).
+  long early = date->month < 3;
+  long m = date->month + 12 * early, y = date->year - early;
   if (y >= 0 && m >= 3 && m <= 14) {
-    // The common case, in unsigned 32-bit arithmetic (divisions by
-    // constants become multiplications).
-    uint32_t uy = static_cast<uint32_t>(y);
+    // The common case, table-free in unsigned 32-bit arithmetic (divisions
+    // by constants become multiplications): 365 days a year, a leap day
+    // every 4 years but not every 100, a cycle of 400 years.
+    uint32_t uy = static_cast<uint32_t>(y), inCycle = uy % 400;
+    uint32_t monthStart = (153 * (static_cast<uint32_t>(m) - 3) + 2) / 5;
     return date->day +
-           static_cast<long>(kDaysPer400Years * (uy / 400) + kDaysPer100Years * (uy % 400 / 100) +
-                             kDaysPer4Years * (uy % 100 / 4) +
-                             kCycleMonthStart[uy % 4 * 12 + static_cast<uint32_t>(m) - 3]) -
+           static_cast<long>(kDaysPer400Years * (uy / 400) + 365 * inCycle + inCycle / 4 -
+                             inCycle / 100 + monthStart) -
            307;
   }
   long index = FloorMod(FloorMod(y, 100), 4) * 12 + m - 3;
@@ -177,22 +167,20 @@ bool Days2MDY(long days, qxDATE* date) {
     ReportDateError();
     return false;
   }
-  uint32_t r = static_cast<uint32_t>(days + kMarchToJanuary);
-  uint32_t year = 400 * (r / kDaysPer400Years);
-  r %= kDaysPer400Years;
-  if (r == kDaysPer400Years - 1) { // the leap day that ends a 400-year cycle
-    *date = qxDATE{static_cast<int16_t>(year + 400), 2, 29};
-    return true;
-  }
-  year += 100 * (r / kDaysPer100Years);
-  r %= kDaysPer100Years;
-  year += 4 * (r / kDaysPer4Years);
-  r %= kDaysPer4Years;
-  uint32_t i = kCycleMonthIndex[r];
-  year += (i + 2) / 12;
-  date->year = static_cast<int16_t>(year);
-  date->month = static_cast<int8_t>((i + 2) % 12 + 1);
-  date->day = static_cast<int8_t>(r - static_cast<uint32_t>(kCycleMonthStart[i]) + 1);
+  // Table-free, in unsigned 32-bit arithmetic (every division is by a
+  // constant), on four times the days from 1 March of year 0: a century
+  // has 146097 / 4 days, a year of the century 1461 / 4 (the leap day ends
+  // each four years), and a month from March is found by one
+  // multiplication (153 days for each five months).
+  uint32_t n = 4 * static_cast<uint32_t>(days + kMarchToJanuary) + 3;
+  uint32_t century = n / kDaysPer400Years;
+  uint32_t inCentury = n % kDaysPer400Years / 4 * 4 + 3;
+  uint32_t dayOfYear = inCentury % kDaysPer4Years / 4; // from 1 March
+  uint32_t m = 2141 * dayOfYear + 197913;              // month in the high half, day in the low
+  uint32_t january = dayOfYear >= 306 ? 1 : 0;
+  date->year = static_cast<int16_t>(100 * century + inCentury / kDaysPer4Years + january);
+  date->month = static_cast<int8_t>((m >> 16) - 12 * january);
+  date->day = static_cast<int8_t>((m & 0xFFFF) / 2141 + 1);
   return true;
 }
 

@@ -1,12 +1,14 @@
 // Provides: MultiByteToWideChar, WideCharToMultiByte and the other code-page calls of codepage.h.
 #include "platform/codepage.h"
 
+#include "platform/ascii_blocks.h"
 #include "platform/codepage_reference.h"
 #include "platform/codepage_tables.h"
 #include "platform/locale_db.h"
 #include "platform/unicode.h"
 #include "qxutil/winlocale.h"
 
+#include <algorithm>
 #include <bit>
 #include <climits>
 #include <cstddef>
@@ -14,13 +16,13 @@
 #include <cstring>
 #include <cwchar>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-
 using namespace qx::win;
-#endif
 
 using qx::platform::CodePageTable;
+using qx::platform::HighBytes16;
+using qx::platform::Narrow16;
+using qx::platform::NonAscii16;
+using qx::platform::Widen16;
 
 namespace {
 
@@ -84,79 +86,7 @@ bool AllValid(const CodePageTable& t, const uint8_t* s, size_t n) {
 
 // ---- Blocks of 16 -------------------------------------------------------------
 //
-// The fast paths move ASCII 16 characters at a time: SSE2 where the compiler
-// targets it (every x86-64), plain loops elsewhere. wchar_t is 32 bits here.
-
-static_assert(sizeof(wchar_t) == 4, "the block helpers take 32-bit wchar_t");
-
-// HighBytes16 - bit k set when s[k] is 0x80 or above.
-inline unsigned HighBytes16(const uint8_t* s) {
-#if defined(__SSE2__)
-  return static_cast<unsigned>(
-      _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s))));
-#else
-  unsigned m = 0;
-  for (unsigned k = 0; k < 16; ++k) {
-    m |= static_cast<unsigned>(s[k] >> 7) << k;
-  }
-  return m;
-#endif
-}
-
-// Widen16 - d[k] = s[k] for the 16 bytes at s.
-inline void Widen16(const uint8_t* s, wchar_t* d) {
-#if defined(__SSE2__)
-  const __m128i zero = _mm_setzero_si128();
-  __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-  __m128i lo = _mm_unpacklo_epi8(v, zero);
-  __m128i hi = _mm_unpackhi_epi8(v, zero);
-  auto* o = reinterpret_cast<__m128i*>(d);
-  _mm_storeu_si128(o, _mm_unpacklo_epi16(lo, zero));
-  _mm_storeu_si128(o + 1, _mm_unpackhi_epi16(lo, zero));
-  _mm_storeu_si128(o + 2, _mm_unpacklo_epi16(hi, zero));
-  _mm_storeu_si128(o + 3, _mm_unpackhi_epi16(hi, zero));
-#else
-  for (unsigned k = 0; k < 16; ++k) {
-    d[k] = s[k];
-  }
-#endif
-}
-
-// NonAscii16 - bit k set when the unit s[k] is not U+0000-U+007F.
-inline unsigned NonAscii16(const wchar_t* s) {
-#if defined(__SSE2__)
-  const auto* p = reinterpret_cast<const __m128i*>(s);
-  const __m128i high = _mm_set1_epi32(~0x7F);
-  const __m128i zero = _mm_setzero_si128();
-  auto ascii = [&](int k) {
-    return _mm_cmpeq_epi32(_mm_and_si128(_mm_loadu_si128(p + k), high), zero);
-  };
-  __m128i packed =
-      _mm_packs_epi16(_mm_packs_epi32(ascii(0), ascii(1)), _mm_packs_epi32(ascii(2), ascii(3)));
-  return ~static_cast<unsigned>(_mm_movemask_epi8(packed)) & 0xFFFF;
-#else
-  unsigned m = 0;
-  for (unsigned k = 0; k < 16; ++k) {
-    m |= (static_cast<uint32_t>(s[k]) > 0x7F ? 1u : 0u) << k;
-  }
-  return m;
-#endif
-}
-
-// Narrow16 - d[k] = s[k] for the units of s that are ASCII; the bytes of the
-// others are left for the caller to overwrite.
-inline void Narrow16(const wchar_t* s, char* d) {
-#if defined(__SSE2__)
-  const auto* p = reinterpret_cast<const __m128i*>(s);
-  __m128i lo = _mm_packs_epi32(_mm_loadu_si128(p), _mm_loadu_si128(p + 1));
-  __m128i hi = _mm_packs_epi32(_mm_loadu_si128(p + 2), _mm_loadu_si128(p + 3));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(lo, hi));
-#else
-  for (unsigned k = 0; k < 16; ++k) {
-    d[k] = static_cast<char>(s[k]);
-  }
-#endif
-}
+// The ASCII blocks are platform/ascii_blocks.h; the mark scan is here.
 
 // MarkCandidates16 - bit k set when the unit s[k] could be a nonspacing mark
 // (U+0300, the first, or above; negative wchar_t values are no marks).
@@ -177,25 +107,23 @@ inline unsigned MarkCandidates16(const wchar_t* s) {
 #endif
 }
 
-// FirstMark - the index of the first nonspacing mark among the n units at s,
-// or n. Only the units at U+0300 and above are looked up.
-size_t FirstMark(const wchar_t* s, size_t n) {
-  size_t k = 0;
-  for (; n - k >= 16; k += 16) {
-    for (unsigned m = MarkCandidates16(s + k); m != 0; m &= m - 1) {
-      size_t at = k + static_cast<size_t>(std::countr_zero(m));
-      if (qx::platform::IsNonSpacingMark(static_cast<uint32_t>(s[at]))) {
-        return at;
-      }
+// IsMark - a nonspacing mark (the first is U+0300).
+inline bool IsMark(wchar_t c) {
+  uint32_t u = static_cast<uint32_t>(c);
+  return u >= 0x300 && qx::platform::IsNonSpacingMark(u);
+}
+
+// Marks16 - bit k set when the unit s[k] is a nonspacing mark; only the units
+// at U+0300 and above are looked up.
+inline unsigned Marks16(const wchar_t* s) {
+  unsigned marks = 0;
+  for (unsigned m = MarkCandidates16(s); m != 0; m &= m - 1) {
+    unsigned k = static_cast<unsigned>(std::countr_zero(m));
+    if (qx::platform::IsNonSpacingMark(static_cast<uint32_t>(s[k]))) {
+      marks |= 1u << k;
     }
   }
-  for (; k < n; ++k) {
-    uint32_t u = static_cast<uint32_t>(s[k]);
-    if (u >= 0x300 && qx::platform::IsNonSpacingMark(u)) {
-      return k;
-    }
-  }
-  return n;
+  return marks;
 }
 
 // ---- Decoding -----------------------------------------------------------------
@@ -343,6 +271,19 @@ private:
       size_t end = limit - i >= 16 ? i + 16 : limit;
       while (i < end) {
         uint8_t b = s[i];
+        // An ASCII run: 16 bytes widened, the run's units kept. The units
+        // past the run are overwritten by the characters after it: at least
+        // 16 units come from the next 32 bytes.
+        if (b < 0x80 && limit - i >= 16 && n - i >= 32) {
+          unsigned high = HighBytes16(s + i);
+          if (high != 0) {
+            size_t run = static_cast<size_t>(std::countr_zero(high));
+            Widen16(s + i, dst + o);
+            i += run;
+            o += run;
+            continue;
+          }
+        }
         const uint16_t* row = rowOf[b];
         if (row == nullptr) {
           dst[o++] = decode[b];
@@ -541,194 +482,239 @@ private:
   bool usedDefault_ = false;
 };
 
-// DirectEncoder - WideCharToMultiByte with best fit and no composition: two
-// loads per unit (the code of a unit the page lacks is 0; the generator makes
-// sure nothing but the default character's own unit maps onto the default
-// byte, so the general path's check for it never fires), ASCII runs 16 units
-// at a time. Gives what Encoder gives for the same units.
-template <bool kDbcs> class DirectEncoder {
+// The fast encoders below convert what the general step would convert unit
+// by unit, and stop where it must take over: with WC_COMPOSITECHECK at a
+// nonspacing mark or at a unit followed by one, and, on a double-byte page,
+// at any unit without a direct code. Best fit is on (the code of a unit the
+// page lacks is 0, and the generator makes sure nothing but the default
+// character's own unit maps onto the default byte, so the general path's
+// check for it never fires). They write only the bytes of the units they
+// convert, never past them, so a stop leaves the buffer as the general path
+// would.
+
+// SbcsEncoder - a single-byte page: two loads per unit that is not ASCII,
+// ASCII blocks of 16 narrowed at once.
+class SbcsEncoder {
 public:
-  DirectEncoder(const CodePageTable& t, DefaultChar def)
-      : hi_(t.encodeHi), sbcsBlocks_(t.sbcsBlocks), dbcsBlocks_(t.dbcsBlocks),
-        ascii_(t.asciiIdentity), default_(def) {}
+  SbcsEncoder(const CodePageTable& t, DefaultChar def, bool composite)
+      : hi_(t.encodeHi), blocks_(t.sbcsBlocks), ascii_(t.asciiIdentity), default_(def.code),
+        composite_(composite) {}
 
   bool usedDefault() const { return usedDefault_; }
 
-  // Encode - the n units at s onto `out`; false when it is too small (whole
-  // characters only). `wantUsed`: the size probe must track the default flag.
-  bool Encode(const wchar_t* s, size_t n, ByteOut& out, bool wantUsed) {
-    if (out.cap == 0) {
-      Probe(s, n, out, wantUsed);
-      return true;
-    }
-    if constexpr (!kDbcs) {
-      size_t room = out.cap - out.count;
-      size_t m = n < room ? n : room;
-      SbcsSpan(s, m, out.dst + out.count);
-      out.count += m;
-      if (m < n) {
-        Code(static_cast<uint32_t>(s[m]), &usedDefault_); // the flag counts the unit that failed
-        return false;
+  // Run - converts the units from s[i] up to `end` (d: room for one byte a
+  // unit; kStore false only counts) and returns where it stopped: `end`, or
+  // under WC_COMPOSITECHECK the first mark or unit followed by one.
+  template <bool kStore> size_t Run(const wchar_t* s, size_t n, size_t i, size_t end, char* d) {
+    const size_t first = i;
+    bool used = false; // a local: stores through char* could alias a member
+    auto put = [&](size_t k) {
+      char c = static_cast<char>(Code(static_cast<uint32_t>(s[k]), &used));
+      if constexpr (kStore) {
+        d[k - first] = c;
       }
-      return true;
-    } else {
-      size_t i = 0;
-      while (i < n) {
-        // At most two bytes a unit: that many units need no check each.
-        size_t room = out.cap - out.count;
-        size_t span = n - i < room / 2 ? n - i : room / 2;
-        if (span != 0) {
-          out.count += DbcsSpan(s + i, span, out.dst + out.count);
-          i += span;
-          continue;
+    };
+    for (; end - i >= 16; i += 16) {
+      unsigned other = ascii_ ? NonAscii16(s + i) : 0xFFFF;
+      if (composite_) {
+        // Marks are no ASCII; a mark after the block makes its last unit a base.
+        unsigned marks = other != 0 ? Marks16(s + i) : 0;
+        if (i + 16 < n && IsMark(s[i + 16])) {
+          marks |= 1u << 16;
         }
-        uint16_t code = Code(static_cast<uint32_t>(s[i]), &usedDefault_);
-        if (!out.Put(code, code > 0xFF)) {
-          return false;
+        if (marks != 0) {
+          // The first block of a run is the only one that can start with a mark.
+          unsigned k = static_cast<unsigned>(std::countr_zero(marks));
+          size_t stop = k == 0 ? i : i + k - 1;
+          for (; i < stop; ++i) {
+            put(i);
+          }
+          usedDefault_ |= used;
+          return stop;
         }
-        ++i;
       }
-      return true;
+      if constexpr (kStore) {
+        if (ascii_) {
+          Narrow16(s + i, d + (i - first));
+        }
+      }
+      for (; other != 0; other &= other - 1) {
+        put(i + static_cast<unsigned>(std::countr_zero(other)));
+      }
     }
+    for (; i < end; ++i) {
+      if (composite_ && (IsMark(s[i]) || (i + 1 < n && IsMark(s[i + 1])))) {
+        break;
+      }
+      put(i);
+    }
+    usedDefault_ |= used;
+    return i;
   }
 
 private:
-  // Code - the code of u, or the default character (setting *used).
-  uint16_t Code(uint32_t u, bool* used) const {
-    uint16_t code = 0;
-    if (u <= 0xFFFF) {
-      code = kDbcs ? dbcsBlocks_[hi_[u >> 8]][u & 0xFF] : sbcsBlocks_[hi_[u >> 8]][u & 0xFF];
-    }
+  // Code - the byte of u, or the default character (setting *used).
+  uint8_t Code(uint32_t u, bool* used) const {
+    uint8_t code = u <= 0xFFFF ? blocks_[hi_[u >> 8]][u & 0xFF] : 0;
     if (code == 0 && u != 0) {
       *used = true;
-      code = default_.code;
+      code = static_cast<uint8_t>(default_);
     }
     return code;
   }
 
-  void Probe(const wchar_t* s, size_t n, ByteOut& out, bool wantUsed) {
-    if (!kDbcs && !wantUsed) {
-      out.count += n;
-      return;
-    }
-    bool used = false;
-    size_t count = 0;
-    for (size_t i = 0; i < n; ++i) {
-      count += Code(static_cast<uint32_t>(s[i]), &used) > 0xFF ? 2 : 1;
-    }
-    out.count += count;
-    usedDefault_ |= used;
-  }
-
-  // SbcsSpan - n units into n bytes.
-  void SbcsSpan(const wchar_t* s, size_t n, char* d) {
-    bool used = false; // a local: stores through char* could alias a member
-    size_t i = 0;
-    if (ascii_) {
-      for (; n - i >= 16; i += 16) {
-        unsigned other = NonAscii16(s + i);
-        Narrow16(s + i, d + i);
-        for (; other != 0; other &= other - 1) {
-          unsigned k = static_cast<unsigned>(std::countr_zero(other));
-          d[i + k] = static_cast<char>(Code(static_cast<uint32_t>(s[i + k]), &used));
-        }
-      }
-    }
-    for (; i < n; ++i) {
-      d[i] = static_cast<char>(Code(static_cast<uint32_t>(s[i]), &used));
-    }
-    usedDefault_ |= used;
-  }
-
-  // DbcsSpan - n units into room for 2n bytes; the bytes written. Every
-  // character but the last is stored as two bytes and the output advances by
-  // its length (a one-byte character's second byte is overwritten by the
-  // next), which saves a branch per character.
-  size_t DbcsSpan(const wchar_t* s, size_t n, char* d) {
-    // Locals, not members: stores through char* could alias them.
-    const uint16_t* hi = hi_;
-    const uint16_t(*blocks)[256] = dbcsBlocks_;
-    const uint16_t fallback = default_.code;
-    bool used = false;
-    size_t o = 0;
-    auto put = [&](uint32_t u) {
-      uint16_t code = u <= 0xFFFF ? blocks[hi[u >> 8]][u & 0xFF] : 0;
-      if (code == 0 && u != 0) [[unlikely]] {
-        used = true;
-        code = fallback;
-      }
-      bool two = code > 0xFF;
-      d[o] = static_cast<char>(two ? code >> 8 : code);
-      d[o + 1] = static_cast<char>(code & 0xFF);
-      o += two ? 2 : 1;
-    };
-    // Blocks of 16 while a unit follows them (it rewrites the last spare byte).
-    size_t i = 0;
-    for (; n - i > 16; i += 16) {
-      if (ascii_ && NonAscii16(s + i) == 0) {
-        Narrow16(s + i, d + o);
-        o += 16;
-        continue;
-      }
-      for (size_t k = i; k < i + 16; ++k) {
-        put(static_cast<uint32_t>(s[k]));
-      }
-    }
-    for (; i + 1 < n; ++i) {
-      put(static_cast<uint32_t>(s[i]));
-    }
-    // The last unit: no spare byte.
-    uint16_t code = Code(static_cast<uint32_t>(s[i]), &used);
-    if (code > 0xFF) {
-      d[o++] = static_cast<char>(code >> 8);
-    }
-    d[o++] = static_cast<char>(code & 0xFF);
-    usedDefault_ |= used;
-    return o;
-  }
-
   const uint16_t* hi_;
-  const uint8_t (*sbcsBlocks_)[256];
-  const uint16_t (*dbcsBlocks_)[256];
+  const uint8_t (*blocks_)[256];
   bool ascii_;
-  DefaultChar default_;
+  uint16_t default_;
+  bool composite_;
   bool usedDefault_ = false;
 };
 
-// EncodeFast - WideCharToMultiByte without WC_NO_BEST_FIT_CHARS: runs of units
-// that are no marks and are not followed by one go through DirectEncoder; with
-// WC_COMPOSITECHECK, a base followed by marks, or a mark, takes the general
-// path's step. Returns the bytes written (or needed), or SIZE_MAX.
-template <bool kDbcs>
+// DbcsEncoder - a double-byte page through its flat table (DbcsUnitCodes):
+// one load per unit tells the code or that the general step must convert it
+// (U+0000, a unit the page lacks, a mark), and, loaded one unit ahead,
+// whether a mark follows. ASCII blocks of 16 narrowed at once.
+class DbcsEncoder {
+public:
+  DbcsEncoder(const uint16_t* codes, bool composite) : codes_(codes), composite_(composite) {}
+
+  // Run - converts the units from s[i] up to `end` (d: room for two bytes a
+  // unit; kStore false only counts) and returns where it stopped: `end`, a
+  // unit without a direct code, or under WC_COMPOSITECHECK a unit followed
+  // by a mark. *written receives the bytes.
+  template <bool kStore>
+  size_t Run(const wchar_t* s, size_t n, size_t i, size_t end, char* d, size_t* written) const {
+    const uint16_t* codes = codes_;
+    auto code = [codes](wchar_t c) {
+      uint32_t u = static_cast<uint32_t>(c);
+      return codes[u > 0xFFFF ? 0xFFFF : u];
+    };
+    size_t o = 0;
+    // putSpare - the entry's two bytes, of which the second is a spare one
+    // for a one-byte code (the next character overwrites it): no branch per
+    // character; putExact - the code's bytes alone.
+    auto putSpare = [&](uint16_t c) {
+      if constexpr (kStore) {
+        d[o] = static_cast<char>(c & 0xFF);
+        d[o + 1] = static_cast<char>(c >> 8);
+      }
+      o += 1 + ((c + 0xFF00u) >> 16); // 2 when c > 0xFF, computed off the chain through o
+    };
+    auto putExact = [&](uint16_t c) {
+      if constexpr (kStore) {
+        d[o] = static_cast<char>(c & 0xFF);
+      }
+      ++o;
+      if (c > 0xFF) {
+        if constexpr (kStore) {
+          d[o] = static_cast<char>(c >> 8);
+        }
+        ++o;
+      }
+    };
+    while (i < end) {
+      // An ASCII block whose next unit has a code (so it is no mark).
+      if (end - i > 16 && NonAscii16(s + i) == 0 && code(s[i + 16]) != 0) {
+        if constexpr (kStore) {
+          Narrow16(s + i, d + o);
+        }
+        i += 16;
+        o += 16;
+        continue;
+      }
+      // Only the run's first unit can lack a code here: a unit is stored
+      // only when the one after it has a code.
+      uint16_t c = code(s[i]);
+      if (c == 0) {
+        break;
+      }
+      // Units with a successor in the span: the successor's code is loaded
+      // first; a unit without one, or before a mark, ends the run.
+      size_t limit = end - i > 16 ? i + 16 : end - 1;
+      for (; i < limit; ++i) {
+        uint16_t next = code(s[i + 1]);
+        if (next == 0) {
+          if (!(composite_ && IsMark(s[i + 1]))) {
+            putExact(c);
+            ++i;
+          }
+          *written = o;
+          return i;
+        }
+        putSpare(c);
+        c = next;
+      }
+      if (i + 1 == end) { // the span's last unit: no spare byte
+        if (!(composite_ && i + 1 < n && IsMark(s[i + 1]))) {
+          putExact(c);
+          ++i;
+        }
+        break;
+      }
+    }
+    *written = o;
+    return i;
+  }
+
+private:
+  const uint16_t* codes_;
+  bool composite_;
+};
+
+// EncodeFast - WideCharToMultiByte without WC_NO_BEST_FIT_CHARS: the fast
+// encoder converts runs, the general step what stops them (and the units
+// that meet the end of the buffer). Returns the bytes written (or needed),
+// or SIZE_MAX.
 size_t EncodeFast(const CodePageTable& t, DWORD flags, const wchar_t* s, size_t n, char* dst,
                   size_t cap, LPCSTR defaultChar, bool wantUsed, bool* used) {
-  constexpr size_t kScan = 256; // units searched for a mark at a time
+  const bool composite = (flags & WC_COMPOSITECHECK) != 0;
   ByteOut out{dst, cap};
-  DirectEncoder<kDbcs> direct(t, ChooseDefault(t, defaultChar));
   Encoder general(t, flags, defaultChar, out);
   bool ok = true;
-  if ((flags & WC_COMPOSITECHECK) == 0) {
-    ok = direct.Encode(s, n, out, wantUsed);
-  } else {
+  if (!t.dbcs) {
+    SbcsEncoder direct(t, ChooseDefault(t, defaultChar), composite);
+    if (cap == 0 && !composite && !wantUsed) {
+      *used = false;
+      return n; // one byte a unit
+    }
     for (size_t i = 0; ok && i < n;) {
-      size_t window = n - i < kScan ? n - i : kScan;
-      size_t mark = FirstMark(s + i, window);
-      // Before the mark, the unit ahead of it is its base; without one, the
-      // last unit's successor lies past the window (unless the text ends).
-      size_t plain =
-          mark < window ? (mark == 0 ? 0 : mark - 1) : (i + window == n ? n - i : window - 1);
-      if (plain != 0) {
-        ok = direct.Encode(s + i, plain, out, wantUsed);
-        i += plain;
+      size_t end = cap == 0 ? n : i + std::min(n - i, cap - out.count);
+      if (end > i) {
+        size_t stop = cap == 0 ? direct.Run<false>(s, n, i, end, nullptr)
+                               : direct.Run<true>(s, n, i, end, dst + out.count);
+        out.count += stop - i;
+        i = stop;
       }
-      if (ok && i < n) {
+      if (i < n) {
         size_t next = i + 1;
         ok = general.Step(s, n, i, &next);
         i = next;
       }
     }
+    *used = direct.usedDefault() || general.usedDefault();
+  } else if (const uint16_t* codes = qx::platform::DbcsUnitCodes(t)) {
+    DbcsEncoder direct(codes, composite);
+    for (size_t i = 0; ok && i < n;) {
+      // At most two bytes a unit: that many units need no check each.
+      size_t end = cap == 0 ? n : i + std::min(n - i, (cap - out.count) / 2);
+      if (end > i) {
+        size_t written = 0;
+        i = cap == 0 ? direct.Run<false>(s, n, i, end, nullptr, &written)
+                     : direct.Run<true>(s, n, i, end, dst + out.count, &written);
+        out.count += written;
+      }
+      if (i < n) {
+        size_t next = i + 1;
+        ok = general.Step(s, n, i, &next);
+        i = next;
+      }
+    }
+    *used = general.usedDefault();
+  } else { // the flat table is being filled by another thread
+    ok = general.Run(s, n);
+    *used = general.usedDefault();
   }
-  *used = direct.usedDefault() || general.usedDefault();
   return ok ? out.count : SIZE_MAX;
 }
 
@@ -829,8 +815,7 @@ int Encode(const CodePageTable& t, DWORD flags, const wchar_t* s, size_t n, char
   bool used = false;
   if (kFast && (flags & WC_NO_BEST_FIT_CHARS) == 0) {
     bool wantUsed = usedDefault != nullptr;
-    count = t.dbcs ? EncodeFast<true>(t, flags, s, n, dst, cap, defaultChar, wantUsed, &used)
-                   : EncodeFast<false>(t, flags, s, n, dst, cap, defaultChar, wantUsed, &used);
+    count = EncodeFast(t, flags, s, n, dst, cap, defaultChar, wantUsed, &used);
   } else {
     ByteOut out{dst, cap};
     Encoder encoder(t, flags, defaultChar, out);

@@ -2,6 +2,7 @@
 #include "platform/codepage_tables.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace qx::platform {
@@ -26,6 +27,20 @@ constexpr bool PagesSorted() {
 }
 static_assert(PagesSorted(), "kCodePages must be sorted by code page");
 
+// kDbcsSlotOf - each page's place among the double-byte pages.
+constexpr auto kDbcsSlotOf = [] {
+  std::array<uint8_t, std::size(kCodePages)> slot{};
+  unsigned next = 0;
+  for (size_t i = 0; i < std::size(kCodePages); ++i) {
+    slot[i] = static_cast<uint8_t>(next);
+    next += kCodePages[i].dbcs ? 1 : 0;
+  }
+  return slot;
+}();
+static_assert(kDbcsSlotOf.back() + (kCodePages[std::size(kCodePages) - 1].dbcs ? 1 : 0) <=
+                  kMaxDbcsPages,
+              "more double-byte pages than kMaxDbcsPages");
+
 } // namespace
 
 const CodePageTable* FindCodePageTable(unsigned cp) {
@@ -34,6 +49,10 @@ const CodePageTable* FindCodePageTable(unsigned cp) {
       std::lower_bound(std::begin(kCodePages), end, cp,
                        [](const CodePageTable& t, unsigned v) { return t.codePage < v; });
   return it != end && it->codePage == cp ? it : nullptr;
+}
+
+unsigned DbcsSlot(const CodePageTable& t) {
+  return kDbcsSlotOf[static_cast<size_t>(&t - std::begin(kCodePages))];
 }
 
 unsigned CodePageTableCount() { return static_cast<unsigned>(std::size(kCodePages)); }

@@ -60,6 +60,27 @@ const CodePageTable* FindCodePageTable(unsigned cp);
 unsigned CodePageTableCount();
 const CodePageTable& CodePageTableAt(unsigned i);
 
+/// kMaxDbcsPages - room for this many double-byte pages in the per-page
+/// tables built at first use (DbcsUnitCodes).
+constexpr unsigned kMaxDbcsPages = 8;
+
+/// DbcsSlot - the place of double-byte page `t` among the double-byte pages
+/// (0, 1, ...), in code page order.
+unsigned DbcsSlot(const CodePageTable& t);
+
+/// DbcsUnitCodes - the flat reverse table of double-byte page `t`: entry u
+/// holds the bytes of the unit u's code in writing order, the first in the
+/// low half (a byte code b as b; lead << 8 | trail as trail << 8 | lead, so
+/// an entry above 0xFF is a two-byte code: no trail byte is 0). U+0000, the
+/// units the page lacks, the nonspacing marks and U+FFFF hold 0, so one load tells a
+/// unit the fast paths convert directly from one that needs the general
+/// step (a unit above U+FFFF looks up U+FFFF). 65,536 entries of 16 bits
+/// (128 KB) per page, in static storage, filled on the first call for the
+/// page: nothing is allocated and nothing can fail. Null while another
+/// thread is filling it; the caller then converts through the two-level
+/// table.
+const uint16_t* DbcsUnitCodes(const CodePageTable& t);
+
 /// ComposePair - a canonical composition of a base and a nonspacing mark.
 struct ComposePair {
   uint16_t base;

@@ -41,7 +41,8 @@ public:
   /// MaxUnits(n)) and returns the units written. A sequence unfinished at
   /// the end waits for the next call, unless `end` says no bytes follow:
   /// then it becomes U+FFFD. `replaced`, when given, receives one flag per
-  /// unit written: true for a U+FFFD that stands for ill-formed input.
+  /// unit written: true for a U+FFFD that stands for ill-formed input. The
+  /// room past the units written (and their flags) may be overwritten.
   size_t Decode(const char* s, size_t n, bool end, wchar_t* dst, bool* replaced = nullptr);
 
   /// Pending - the bytes of an unfinished sequence held from the last call.
@@ -67,7 +68,8 @@ public:
   /// MaxBytes(n)) and returns the bytes written. A high surrogate ending the
   /// chunk waits for its low half, unless `end` says no units follow.
   /// `replacements`, when given, is increased by the lone surrogates and
-  /// other non-characters written as U+FFFD.
+  /// other non-characters written as U+FFFD. The room past the bytes
+  /// written may be overwritten.
   size_t Encode(const wchar_t* s, size_t n, bool end, char* dst, size_t* replacements = nullptr);
 
 private:

@@ -131,6 +131,7 @@ int RunConvert(int argc, char** argv) {
 
   qxcli::Transcoder transcoder(from, to, lineEnd);
   std::vector<char> buffer(kChunk);
+  std::string bytes; // the output of one chunk; its room is kept for the next
   long long done = 0;
   int shown = -1;
   for (bool end = false; !end;) {
@@ -140,7 +141,7 @@ int RunConvert(int argc, char** argv) {
     if (n < 0)
       return qxcli::Fail(1, "%s: %s", o.input ? o.input : "stdin", std::strerror(errno));
     end = n == 0;
-    std::string bytes;
+    bytes.clear();
     transcoder.Convert(buffer.data(), static_cast<size_t>(n), end, &bytes);
     if (!out.Write(bytes.data(), bytes.size()))
       return qxcli::Fail(1, "write failed: %s", std::strerror(errno));

@@ -47,11 +47,18 @@ struct Unconverted {
 /// Transcoder - converts a stream chunk by chunk. A character cut at a
 /// chunk's end (a double-byte pair, a UTF-8 sequence), a base whose marks may
 /// follow, and a CR whose LF may follow wait for the next chunk, so the
-/// output does not depend on where the chunks end.
+/// output does not depend on where the chunks end. It converts in slices of
+/// at most `slice` bytes, so its memory does not depend on the chunks'
+/// sizes.
 class Transcoder {
 public:
+  /// kSlice - the bytes converted at a time, whatever the chunks: memory
+  /// stays the same for any input.
+  static constexpr size_t kSlice = 64 * 1024;
+
   /// `lineEnd`: what every CR LF, CR and LF becomes; null keeps them.
-  Transcoder(const Charset& from, const Charset& to, const wchar_t* lineEnd);
+  /// `slice`: the bytes converted at a time (the tests make it small).
+  Transcoder(const Charset& from, const Charset& to, const wchar_t* lineEnd, size_t slice = kSlice);
   ~Transcoder();
   Transcoder(const Transcoder&) = delete;
   Transcoder& operator=(const Transcoder&) = delete;
