@@ -141,9 +141,9 @@ typedef bool (*FileRetryCallback)(eOpenMode mode, const wchar_t* name, long& sin
 /// Its operations are virtual in a fixed order, and it calls its own
 /// operations through them, so a host's replacement installed with
 /// Instance(p) sees every call. The exported functions below are one call
-/// each on Instance(). The stream operations and the structured-storage
-/// streams keep their places in the order; they are not provided yet and
-/// return their failure results.
+/// each on Instance(). The structured-storage streams keep their places
+/// in the order; they are not provided yet and return their failure
+/// results.
 class QXUTIL_API cFileSystem : public QXSingleton<cFileSystem, 2> {
 public:
   virtual ~cFileSystem();
@@ -362,6 +362,50 @@ QXUTIL_API FILE* GetFilePtr(const FILE* stream);
 QXUTIL_API int GetMaxFileCount();
 QXUTIL_API long GetFileAccessRetryTime();
 QXUTIL_API void SetFileAccessRetryTime(long hundredths);
+
+// ---- Text streams ------------------------------------------------------------
+//
+// The stream form of a handle (fregister_file, ffileopen) reads and writes
+// text: wide in memory, bytes of the file's character set (file_put_charset;
+// system_charset() until set) on disk. In memory a line ends with one '\n';
+// on disk with the character set's own line end (CharsetSlashN). Reading
+// takes CR LF, a lone CR and a lone LF as a line end. A bad handle gives -1
+// (null for fgets2, 0 bytes for fread2 and fwrite2); a character set without
+// a code page cannot be read (-1, null). Nothing here records an error.
+
+/// feof2, ferror2, fflush2, fread2, fwrite2, fseek2, ftell2 - the C
+/// runtime's calls on the handle's stream, results unchanged.
+QXUTIL_API int feof2(FILE* stream);
+QXUTIL_API int ferror2(FILE* stream);
+QXUTIL_API int fflush2(FILE* stream);
+QXUTIL_API size_t fread2(void* buffer, size_t size, size_t count, FILE* stream);
+QXUTIL_API size_t fwrite2(const void* data, size_t size, size_t count, FILE* stream);
+QXUTIL_API int fseek2(FILE* stream, long offset, int whence);
+QXUTIL_API long ftell2(FILE* stream);
+/// ffilelength2 - the stream's length in bytes; the position is kept.
+QXUTIL_API long ffilelength2(FILE* stream);
+/// fgetc2 - the next character: '\n' for CR LF, CR or LF; -1 at the end
+/// of the file or at a byte 26 (Ctrl-Z). A lead byte and its trail byte
+/// are one character.
+QXUTIL_API int fgetc2(FILE* stream);
+/// fgets2 - the next line into `buffer` of `size` units, ending in one
+/// '\n' when its line end fitted: bytes a CR LF b CR c LF give "a\n",
+/// "b\n", "c\n", then null. A line longer than size - 1 characters comes
+/// in several calls (never a double-byte character or a line end cut in
+/// two). Null at the end of the file, at a lone Ctrl-Z ending it, and for a
+/// size below 1; size 1 gives "" and reads nothing.
+QXUTIL_API wchar_t* fgets2(wchar_t* buffer, int size, FILE* stream);
+/// fputc2 - writes one character ('\n': the line end); `c`, or -1.
+QXUTIL_API int fputc2(int c, FILE* stream);
+/// fputs2 - writes `text`, each '\n' as the line end: L"x\ny" into a
+/// WindowsLatin1 file writes "x\r\ny". 0, or -1 on failure.
+QXUTIL_API int fputs2(const wchar_t* text, FILE* stream);
+/// fprintf2, vfprintf2 - format (the Microsoft runtime's reading: "%s" is a
+/// wide string, "%hs" a narrow one) into 1,024 units and fputs2 it; the
+/// characters formatted, or -1. A result longer than 1,023 characters is
+/// refused: -1, nothing written.
+QXUTIL_API int fprintf2(FILE* stream, const wchar_t* format, ...);
+QXUTIL_API int vfprintf2(FILE* stream, const wchar_t* format, va_list args);
 
 // ---- Directories, names and paths -------------------------------------------
 
