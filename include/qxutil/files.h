@@ -13,6 +13,10 @@
 //    search for a file, relative paths.
 //  * the block cache (cFileCache, slot key 8): fixed-size blocks of files,
 //    write-back, least recently used replacement.
+//  * text streams: the stream form of a handle reads and writes lines in
+//    the file's character set.
+//  * file search: directory listings with an attribute filter, and the
+//    search for a file name in directory trees.
 //
 // Names are Windows-shaped: "\" and "/" both separate, a drive prefix is
 // accepted (every drive letter names the root of the file system), and a
@@ -523,5 +527,53 @@ public:
   static cFileCache* Create(int blockCount, long blockSize);
 };
 extern template class QXSingleton<cFileCache, 8>;
+
+// ---- File search ---------------------------------------------------------------
+//
+// A directory listing with an attribute filter (FileFindFirst, FileFindNext,
+// FileFindClose over a caller-owned FILEFIND), and FindFileInfo, which looks
+// for a file name in a list of directories and, depth first, in all their
+// subdirectories. Patterns are Windows': "*" and "?", case ignored, "*.*"
+// matching names without a dot too. Entries are listed "." and ".." first,
+// then in the order of their upper-cased names (as Windows lists its own
+// file system), whatever the file system here. Nothing records an error.
+
+/// FILEFIND - the state of one listing.
+struct FILEFIND {
+  unsigned long mask;    // the attribute bits wanted
+  wchar_t name[260];     // the name of the current matching entry
+  HANDLE handle;         // FindFirstFileW's handle
+  WIN32_FIND_DATAW data; // the entry last read
+};
+
+/// FileFindFirst - lists `pattern` ("C:\maps\*.dbf") and positions on the
+/// first entry whose attributes share a bit with `mask` (attributes 0 count
+/// as FILE_ATTRIBUTE_NORMAL). 0 only when nothing could be listed (no
+/// match at all, or no such directory); otherwise 1, with the entry's name
+/// in f->name, which is left as it was when no entry has the attributes.
+QXUTIL_API int FileFindFirst(wchar_t* pattern, unsigned long mask, FILEFIND* f);
+/// FileFindNext - the next matching entry: 1, or 0 at the end.
+QXUTIL_API int FileFindNext(FILEFIND* f);
+/// FileFindClose - ends the listing; 1, or 0 for one that never started.
+QXUTIL_API int FileFindClose(FILEFIND* f);
+
+/// FindFileInfo - finds a file by name in a list of directories ("a;b;c",
+/// at most 1,023 units kept) and their subdirectories.
+class QXUTIL_API FindFileInfo : public QXHeapObject {
+public:
+  virtual ~FindFileInfo();
+  /// Find - true with the full name of the file in `result` (room for
+  /// `resultSize` units): `name` itself when it exists as given (case
+  /// ignored); else, when the object searches directories, the first
+  /// directory of the list, then depth first its subdirectories (in
+  /// listing order), where the file part of `name` exists. A full name
+  /// that does not fit `result` counts as not found in that directory's
+  /// tree.
+  virtual bool Find(const wchar_t* name, wchar_t* result, unsigned int resultSize) = 0;
+
+  /// Create - an object searching `directories` (when `searchDirectories`),
+  /// to be deleted by the caller; null when memory is short.
+  static FindFileInfo* Create(const wchar_t* directories, bool searchDirectories);
+};
 
 #endif // QXUTIL_FILES_H
