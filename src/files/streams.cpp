@@ -5,19 +5,22 @@
 // the file's character set on disk; a line end is one '\n' in memory and the
 // character set's own line end on disk.
 //
-// Reading folds CR LF, a lone CR and a lone LF to '\n'; a lone byte 26
-// (Ctrl-Z) at the end ends the text. fgets2 gathers a line in pieces of 40
-// bytes and then seeks back, so that whatever it read past the line end, or
-// past what fitted the caller's buffer, is read again by the next call: a
-// line longer than the buffer comes in several calls, a double-byte
-// character is never cut, and a line end is never split. docs/files.md says
-// more.
+// Reading folds CR LF, a lone CR and a lone LF to '\n'. fgets2 takes the
+// bytes of a line from the stream's buffer up to its line end, or as many
+// characters as the caller's buffer holds: a line longer than the buffer
+// comes in several calls, and a double-byte character or a line end is
+// never cut. It reads exactly what gathering pieces of 40 bytes and seeking
+// back to the line end would consume, without the seek; the pieces show
+// only in the Ctrl-Z rule, where a byte 26 ends the text when it would be
+// a piece of its own (40 x k bytes into the call's line, the file ending
+// after it). docs/files.md says more.
 //
 //===----------------------------------------------------------------------===//
 #include "files/file_system.h"
 
 #include "platform/codepage.h"
 #include "platform/crt_wprintf.h"
+#include "platform/file_crt.h"
 
 #include <climits>
 #include <cstring>
@@ -51,34 +54,31 @@ bool IsLead(int cp, unsigned char byte) {
   return byte >= 0x80 && qx::win::IsDBCSLeadByteEx(static_cast<UINT>(cp), byte);
 }
 
-// FitBytes - the bytes of the first whole characters of `bytes[0, len)`, at
-// most `room` of them, as the code-page conversion counts characters: a lead
-// byte and the byte after it (not a NUL) are one. A lead byte at the end is
-// left out unless the text ends there (`atEnd`). *chars gets the count.
-size_t FitBytes(int cp, bool dbcs, const unsigned char* bytes, size_t len, size_t room,
-                bool atEnd, size_t* chars) {
-  size_t i = 0, n = 0;
-  if (!dbcs) {
-    n = len < room ? len : room;
-    *chars = n;
-    return n;
+// LockedStream - holds a stream for a run of unlocked byte reads.
+class LockedStream {
+public:
+  explicit LockedStream(FILE* f) : f_(f) { qx::crt::_lock_file(f_); }
+  ~LockedStream() { qx::crt::_unlock_file(f_); }
+  LockedStream(const LockedStream&) = delete;
+  LockedStream& operator=(const LockedStream&) = delete;
+  int Get() { return qx::crt::_getc_nolock(f_); }
+  void Unget(int c) { qx::crt::_ungetc_nolock(c, f_); }
+  // PieceAlone - whether a byte read at offset `at` of a line is all that
+  // fgets2's piece of 40 bytes starting there would have read: it starts
+  // a piece and the file ends after it.
+  bool PieceAlone(size_t at) {
+    if (at % kPiece != 0)
+      return false;
+    int next = Get();
+    if (next == EOF)
+      return true;
+    Unget(next);
+    return false;
   }
-  while (i < len && n < room) {
-    size_t step = 1;
-    if (IsLead(cp, bytes[i])) {
-      if (i + 1 < len) {
-        if (bytes[i + 1] != 0)
-          step = 2;
-      } else if (!atEnd) {
-        break; // its trail byte is still in the file
-      }
-    }
-    i += step;
-    ++n;
-  }
-  *chars = n;
-  return i;
-}
+
+private:
+  FILE* f_;
+};
 
 } // namespace
 
@@ -173,92 +173,70 @@ wchar_t* cFileSystemImpl::FGets(wchar_t* buffer, int size, FILE* stream) {
     buffer[0] = 0;
     return buffer;
   }
-  long start = std::ftell(f);
-  if (start < 0)
-    return nullptr;
-
-  // 1-2: gather pieces until one holds a line end, the file ends, or 2 x
-  // size - 1 bytes are in; a lone Ctrl-Z is the end.
-  const size_t limit = 2 * static_cast<size_t>(size) - 1;
-  size_t got = 0, taken = 0, lineAt = SIZE_MAX; // gathered, read from the file
-  bool atEnd = false;
+  // The bytes of the line are read up to its line end, or until the
+  // buffer's size - 1 characters are in; what pieces of 40 bytes followed
+  // by a seek back to the line end would leave unread stays unread here.
+  const size_t room = static_cast<size_t>(size) - 1;
+  const bool dbcs = DoubleByte(cp);
+  LockedStream in(f);
+  size_t got = 0, chars = 0;
   unsigned int capacity = 0;
-  unsigned char* bytes = nullptr;
-  while (got < limit) {
-    size_t want = limit - got < kPiece ? limit - got : kPiece;
-    if (got + want + 2 > capacity) {
-      size_t grown = got + want + 2 + (got < 4 * kPiece ? 4 * kPiece : got);
-      if (grown > limit + 2)
-        grown = limit + 2;
+  char* bytes = nullptr;
+  bool newline = false;
+  while (chars < room) {
+    if (got + 2 > capacity) {
+      size_t grown = capacity ? 2 * static_cast<size_t>(capacity) : 256;
+      if (grown > 2 * room + 2)
+        grown = 2 * room + 2;
       if (grown > UINT_MAX || !GetMem_(static_cast<unsigned int>(grown), &e->appBuffer, true))
         return nullptr;
       capacity = static_cast<unsigned int>(grown);
-      bytes = reinterpret_cast<unsigned char*>(e->appBuffer);
+      bytes = e->appBuffer;
     }
-    size_t n = std::fread(bytes + got, 1, want, f);
-    taken += n;
-    if (n == 0) {
+    int c = in.Get();
+    if (c == EOF)
+      break;
+    if (c == kCtrlZ && in.PieceAlone(got)) { // a lone Ctrl-Z ends the text
       if (got == 0)
         return nullptr;
-      atEnd = true;
+      in.Unget(c); // read again, alone, by the next call
       break;
     }
-    if (n == 1 && bytes[got] == kCtrlZ) {
-      if (got == 0)
-        return nullptr;
-      atEnd = true; // the bytes before it are the last line; it is read next
+    if (c == '\r' || c == '\n') {
+      newline = true;
+      if (c == '\r') {
+        int next = in.Get();
+        if (next != '\n' && next != EOF)
+          in.Unget(next);
+      }
       break;
     }
-    for (size_t i = got; i < got + n; ++i)
-      if (bytes[i] == '\r' || bytes[i] == '\n') {
-        lineAt = i;
+    bytes[got++] = static_cast<char>(c);
+    ++chars;
+    if (dbcs && IsLead(cp, static_cast<unsigned char>(c))) {
+      // A line end, a NUL or a lone Ctrl-Z is no trail byte: the lead
+      // byte is a character of its own.
+      int trail = in.Get();
+      if (trail == EOF)
         break;
-      }
-    got += n;
-    if (lineAt != SIZE_MAX)
-      break;
-  }
-
-  // 3-4: the line end, with a carriage return at the end of what was read
-  // completed by one more byte.
-  size_t textEnd = got, consumed = got;
-  bool newline = false;
-  if (lineAt != SIZE_MAX) {
-    textEnd = lineAt;
-    newline = true;
-    size_t endLen = 1;
-    if (bytes[lineAt] == '\r') {
-      if (lineAt + 1 == got) {
-        if (std::fread(bytes + got, 1, 1, f) == 1)
-          ++taken;
-      }
-      if (lineAt + 1 < taken && bytes[lineAt + 1] == '\n')
-        endLen = 2;
+      if (trail == '\r' || trail == '\n' || trail == 0 ||
+          (trail == kCtrlZ && in.PieceAlone(got)))
+        in.Unget(trail);
+      else
+        bytes[got++] = static_cast<char>(trail);
     }
-    consumed = lineAt + endLen;
   }
-
-  // 5: as many whole characters as the buffer holds; the rest is read again.
-  size_t room = static_cast<size_t>(size) - 1, chars = 0;
-  size_t fit = FitBytes(cp, DoubleByte(cp), bytes, textEnd, room,
-                        atEnd || newline, &chars);
-  if (fit < textEnd || (newline && chars == room)) {
-    newline = false;
-    consumed = fit;
-  }
-  if (consumed != taken && std::fseek(f, start + static_cast<long>(consumed), SEEK_SET) != 0)
+  if (got == 0 && !newline && chars == 0) {
+    // Nothing before the end of the file.
     return nullptr;
-  size_t units = 0;
-  buffer[0] = 0;
-  if (fit > 0) {
-    if (!ConvertMBCSCharToSystem(reinterpret_cast<char*>(bytes), static_cast<unsigned int>(fit),
-                                 cs, buffer, static_cast<unsigned int>(room)))
-      return nullptr;
-    units = chars;
   }
+  buffer[0] = 0;
+  if (got > 0 && !ConvertMBCSCharToSystem(bytes, static_cast<unsigned int>(got), cs, buffer,
+                                          static_cast<unsigned int>(room)))
+    return nullptr;
   if (newline) {
-    buffer[units] = L'\n';
-    buffer[units + 1] = 0;
+    buffer[chars] = L'\n';
+    buffer[chars + 1] = 0;
   }
   return buffer;
 }
