@@ -22,6 +22,7 @@
 #include "platform/crt_wprintf.h"
 #include "platform/file_crt.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <cwchar>
@@ -63,6 +64,33 @@ public:
   LockedStream& operator=(const LockedStream&) = delete;
   int Get() { return qx::crt::_getc_nolock(f_); }
   void Unget(int c) { qx::crt::_ungetc_nolock(c, f_); }
+  // TakeRun - single-byte text: copies into `out` the bytes the stream
+  // holds read ahead, at most `most`, up to the first line end or a byte 26
+  // that would start a piece (`at` bytes into the line); those are left
+  // for Get. Returns the bytes taken.
+  size_t TakeRun(char* out, size_t most, size_t at) {
+    size_t ahead = 0;
+    const unsigned char* p = qx::crt::StreamReadAhead(f_, &ahead);
+    size_t n = ahead < most ? ahead : most;
+    if (n == 0)
+      return 0;
+    if (const void* cr = std::memchr(p, '\r', n))
+      n = static_cast<size_t>(static_cast<const unsigned char*>(cr) - p);
+    if (const void* lf = std::memchr(p, '\n', n))
+      n = static_cast<size_t>(static_cast<const unsigned char*>(lf) - p);
+    for (size_t k = 0; k < n;) {
+      const void* z = std::memchr(p + k, kCtrlZ, n - k);
+      if (!z)
+        break;
+      k = static_cast<size_t>(static_cast<const unsigned char*>(z) - p);
+      if ((at + k) % kPiece == 0)
+        n = k;
+      ++k;
+    }
+    std::memcpy(out, p, n);
+    qx::crt::StreamSkip(f_, n);
+    return n;
+  }
   // PieceAlone - whether a byte read at offset `at` of a line is all that
   // fgets2's piece of 40 bytes starting there would have read: it starts
   // a piece and the file ends after it.
@@ -192,6 +220,15 @@ wchar_t* cFileSystemImpl::FGets(wchar_t* buffer, int size, FILE* stream) {
         return nullptr;
       capacity = static_cast<unsigned int>(grown);
       bytes = e->appBuffer;
+    }
+    if (!dbcs) {
+      size_t run = in.TakeRun(bytes + got, std::min<size_t>(room - chars, capacity - 2 - got), got);
+      got += run;
+      chars += run;
+      if (chars == room)
+        break;
+      if (got + 2 > capacity)
+        continue;
     }
     int c = in.Get();
     if (c == EOF)

@@ -138,6 +138,13 @@ inline void _unlock_file(FILE* f) { funlockfile(f); }
 inline int _getc_nolock(FILE* f) { return getc_unlocked(f); }
 inline int _ungetc_nolock(int c, FILE* f) { return ungetc(c, f); }
 
+/// StreamReadAhead - the bytes a held stream has read ahead into its buffer
+/// and not yet given out (*count of them, 0 when none or when the runtime
+/// does not tell); StreamSkip gives out `count` of them, as that many
+/// _getc_nolock calls would. Neither reads the file.
+const unsigned char* StreamReadAhead(FILE* f, size_t* count);
+void StreamSkip(FILE* f, size_t count);
+
 } // namespace qx::crt
 
 #endif // QXUTIL_PLATFORM_FILE_CRT_H
