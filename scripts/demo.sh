@@ -9,6 +9,10 @@ show --help
 show charsets
 show message "Cannot open ^0 (^1 blocks, 100^^ sure)" roads.dat 512
 show like "Riverside Drive 12" "River%Drive __"
+show find ROADS-CP1252.TXT --in "tools;samples" --tree
+echo "\$ qxutil find nothere.txt --in samples --tree"
+"$qxutil" find nothere.txt --in samples --tree || echo "(exit code $?)"
+echo
 echo "# samples/roads-cp1252.txt is Windows Latin 1 with CR LF line ends:"
 od -c samples/roads-cp1252.txt | sed -n 3,4p
 echo
