@@ -36,8 +36,9 @@ public:
   bool Find(const wchar_t* name, wchar_t* result, unsigned int resultSize) override;
 
 private:
-  bool SearchTree(const wchar_t* dir, const wchar_t* name, wchar_t* result,
-                  unsigned int resultSize);
+  enum Outcome { kNotFound, kFound, kOutOfMemory };
+  Outcome SearchTree(const wchar_t* dir, const wchar_t* name, wchar_t* result,
+                     unsigned int resultSize);
 
   bool searchDirectories_;
   wchar_t list_[kListUnits];
@@ -58,31 +59,34 @@ bool Join(const wchar_t* dir, const wchar_t* name, wchar_t* out) {
   return true;
 }
 
-bool FindFileInfoImpl::SearchTree(const wchar_t* dir, const wchar_t* name, wchar_t* result,
-                                  unsigned int resultSize) {
+// SearchTree - depth first from `dir`. A listing that fails for want of
+// memory ends the whole search: skipping the subtree could find a later
+// file in place of the first.
+FindFileInfoImpl::Outcome FindFileInfoImpl::SearchTree(const wchar_t* dir, const wchar_t* name,
+                                                       wchar_t* result, unsigned int resultSize) {
   wchar_t candidate[qx::files::kPathUnits];
   if (Join(dir, name, candidate) && file_exists_anycase(candidate, FILETYPE_ANY)) {
     if (std::wcslen(candidate) + 1 >= resultSize)
-      return false; // does not fit: this tree's search ends
+      return kNotFound; // does not fit: this tree's search ends
     strcpyn(result, candidate, resultSize);
-    return true;
+    return kFound;
   }
   wchar_t pattern[qx::files::kPathUnits];
   if (!Join(dir, L"*", pattern))
-    return false;
+    return kNotFound;
   FILEFIND f{};
   if (!FileFindFirst(pattern, FILE_ATTRIBUTE_DIRECTORY, &f))
-    return false;
-  bool found = false;
+    return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? kOutOfMemory : kNotFound;
+  Outcome outcome = kNotFound;
   wchar_t sub[qx::files::kPathUnits];
-  for (int more = 1; more && !found; more = FileFindNext(&f)) {
+  for (int more = 1; more && outcome == kNotFound; more = FileFindNext(&f)) {
     if (!f.name[0] || !Matches(&f) || !std::wcscmp(f.name, L".") || !std::wcscmp(f.name, L".."))
       continue;
     if (Join(dir, f.name, sub))
-      found = SearchTree(sub, name, result, resultSize);
+      outcome = SearchTree(sub, name, result, resultSize);
   }
   FileFindClose(&f);
-  return found;
+  return outcome;
 }
 
 bool FindFileInfoImpl::Find(const wchar_t* name, wchar_t* result, unsigned int resultSize) {
@@ -108,8 +112,9 @@ bool FindFileInfoImpl::Find(const wchar_t* name, wchar_t* result, unsigned int r
     next = std::wcschr(dir, L';');
     if (next)
       *next++ = 0;
-    if (dir[0] && SearchTree(dir, file, result, resultSize))
-      return true;
+    Outcome outcome = dir[0] ? SearchTree(dir, file, result, resultSize) : kNotFound;
+    if (outcome != kNotFound)
+      return outcome == kFound;
   }
   return false;
 }
