@@ -61,7 +61,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         joined.push_back(c);
     Check(fseek2(f, 0, SEEK_SET) == 0);
     std::wstring whole;
-    qxtest::ReadLines(f, [] { return 1 << 16; }, &whole, false);
+    qxtest::ReadLines(
+        f, [] { return 1 << 16; }, &whole, false);
     Check(fseek2(f, 0, SEEK_SET) == 0);
     std::wstring chars = qxtest::ReadChars(f);
     Check(chars == whole);

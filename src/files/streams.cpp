@@ -256,8 +256,7 @@ wchar_t* cFileSystemImpl::FGets(wchar_t* buffer, int size, FILE* stream) {
       int trail = in.Get();
       if (trail == EOF)
         break;
-      if (trail == '\r' || trail == '\n' || trail == 0 ||
-          (trail == kCtrlZ && in.PieceAlone(got)))
+      if (trail == '\r' || trail == '\n' || trail == 0 || (trail == kCtrlZ && in.PieceAlone(got)))
         in.Unget(trail);
       else
         bytes[got++] = static_cast<char>(trail);

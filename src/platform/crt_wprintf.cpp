@@ -16,8 +16,8 @@ namespace {
 constexpr size_t kFormatRoom = 4096;
 
 bool IsFlagOrWidth(wchar_t c) {
-  return c == L'-' || c == L'+' || c == L' ' || c == L'#' || c == L'0' || c == L'*' ||
-         c == L'.' || (c >= L'0' && c <= L'9');
+  return c == L'-' || c == L'+' || c == L' ' || c == L'#' || c == L'0' || c == L'*' || c == L'.' ||
+         (c >= L'0' && c <= L'9');
 }
 
 class Writer {
@@ -87,8 +87,8 @@ bool TranslateFormat(const wchar_t* format, wchar_t* out, size_t room) {
       } else if (*p == L'I') {
         addSize(L"z");
         ++p;
-      } else if (*p == L'l' || *p == L'h' || *p == L'L' || *p == L'z' || *p == L'j' ||
-                 *p == L't' || *p == L'q') {
+      } else if (*p == L'l' || *p == L'h' || *p == L'L' || *p == L'z' || *p == L'j' || *p == L't' ||
+                 *p == L'q') {
         if ((*p == L'l' || *p == L'h') && p[1] != *p)
           width = *p == L'l' ? 1 : -1;
         wchar_t one[2] = {*p++, 0};

@@ -21,14 +21,22 @@ struct PatternCase {
 
 TEST(FileSearch, WindowsPatterns) {
   const PatternCase cases[] = {
-      {L"*", L"roads.dbf", true},          {L"*", L"README", true},
-      {L"*.*", L"README", true},           {L"*.*", L"a.b.c", true},
-      {L"*.dbf", L"ROADS.DBF", true},      {L"*.dbf", L"roads.dbx", false},
-      {L"r?ads.*", L"Roads.dbf", true},    {L"r?ads.*", L"rads.dbf", false},
-      {L"a*.*", L"abc", true},             {L"*.", L"README", true},
-      {L"*.", L"roads.dbf", false},        {L"??", L"abc", false},
-      {L"a*b*c", L"axxbyyc", true},        {L"a*b*c", L"axxbyy", false},
-      {L"\u00e9t\u00e9", L"\u00c9T\u00c9", true}, {L"x", L"", false},
+      {L"*", L"roads.dbf", true},
+      {L"*", L"README", true},
+      {L"*.*", L"README", true},
+      {L"*.*", L"a.b.c", true},
+      {L"*.dbf", L"ROADS.DBF", true},
+      {L"*.dbf", L"roads.dbx", false},
+      {L"r?ads.*", L"Roads.dbf", true},
+      {L"r?ads.*", L"rads.dbf", false},
+      {L"a*.*", L"abc", true},
+      {L"*.", L"README", true},
+      {L"*.", L"roads.dbf", false},
+      {L"??", L"abc", false},
+      {L"a*b*c", L"axxbyyc", true},
+      {L"a*b*c", L"axxbyy", false},
+      {L"\u00e9t\u00e9", L"\u00c9T\u00c9", true},
+      {L"x", L"", false},
   };
   for (const PatternCase& c : cases)
     EXPECT_EQ(qx::win::MatchesPattern(c.pattern, c.name), c.matches)
@@ -65,8 +73,7 @@ TEST_F(Search, ListsInUpperCasedNameOrderWithAttributes) {
   ::chmod(dir_.Path("Zed.txt").c_str(), 0444);
   using V = std::vector<std::wstring>;
   EXPECT_EQ(Names("*", FILE_ATTRIBUTE_DIRECTORY), (V{L".", L"..", L"Sub"}));
-  EXPECT_EQ(Names("*.txt", FILE_ATTRIBUTE_NORMAL),
-            (V{L"a.TXT", L"b.txt", L"B2.txt", L"_x.txt"}))
+  EXPECT_EQ(Names("*.txt", FILE_ATTRIBUTE_NORMAL), (V{L"a.TXT", L"b.txt", L"B2.txt", L"_x.txt"}))
       << "upper-cased order: '_' sorts after the letters";
   EXPECT_EQ(Names("*", FILE_ATTRIBUTE_READONLY), (V{L"Zed.txt"}));
   EXPECT_EQ(Names("*", FILE_ATTRIBUTE_HIDDEN), (V{L".hidden"}));

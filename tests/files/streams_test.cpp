@@ -30,7 +30,7 @@ struct ReadCase {
   const char* what;
   std::string bytes;
   QXCHARSET cs;
-  int size;              // fgets2's buffer
+  int size;           // fgets2's buffer
   std::wstring lines; // each fgets2 result followed by "|"
   std::wstring chars; // what fgetc2 gives until -1
 };
@@ -40,11 +40,18 @@ TEST_F(Streams, ReadsLinesAndCharacters) {
   const std::wstring w39(39, L'a'), w40(40, L'a');
   const std::wstring both39 = w39 + L"\u3042\n|";
   const ReadCase cases[] = {
-      {"three line ends", "a\r\nb\rc\n", QXCHARSET_WINDOWS_LATIN1, 80, L"a\n|b\n|c\n|", L"a\nb\nc\n"},
+      {"three line ends", "a\r\nb\rc\n", QXCHARSET_WINDOWS_LATIN1, 80, L"a\n|b\n|c\n|",
+       L"a\nb\nc\n"},
       {"CR LF alone", "\r\n", QXCHARSET_WINDOWS_LATIN1, 80, L"\n|", L"\n"},
       {"Ctrl-Z alone", "\x1a", QXCHARSET_WINDOWS_LATIN1, 80, L"", L""},
       {"Ctrl-Z after a line", "x\n\x1a", QXCHARSET_WINDOWS_LATIN1, 80, L"x\n|", L"x\n"},
-      {"Ctrl-Z inside a line", "a\x1a" "b\n", QXCHARSET_WINDOWS_LATIN1, 80, L"a\x1a" L"b\n|", L"a"},
+      {"Ctrl-Z inside a line",
+       "a\x1a"
+       "b\n",
+       QXCHARSET_WINDOWS_LATIN1, 80,
+       L"a\x1a"
+       L"b\n|",
+       L"a"},
       {"no last line end", "ab\ncd", QXCHARSET_WINDOWS_LATIN1, 80, L"ab\n|cd|", L"ab\ncd"},
       {"empty lines", "\n\r\r\n\n", QXCHARSET_WINDOWS_LATIN1, 80, L"\n|\n|\n|\n|", L"\n\n\n\n"},
       {"1252 bytes", "\xe9\x80\n", QXCHARSET_WINDOWS_LATIN1, 80, L"\u00e9\u20ac\n|",
@@ -53,20 +60,20 @@ TEST_F(Streams, ReadsLinesAndCharacters) {
        L"abcdef\n"},
       {"text fills the buffer, CR LF follows", "ab\r\ncd", QXCHARSET_WINDOWS_LATIN1, 3,
        L"ab|\n|cd|", L"ab\ncd"},
-      {"CR ends the first piece", a39 + "\r\nb", QXCHARSET_WINDOWS_LATIN1, 80,
-       w39 + L"\n|b|", w39 + L"\nb"},
-      {"CR LF split by the byte limit", "abc\r\nd", QXCHARSET_WINDOWS_LATIN1, 2,
-       L"a|b|c|\n|d|", L"abc\nd"},
+      {"CR ends the first piece", a39 + "\r\nb", QXCHARSET_WINDOWS_LATIN1, 80, w39 + L"\n|b|",
+       w39 + L"\nb"},
+      {"CR LF split by the byte limit", "abc\r\nd", QXCHARSET_WINDOWS_LATIN1, 2, L"a|b|c|\n|d|",
+       L"abc\nd"},
       {"CR ends the second piece", a40 + a39 + "\r\n", QXCHARSET_WINDOWS_LATIN1, 200,
        w40 + w39 + L"\n|", w40 + w39 + L"\n"},
       {"lead byte ends the first piece", a39 + "\x82\xa0\r\n", QXCHARSET_WINDOWS_JAPANESE, 80,
        both39, w39 + L"\u3042\n"},
       {"pairs one at a time", "\x82\xa0\x82\xa2\n", QXCHARSET_WINDOWS_JAPANESE, 2,
        L"\u3042|\u3044|\n|", L"\u3042\u3044\n"},
-      {"a pair never cut", "\x82\xa0\x82\xa2\n", QXCHARSET_WINDOWS_JAPANESE, 3,
-       L"\u3042\u3044|\n|", L"\u3042\u3044\n"},
-      {"lead byte before a line end", "\x82\r\nb", QXCHARSET_WINDOWS_JAPANESE, 80,
-       L"\u30fb\n|b|", L"\u30fb\nb"},
+      {"a pair never cut", "\x82\xa0\x82\xa2\n", QXCHARSET_WINDOWS_JAPANESE, 3, L"\u3042\u3044|\n|",
+       L"\u3042\u3044\n"},
+      {"lead byte before a line end", "\x82\r\nb", QXCHARSET_WINDOWS_JAPANESE, 80, L"\u30fb\n|b|",
+       L"\u30fb\nb"},
       {"lead byte at the end", "x\x82", QXCHARSET_WINDOWS_JAPANESE, 80, L"x\u30fb|", L"x\u30fb"},
       {"936", "\xc4\xe3\xba\xc3\r\n", QXCHARSET_WINDOWS_SIMP_CHINESE, 80, L"\u4f60\u597d\n|",
        L"\u4f60\u597d\n"},
@@ -79,7 +86,8 @@ TEST_F(Streams, ReadsLinesAndCharacters) {
     FILE* f = OpenBytes(Path(), c.bytes, c.cs);
     ASSERT_NE(f, nullptr);
     std::wstring lines;
-    qxtest::ReadLines(f, [&] { return c.size; }, &lines, true, 100);
+    qxtest::ReadLines(
+        f, [&] { return c.size; }, &lines, true, 100);
     EXPECT_EQ(lines, c.lines);
     EXPECT_EQ(fseek2(f, 0, SEEK_SET), 0);
     EXPECT_EQ(qxtest::ReadChars(f, 100), c.chars);
@@ -149,9 +157,8 @@ TEST_F(Streams, WritesEachCharacterSetsLineEnd) {
       {QXCHARSET_WINDOWS_LATIN1, "x\r\ny\r\n\xe9"},
       {QXCHARSET_ISO8859_1, "x\ny\n\xe9"},
       {QXCHARSET_CODEPAGE_850, "x\r\ny\r\n\x82"},
-      {QXCHARSET_MAC_ROMAN, std::string("x\ry\r") + (GetWinCodePage(system_charset()) == 1252
-                                                          ? "\xe9"
-                                                          : "")},
+      {QXCHARSET_MAC_ROMAN,
+       std::string("x\ry\r") + (GetWinCodePage(system_charset()) == 1252 ? "\xe9" : "")},
   };
   for (const WriteCase& c : cases) {
     SCOPED_TRACE(CharsetName(c.cs));
@@ -194,7 +201,8 @@ std::vector<wchar_t> Alphabet(QXCHARSET cs) {
         qx::platform::IsNonSpacingMark(w[0]))
       return;
     char back[4] = {};
-    if (ConvertSystemToMBCSChar(w, back, cs, 4, false) && std::string(back) == std::string(bytes, len))
+    if (ConvertSystemToMBCSChar(w, back, cs, 4, false) &&
+        std::string(back) == std::string(bytes, len))
       out.push_back(w[0]);
   };
   for (int b = 0x20; b < 0x100; ++b) {
@@ -257,7 +265,8 @@ TEST_F(Streams, EveryCharacterSetRoundTrips) {
     f = OpenStream(Path(), OPEN_READ, cs);
     ASSERT_NE(f, nullptr);
     std::wstring lines;
-    qxtest::ReadLines(f, [&] { return 1 + static_cast<int>(random() % 90) + 1; }, &lines, false);
+    qxtest::ReadLines(
+        f, [&] { return 1 + static_cast<int>(random() % 90) + 1; }, &lines, false);
     EXPECT_EQ(lines, text);
     EXPECT_EQ(fseek2(f, 0, SEEK_SET), 0);
     EXPECT_EQ(qxtest::ReadChars(f), text);
