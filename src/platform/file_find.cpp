@@ -105,12 +105,13 @@ void Fill(const FindState& s, const Listed& e, WIN32_FIND_DATAW* data) {
   if (e.kernel[0] == '.' && !IsDotName(e.kernel.c_str()))
     a |= FILE_ATTRIBUTE_HIDDEN;
   data->dwFileAttributes = a ? a : FILE_ATTRIBUTE_NORMAL;
-  data->ftCreationTime = FileTimeFromUnix(st.st_ctim.tv_sec, st.st_ctim.tv_nsec);
-  data->ftLastAccessTime = FileTimeFromUnix(st.st_atim.tv_sec, st.st_atim.tv_nsec);
-  data->ftLastWriteTime = FileTimeFromUnix(st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
-  unsigned long long size = S_ISDIR(st.st_mode) ? 0 : static_cast<unsigned long long>(st.st_size);
-  data->nFileSizeHigh = static_cast<DWORD>(size >> 32);
-  data->nFileSizeLow = static_cast<DWORD>(size);
+  WIN32_FILE_ATTRIBUTE_DATA status;
+  FileDataFromStat(st, &status);
+  data->ftCreationTime = status.ftCreationTime;
+  data->ftLastAccessTime = status.ftLastAccessTime;
+  data->ftLastWriteTime = status.ftLastWriteTime;
+  data->nFileSizeHigh = status.nFileSizeHigh;
+  data->nFileSizeLow = status.nFileSizeLow;
 }
 
 // OpenDirectory - the directory `dir` (a kernel name), found ignoring case
