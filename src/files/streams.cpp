@@ -266,14 +266,18 @@ wchar_t* cFileSystemImpl::FGets(wchar_t* buffer, int size, FILE* stream) {
     // Nothing before the end of the file.
     return nullptr;
   }
-  buffer[0] = 0;
-  if (got > 0 && !ConvertMBCSCharToSystem(bytes, static_cast<unsigned int>(got), cs, buffer,
-                                          static_cast<unsigned int>(room)))
-    return nullptr;
-  if (newline) {
-    buffer[chars] = L'\n';
-    buffer[chars + 1] = 0;
+  // The code page's conversion (ConvertMBCSCharToSystem's), counting the
+  // units it writes: the line end goes after them.
+  int units = 0;
+  if (got > 0) {
+    units = qx::win::MultiByteToWideChar(static_cast<UINT>(cp), MB_PRECOMPOSED, bytes,
+                                         static_cast<int>(got), buffer, static_cast<int>(room));
+    if (units <= 0)
+      return nullptr;
   }
+  if (newline && static_cast<size_t>(units) < room)
+    buffer[units++] = L'\n';
+  buffer[units] = 0;
   return buffer;
 }
 
