@@ -182,7 +182,7 @@ TEST_F(Search, ThousandsOfMixedCaseEntries) {
   for (auto& n : listed) {
     std::wstring u = n;
     for (auto& c : u)
-      c = static_cast<wchar_t>(std::towupper(c));
+      c = qxToUpper(c);
     upper.push_back(u);
   }
   EXPECT_TRUE(std::is_sorted(upper.begin(), upper.end()));
