@@ -13,6 +13,10 @@ printf 'Zürich\nÅland\nzurich\nÉcole\nÖrebro\nAarhus\n' > /tmp/places.txt
 show fold /tmp/places.txt
 show sort /tmp/places.txt
 show sort --language sv-SE --unique /tmp/places.txt
+show find ROADS-CP1252.TXT --in "tools;samples" --tree
+echo "\$ qxutil find nothere.txt --in samples --tree"
+"$qxutil" find nothere.txt --in samples --tree || echo "(exit code $?)"
+echo
 echo "# samples/roads-cp1252.txt is Windows Latin 1 with CR LF line ends:"
 od -c samples/roads-cp1252.txt | sed -n 3,4p
 echo

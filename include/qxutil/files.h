@@ -13,6 +13,10 @@
 //    search for a file, relative paths.
 //  * the block cache (cFileCache, slot key 8): fixed-size blocks of files,
 //    write-back, least recently used replacement.
+//  * text streams: the stream form of a handle reads and writes lines in
+//    the file's character set.
+//  * file search: directory listings with an attribute filter, and the
+//    search for a file name in directory trees.
 //
 // Names are Windows-shaped: "\" and "/" both separate, a drive prefix is
 // accepted (every drive letter names the root of the file system), and a
@@ -141,8 +145,7 @@ typedef bool (*FileRetryCallback)(eOpenMode mode, const wchar_t* name, long& sin
 /// Its operations are virtual in a fixed order, and it calls its own
 /// operations through them, so a host's replacement installed with
 /// Instance(p) sees every call. The exported functions below are one call
-/// each on Instance(). The stream operations keep their places in the
-/// order; those not provided yet return their failure results.
+/// each on Instance().
 class QXUTIL_API cFileSystem : public QXSingleton<cFileSystem, 2> {
 public:
   virtual ~cFileSystem();
@@ -381,6 +384,50 @@ QXUTIL_API int GetMaxFileCount();
 QXUTIL_API long GetFileAccessRetryTime();
 QXUTIL_API void SetFileAccessRetryTime(long hundredths);
 
+// ---- Text streams ------------------------------------------------------------
+//
+// The stream form of a handle (fregister_file, ffileopen) reads and writes
+// text: wide in memory, bytes of the file's character set (file_put_charset;
+// system_charset() until set) on disk. In memory a line ends with one '\n';
+// on disk with the character set's own line end (CharsetSlashN). Reading
+// takes CR LF, a lone CR and a lone LF as a line end. A bad handle gives -1
+// (null for fgets2, 0 bytes for fread2 and fwrite2); a character set without
+// a code page cannot be read (-1, null). Nothing here records an error.
+
+/// feof2, ferror2, fflush2, fread2, fwrite2, fseek2, ftell2 - the C
+/// runtime's calls on the handle's stream, results unchanged.
+QXUTIL_API int feof2(FILE* stream);
+QXUTIL_API int ferror2(FILE* stream);
+QXUTIL_API int fflush2(FILE* stream);
+QXUTIL_API size_t fread2(void* buffer, size_t size, size_t count, FILE* stream);
+QXUTIL_API size_t fwrite2(const void* data, size_t size, size_t count, FILE* stream);
+QXUTIL_API int fseek2(FILE* stream, long offset, int whence);
+QXUTIL_API long ftell2(FILE* stream);
+/// ffilelength2 - the stream's length in bytes; the position is kept.
+QXUTIL_API long ffilelength2(FILE* stream);
+/// fgetc2 - the next character: '\n' for CR LF, CR or LF; -1 at the end
+/// of the file or at a byte 26 (Ctrl-Z). A lead byte and its trail byte
+/// are one character.
+QXUTIL_API int fgetc2(FILE* stream);
+/// fgets2 - the next line into `buffer` of `size` units, ending in one
+/// '\n' when its line end fitted: bytes a CR LF b CR c LF give "a\n",
+/// "b\n", "c\n", then null. A line longer than size - 1 characters comes
+/// in several calls (never a double-byte character or a line end cut in
+/// two). Null at the end of the file, at a lone Ctrl-Z ending it, and for a
+/// size below 1; size 1 gives "" and reads nothing.
+QXUTIL_API wchar_t* fgets2(wchar_t* buffer, int size, FILE* stream);
+/// fputc2 - writes one character ('\n': the line end); `c`, or -1.
+QXUTIL_API int fputc2(int c, FILE* stream);
+/// fputs2 - writes `text`, each '\n' as the line end: L"x\ny" into a
+/// WindowsLatin1 file writes "x\r\ny". 0, or -1 on failure.
+QXUTIL_API int fputs2(const wchar_t* text, FILE* stream);
+/// fprintf2, vfprintf2 - format (the Microsoft runtime's reading: "%s" is a
+/// wide string, "%hs" a narrow one) into 1,024 units and fputs2 it; the
+/// characters formatted, or -1. A result longer than 1,023 characters is
+/// refused: -1, nothing written.
+QXUTIL_API int fprintf2(FILE* stream, const wchar_t* format, ...);
+QXUTIL_API int vfprintf2(FILE* stream, const wchar_t* format, va_list args);
+
 // ---- Directories, names and paths -------------------------------------------
 
 /// The six directories: each setter copies at most 261 units unchanged; the
@@ -497,5 +544,53 @@ public:
   static cFileCache* Create(int blockCount, long blockSize);
 };
 extern template class QXSingleton<cFileCache, 8>;
+
+// ---- File search ---------------------------------------------------------------
+//
+// A directory listing with an attribute filter (FileFindFirst, FileFindNext,
+// FileFindClose over a caller-owned FILEFIND), and FindFileInfo, which looks
+// for a file name in a list of directories and, depth first, in all their
+// subdirectories. Patterns are Windows': "*" and "?", case ignored, "*.*"
+// matching names without a dot too. Entries are listed "." and ".." first,
+// then in the order of their upper-cased names (as Windows lists its own
+// file system), whatever the file system here. Nothing records an error.
+
+/// FILEFIND - the state of one listing.
+struct FILEFIND {
+  unsigned long mask;    // the attribute bits wanted
+  wchar_t name[260];     // the name of the current matching entry
+  HANDLE handle;         // FindFirstFileW's handle
+  WIN32_FIND_DATAW data; // the entry last read
+};
+
+/// FileFindFirst - lists `pattern` ("C:\maps\*.dbf") and positions on the
+/// first entry whose attributes share a bit with `mask` (attributes 0 count
+/// as FILE_ATTRIBUTE_NORMAL). 0 only when nothing could be listed (no
+/// match at all, or no such directory); otherwise 1, with the entry's name
+/// in f->name, which is left as it was when no entry has the attributes.
+QXUTIL_API int FileFindFirst(wchar_t* pattern, unsigned long mask, FILEFIND* f);
+/// FileFindNext - the next matching entry: 1, or 0 at the end.
+QXUTIL_API int FileFindNext(FILEFIND* f);
+/// FileFindClose - ends the listing; 1, or 0 for one that never started.
+QXUTIL_API int FileFindClose(FILEFIND* f);
+
+/// FindFileInfo - finds a file by name in a list of directories ("a;b;c",
+/// at most 1,023 units kept) and their subdirectories.
+class QXUTIL_API FindFileInfo : public QXHeapObject {
+public:
+  virtual ~FindFileInfo();
+  /// Find - true with the full name of the file in `result` (room for
+  /// `resultSize` units): `name` itself when it exists as given (case
+  /// ignored); else, when the object searches directories, the first
+  /// directory of the list, then depth first its subdirectories (in
+  /// listing order), where the file part of `name` exists. A full name
+  /// that does not fit `result` counts as not found in that directory's
+  /// tree.
+  virtual bool Find(const wchar_t* name, wchar_t* result, unsigned int resultSize) = 0;
+
+  /// Create - an object searching `directories` (when `searchDirectories`),
+  /// to be deleted by the caller; null when memory is short.
+  static FindFileInfo* Create(const wchar_t* directories, bool searchDirectories);
+};
 
 #endif // QXUTIL_FILES_H

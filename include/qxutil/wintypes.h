@@ -249,6 +249,25 @@ struct _stat32 {
 #pragma pop_macro("st_mtime")
 #pragma pop_macro("st_atime")
 
+// ---- File search (see FileFindFirst) ---------------------------------------
+
+typedef void* HANDLE;
+#define INVALID_HANDLE_VALUE ((HANDLE)(LONG_PTR)-1)
+#define ERROR_NO_MORE_FILES 18
+
+struct WIN32_FIND_DATAW {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime;
+  FILETIME ftLastAccessTime;
+  FILETIME ftLastWriteTime;
+  DWORD nFileSizeHigh;
+  DWORD nFileSizeLow;
+  DWORD dwReserved0;
+  DWORD dwReserved1;
+  WCHAR cFileName[MAX_PATH];
+  WCHAR cAlternateFileName[14];
+};
+
 // ---- Calls a host may need -------------------------------------------------
 
 QXUTIL_API DWORD GetLastError();

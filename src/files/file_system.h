@@ -7,7 +7,8 @@
 // writes through the cache, application strings), file_ops.cpp (removal,
 // renaming, copying, times, names of handles, calls by name),
 // directories.cpp (directories, search, temporary and relative names),
-// storage_streams.cpp (streams inside compound files).
+// storage_streams.cpp (streams inside compound files), streams.cpp (the
+// stream form of handles: text lines and characters).
 //
 //===----------------------------------------------------------------------===//
 #ifndef QXUTIL_FILES_FILE_SYSTEM_H
@@ -109,21 +110,21 @@ public:
   bool FUnregisterFile(FILE* stream) override;
   FILE* FFileOpen(FILE* stream, eOpenMode mode, int* changed) override;
   int FClose(FILE* stream) override;
-  int FEof(FILE*) override { return -1; }
-  int FError(FILE*) override { return -1; }
-  long FFileLength(FILE*) override { return -1; }
-  int FFlush(FILE*) override { return -1; }
-  int FGetc(FILE*) override { return -1; }
-  wchar_t* FGets(wchar_t*, int, FILE*) override { return nullptr; }
+  int FEof(FILE* stream) override;
+  int FError(FILE* stream) override;
+  long FFileLength(FILE* stream) override;
+  int FFlush(FILE* stream) override;
+  int FGetc(FILE* stream) override;
+  wchar_t* FGets(wchar_t* buffer, int size, FILE* stream) override;
   int FileNo(FILE* stream) override;
-  int FPrintf(FILE*, const wchar_t*, ...) override { return -1; }
-  int FPutc(int, FILE*) override { return -1; }
-  int FPuts(const wchar_t*, FILE*) override { return -1; }
-  size_t FRead(void*, size_t, size_t, FILE*) override { return 0; }
-  int FSeek(FILE*, long, int) override { return -1; }
-  long FTell(FILE*) override { return -1; }
-  size_t FWrite(const void*, size_t, size_t, FILE*) override { return 0; }
-  int VFPrintf(FILE*, const wchar_t*, va_list) override { return -1; }
+  int FPrintf(FILE* stream, const wchar_t* format, ...) override;
+  int FPutc(int c, FILE* stream) override;
+  int FPuts(const wchar_t* text, FILE* stream) override;
+  size_t FRead(void* buffer, size_t size, size_t count, FILE* stream) override;
+  int FSeek(FILE* stream, long offset, int whence) override;
+  long FTell(FILE* stream) override;
+  size_t FWrite(const void* data, size_t size, size_t count, FILE* stream) override;
+  int VFPrintf(FILE* stream, const wchar_t* format, va_list args) override;
   int RenameByName(const wchar_t* from, const wchar_t* to) override;
   int AccessByName(const wchar_t* name, int mode) override;
   int RemoveByName(const wchar_t* name) override;

@@ -408,4 +408,26 @@ FILE* _wfdopen(int fd, const wchar_t* mode) {
   return f;
 }
 
+const unsigned char* StreamReadAhead(FILE* f, size_t* count) {
+#ifdef __GLIBC__
+  if (f->_IO_read_ptr && f->_IO_read_end > f->_IO_read_ptr) {
+    *count = static_cast<size_t>(f->_IO_read_end - f->_IO_read_ptr);
+    return reinterpret_cast<const unsigned char*>(f->_IO_read_ptr);
+  }
+#else
+  (void)f;
+#endif
+  *count = 0;
+  return nullptr;
+}
+
+void StreamSkip(FILE* f, size_t count) {
+#ifdef __GLIBC__
+  f->_IO_read_ptr += count;
+#else
+  while (count--)
+    getc_unlocked(f);
+#endif
+}
+
 } // namespace qx::crt

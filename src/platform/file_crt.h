@@ -1,8 +1,9 @@
 //===- platform/file_crt.h - Microsoft C-runtime file calls -----*- C++ -*-===//
 //
 // Provides: _wsopen, _read, _write, _lseek, _chsize, _close, _wremove,
-// _wrename, _waccess, _wstat32, _wgetdcwd, _wchdir, _wutime and _wfdopen
-// with the Microsoft runtime's contracts, and its errno values.
+// _wrename, _waccess, _wstat32, _wgetdcwd, _wchdir, _wutime, _wfdopen and
+// the unlocked stream reads with the Microsoft runtime's contracts, and its
+// errno values.
 //
 // Names are Windows-shaped (platform/file_path.h says how they reach the
 // kernel) and ignore case: a name that does not exist as spelled is looked
@@ -128,6 +129,21 @@ int _wutime(const wchar_t* path, const void* times);
 /// _wfdopen - a buffered stream on `fd` with the mode text `mode` ("rb",
 /// "r+b", "w+b", ...); the stream owns the descriptor. Null with errno.
 FILE* _wfdopen(int fd, const wchar_t* mode);
+
+/// _lock_file, _unlock_file, _getc_nolock, _ungetc_nolock - a stream held
+/// by the calling thread across several byte reads, each read then being a
+/// look into the stream's buffer. The lock is recursive.
+inline void _lock_file(FILE* f) { flockfile(f); }
+inline void _unlock_file(FILE* f) { funlockfile(f); }
+inline int _getc_nolock(FILE* f) { return getc_unlocked(f); }
+inline int _ungetc_nolock(int c, FILE* f) { return ungetc(c, f); }
+
+/// StreamReadAhead - the bytes a held stream has read ahead into its buffer
+/// and not yet given out (*count of them, 0 when none or when the runtime
+/// does not tell); StreamSkip gives out `count` of them, as that many
+/// _getc_nolock calls would. Neither reads the file.
+const unsigned char* StreamReadAhead(FILE* f, size_t* count);
+void StreamSkip(FILE* f, size_t count);
 
 } // namespace qx::crt
 

@@ -20,6 +20,8 @@
 
 #include <cstddef>
 
+struct stat;
+
 namespace qx::win {
 
 /// GetFileAttributesW - the attributes of `path`, or INVALID_FILE_ATTRIBUTES
@@ -58,6 +60,10 @@ long ReadAt(int fd, void* buffer, size_t count, long long offset);
 /// WriteAt - writes `count` bytes at `offset`; the bytes written (fewer
 /// only before a failure, with errno set) or -1 with a Windows errno.
 long WriteAt(int fd, const void* buffer, size_t count, long long offset);
+
+/// FileDataFromStat - the times and the size (0 for a directory) of the
+/// kernel's status `st` into `data`; the attributes are left alone.
+void FileDataFromStat(const struct stat& st, WIN32_FILE_ATTRIBUTE_DATA* data);
 
 /// FileTimeFromUnix - a FILETIME from seconds and nanoseconds since 1970.
 FILETIME FileTimeFromUnix(long long seconds, long nanoseconds);

@@ -1,0 +1,278 @@
+// The text streams: line ends, Ctrl-Z and read-back in fgets2 and fgetc2,
+// double-byte characters across fgets2's 40-byte pieces, each character
+// set's line end on writing, the format buffer, the pass-throughs, and a
+// differential run over every character set with a code page against the
+// conversion functions applied to the whole text.
+#include "common/files_scope.h"
+#include "common/stream_file.h"
+#include "common/temp_dir.h"
+#include "platform/unicode.h"
+#include "qxutil/files.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+using qxtest::CloseStream;
+using qxtest::OpenBytes;
+using qxtest::OpenStream;
+using qxtest::ScopedRegistry;
+
+class Streams : public ::testing::Test {
+protected:
+  qxtest::TempDir dir_;
+  ScopedRegistry registry_;
+  std::string Path() const { return dir_.Path("t.txt"); }
+};
+
+struct ReadCase {
+  const char* what;
+  std::string bytes;
+  QXCHARSET cs;
+  int size;           // fgets2's buffer
+  std::wstring lines; // each fgets2 result followed by "|"
+  std::wstring chars; // what fgetc2 gives until -1
+};
+
+TEST_F(Streams, ReadsLinesAndCharacters) {
+  const std::string a39(39, 'a'), a40(40, 'a');
+  const std::wstring w39(39, L'a'), w40(40, L'a');
+  const std::wstring both39 = w39 + L"\u3042\n|";
+  const ReadCase cases[] = {
+      {"three line ends", "a\r\nb\rc\n", QXCHARSET_WINDOWS_LATIN1, 80, L"a\n|b\n|c\n|",
+       L"a\nb\nc\n"},
+      {"CR LF alone", "\r\n", QXCHARSET_WINDOWS_LATIN1, 80, L"\n|", L"\n"},
+      {"Ctrl-Z alone", "\x1a", QXCHARSET_WINDOWS_LATIN1, 80, L"", L""},
+      {"Ctrl-Z after a line", "x\n\x1a", QXCHARSET_WINDOWS_LATIN1, 80, L"x\n|", L"x\n"},
+      {"Ctrl-Z inside a line",
+       "a\x1a"
+       "b\n",
+       QXCHARSET_WINDOWS_LATIN1, 80,
+       L"a\x1a"
+       L"b\n|",
+       L"a"},
+      {"no last line end", "ab\ncd", QXCHARSET_WINDOWS_LATIN1, 80, L"ab\n|cd|", L"ab\ncd"},
+      {"empty lines", "\n\r\r\n\n", QXCHARSET_WINDOWS_LATIN1, 80, L"\n|\n|\n|\n|", L"\n\n\n\n"},
+      {"1252 bytes", "\xe9\x80\n", QXCHARSET_WINDOWS_LATIN1, 80, L"\u00e9\u20ac\n|",
+       L"\u00e9\u20ac\n"},
+      {"long line, small buffer", "abcdef\n", QXCHARSET_WINDOWS_LATIN1, 3, L"ab|cd|ef|\n|",
+       L"abcdef\n"},
+      {"text fills the buffer, CR LF follows", "ab\r\ncd", QXCHARSET_WINDOWS_LATIN1, 3,
+       L"ab|\n|cd|", L"ab\ncd"},
+      {"CR ends the first piece", a39 + "\r\nb", QXCHARSET_WINDOWS_LATIN1, 80, w39 + L"\n|b|",
+       w39 + L"\nb"},
+      {"CR LF split by the byte limit", "abc\r\nd", QXCHARSET_WINDOWS_LATIN1, 2, L"a|b|c|\n|d|",
+       L"abc\nd"},
+      {"CR ends the second piece", a40 + a39 + "\r\n", QXCHARSET_WINDOWS_LATIN1, 200,
+       w40 + w39 + L"\n|", w40 + w39 + L"\n"},
+      {"lead byte ends the first piece", a39 + "\x82\xa0\r\n", QXCHARSET_WINDOWS_JAPANESE, 80,
+       both39, w39 + L"\u3042\n"},
+      {"pairs one at a time", "\x82\xa0\x82\xa2\n", QXCHARSET_WINDOWS_JAPANESE, 2,
+       L"\u3042|\u3044|\n|", L"\u3042\u3044\n"},
+      {"a pair never cut", "\x82\xa0\x82\xa2\n", QXCHARSET_WINDOWS_JAPANESE, 3, L"\u3042\u3044|\n|",
+       L"\u3042\u3044\n"},
+      {"lead byte before a line end", "\x82\r\nb", QXCHARSET_WINDOWS_JAPANESE, 80, L"\u30fb\n|b|",
+       L"\u30fb\nb"},
+      {"lead byte at the end", "x\x82", QXCHARSET_WINDOWS_JAPANESE, 80, L"x\u30fb|", L"x\u30fb"},
+      {"936", "\xc4\xe3\xba\xc3\r\n", QXCHARSET_WINDOWS_SIMP_CHINESE, 80, L"\u4f60\u597d\n|",
+       L"\u4f60\u597d\n"},
+      {"949", "\xc7\xd1\r\n", QXCHARSET_WINDOWS_KOREAN, 80, L"\ud55c\n|", L"\ud55c\n"},
+      {"950", "\xa4\xa4\r\n", QXCHARSET_WINDOWS_TRAD_CHINESE, 80, L"\u4e2d\n|", L"\u4e2d\n"},
+      {"no code page", "abc\n", QXCHARSET_MAC_ROMAN, 80, L"", L""},
+  };
+  for (const ReadCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    FILE* f = OpenBytes(Path(), c.bytes, c.cs);
+    ASSERT_NE(f, nullptr);
+    std::wstring lines;
+    qxtest::ReadLines(
+        f, [&] { return c.size; }, &lines, true, 100);
+    EXPECT_EQ(lines, c.lines);
+    EXPECT_EQ(fseek2(f, 0, SEEK_SET), 0);
+    EXPECT_EQ(qxtest::ReadChars(f, 100), c.chars);
+    CloseStream(f);
+  }
+}
+
+TEST_F(Streams, ReadPositionsAndSizes) {
+  FILE* f = OpenBytes(Path(), "\r\nab\n", QXCHARSET_WINDOWS_LATIN1);
+  ASSERT_NE(f, nullptr);
+  EXPECT_EQ(fgetc2(f), '\n');
+  EXPECT_EQ(ftell2(f), 2) << "CR LF read as one";
+  wchar_t buffer[8] = {L'z', L'z'};
+  EXPECT_EQ(fgets2(buffer, 0, f), nullptr);
+  EXPECT_EQ(fgets2(buffer, 1, f), buffer);
+  EXPECT_EQ(buffer[0], 0);
+  EXPECT_EQ(buffer[1], L'z') << "size 1: the terminator only";
+  EXPECT_EQ(ftell2(f), 2) << "size 1 reads nothing";
+  EXPECT_STREQ(fgets2(buffer, 8, f), L"ab\n");
+  EXPECT_EQ(ftell2(f), 5);
+  EXPECT_EQ(fseek2(f, 1, SEEK_SET), 0);
+  EXPECT_EQ(ffilelength2(f), 5);
+  EXPECT_EQ(ftell2(f), 1) << "ffilelength2 keeps the position";
+  EXPECT_EQ(feof2(f), 0);
+  char raw[8];
+  EXPECT_EQ(fread2(raw, 1, 8, f), 4u);
+  EXPECT_NE(feof2(f), 0);
+  EXPECT_EQ(ferror2(f), 0);
+  CloseStream(f);
+}
+
+TEST_F(Streams, BadHandlesAndUnopenedStreams) {
+  FILE* bad = reinterpret_cast<FILE*>(static_cast<intptr_t>(999));
+  wchar_t buffer[8];
+  EXPECT_EQ(fgetc2(bad), -1);
+  EXPECT_EQ(fgets2(buffer, 8, bad), nullptr);
+  EXPECT_EQ(fputc2('a', bad), -1);
+  EXPECT_EQ(fputs2(L"a", bad), -1);
+  EXPECT_EQ(fprintf2(bad, L"a"), -1);
+  EXPECT_EQ(ffilelength2(bad), -1);
+  EXPECT_EQ(ftell2(bad), -1);
+  EXPECT_EQ(fread2(buffer, 1, 1, bad), 0u);
+  EXPECT_EQ(file_get_charset(bad), -1);
+  EXPECT_EQ(file_get_charset(999), -1);
+  file_put_charset(999, QXCHARSET_WINDOWS_LATIN1); // ignored
+
+  // Registered but not opened as a stream: no stream behind the handle.
+  std::string path = Path();
+  std::wstring name(path.begin(), path.end());
+  int handle = register_file(name.c_str(), FILETYPE_ANY, true);
+  FILE* f = reinterpret_cast<FILE*>(static_cast<intptr_t>(handle));
+  EXPECT_EQ(file_get_charset(handle), system_charset());
+  file_put_charset(f, QXCHARSET_ISO8859_2);
+  EXPECT_EQ(file_get_charset(handle), QXCHARSET_ISO8859_2) << "both forms are one tag";
+  EXPECT_EQ(fgetc2(f), -1);
+  EXPECT_EQ(fputs2(L"a", f), -1);
+  unregister_file(handle);
+}
+
+struct WriteCase {
+  QXCHARSET cs;
+  std::string bytes; // what fputs2(L"x\ny") and fputc2 ('\n', e acute) write
+};
+
+TEST_F(Streams, WritesEachCharacterSetsLineEnd) {
+  const WriteCase cases[] = {
+      {QXCHARSET_WINDOWS_LATIN1, "x\r\ny\r\n\xe9"},
+      {QXCHARSET_ISO8859_1, "x\ny\n\xe9"},
+      {QXCHARSET_CODEPAGE_850, "x\r\ny\r\n\x82"},
+      {QXCHARSET_MAC_ROMAN,
+       std::string("x\ry\r") + (GetWinCodePage(system_charset()) == 1252 ? "\xe9" : "")},
+  };
+  for (const WriteCase& c : cases) {
+    SCOPED_TRACE(CharsetName(c.cs));
+    FILE* f = OpenStream(Path(), OPEN_CREATE, c.cs);
+    ASSERT_NE(f, nullptr);
+    EXPECT_EQ(fputs2(L"x\ny", f), 0);
+    EXPECT_EQ(fputc2('\n', f), '\n');
+    EXPECT_EQ(fputc2(0xE9, f), 0xE9);
+    CloseStream(f);
+    if (c.cs == QXCHARSET_MAC_ROMAN)
+      EXPECT_EQ(dir_.Read("t.txt").substr(0, 4), c.bytes.substr(0, 4));
+    else
+      EXPECT_EQ(dir_.Read("t.txt"), c.bytes);
+  }
+}
+
+TEST_F(Streams, FormatsIntoOneThousandTwentyFourUnits) {
+  FILE* f = OpenStream(Path(), OPEN_CREATE, QXCHARSET_WINDOWS_LATIN1);
+  ASSERT_NE(f, nullptr);
+  EXPECT_EQ(fprintf2(f, L"%s=%d;%hs%c\n", L"n\u00e9", 42, "narrow", L'!'), 14);
+  std::wstring longest(1023, L'y'), tooLong(1024, L'z');
+  EXPECT_EQ(fprintf2(f, L"%s", longest.c_str()), 1023);
+  EXPECT_EQ(fprintf2(f, L"%s", tooLong.c_str()), -1) << "refused";
+  EXPECT_EQ(fprintf2(f, L"%s%s", longest.c_str(), L"z"), -1) << "refused";
+  EXPECT_EQ(fprintf2(f, L"%I64d|%5.1f|%%", 1LL << 40, 2.75), 21);
+  CloseStream(f);
+  EXPECT_EQ(dir_.Read("t.txt"),
+            "n\xe9=42;narrow!\r\n" + std::string(1023, 'y') + "1099511627776|  2.8|%");
+}
+
+// Differential: random multi-line text in each character set with a code
+// page, written through a mix of fputs2, fputc2 and fprintf2, must be on
+// disk what converting each line gives, and read back by fgets2 (random
+// buffer sizes) and fgetc2 as the text.
+std::vector<wchar_t> Alphabet(QXCHARSET cs) {
+  std::vector<wchar_t> out;
+  auto tryBytes = [&](const char* bytes, unsigned len) {
+    wchar_t w[4] = {};
+    if (!ConvertMBCSCharToSystem(bytes, len, cs, w, 2) || w[1] != 0 || w[0] < 0x20 ||
+        qx::platform::IsNonSpacingMark(w[0]))
+      return;
+    char back[4] = {};
+    if (ConvertSystemToMBCSChar(w, back, cs, 4, false) &&
+        std::string(back) == std::string(bytes, len))
+      out.push_back(w[0]);
+  };
+  for (int b = 0x20; b < 0x100; ++b) {
+    char one[2] = {static_cast<char>(b), 0};
+    tryBytes(one, 1);
+  }
+  if (CharsetDBCS(cs))
+    for (int lead = 0x81; lead < 0xFF; lead += 3)
+      for (int trail = 0x40; trail < 0xFF; trail += 5) {
+        char two[3] = {static_cast<char>(lead), static_cast<char>(trail), 0};
+        tryBytes(two, 2);
+      }
+  return out;
+}
+
+TEST_F(Streams, EveryCharacterSetRoundTrips) {
+  int walked = 0;
+  for (int m = 0; m < kQXCharsetCount; ++m) {
+    QXCHARSET cs = static_cast<QXCHARSET>(m);
+    if (GetWinCodePage(cs) < 0)
+      continue;
+    SCOPED_TRACE(CharsetName(cs));
+    ++walked;
+    std::vector<wchar_t> alphabet = Alphabet(cs);
+    ASSERT_GT(alphabet.size(), 90u);
+    std::mt19937 random(static_cast<unsigned>(m) * 31 + 7);
+    std::wstring text;
+    std::string expected;
+    std::string lineEnd;
+    for (const wchar_t* p = CharsetSlashN(cs); *p; ++p)
+      lineEnd.push_back(static_cast<char>(*p));
+    FILE* f = OpenStream(Path(), OPEN_CREATE, cs);
+    ASSERT_NE(f, nullptr);
+    for (int line = 0; line < 60; ++line) {
+      std::wstring l;
+      size_t length = random() % (line % 7 == 0 ? 300 : 50);
+      for (size_t i = 0; i < length; ++i)
+        l.push_back(alphabet[random() % alphabet.size()]);
+      std::vector<char> bytes(l.size() * 2 + 1);
+      ASSERT_TRUE(ConvertSystemToMBCSChar(l.c_str(), bytes.data(), cs,
+                                          static_cast<unsigned>(bytes.size()), false));
+      expected += bytes.data() + lineEnd;
+      text += l + L"\n";
+      switch (random() % 3) {
+      case 0:
+        ASSERT_EQ(fputs2((l + L"\n").c_str(), f), 0);
+        break;
+      case 1:
+        for (wchar_t c : l)
+          ASSERT_EQ(fputc2(c, f), static_cast<int>(c));
+        ASSERT_EQ(fputc2('\n', f), '\n');
+        break;
+      default:
+        ASSERT_EQ(fprintf2(f, L"%s\n", l.c_str()), static_cast<int>(l.size() + 1));
+      }
+    }
+    CloseStream(f);
+    ASSERT_EQ(dir_.Read("t.txt"), expected);
+
+    f = OpenStream(Path(), OPEN_READ, cs);
+    ASSERT_NE(f, nullptr);
+    std::wstring lines;
+    qxtest::ReadLines(
+        f, [&] { return 1 + static_cast<int>(random() % 90) + 1; }, &lines, false);
+    EXPECT_EQ(lines, text);
+    EXPECT_EQ(fseek2(f, 0, SEEK_SET), 0);
+    EXPECT_EQ(qxtest::ReadChars(f), text);
+    CloseStream(f);
+  }
+  EXPECT_EQ(walked, 35);
+}
+
+} // namespace
