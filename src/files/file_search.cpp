@@ -11,6 +11,7 @@
 #include "platform/file_find.h"
 #include "qxutil/files.h"
 
+#include <cerrno>
 #include <cwchar>
 #include <new>
 
@@ -65,12 +66,15 @@ bool Join(const wchar_t* dir, const wchar_t* name, wchar_t* out) {
 FindFileInfoImpl::Outcome FindFileInfoImpl::SearchTree(const wchar_t* dir, const wchar_t* name,
                                                        wchar_t* result, unsigned int resultSize) {
   wchar_t candidate[qx::files::kPathUnits];
+  errno = 0;
   if (Join(dir, name, candidate) && file_exists_anycase(candidate, FILETYPE_ANY)) {
     if (std::wcslen(candidate) + 1 >= resultSize)
       return kNotFound; // does not fit: this tree's search ends
     strcpyn(result, candidate, resultSize);
     return kFound;
   }
+  if (errno == ENOMEM)
+    return kOutOfMemory; // a case variant may be there: the answer is unknown
   wchar_t pattern[qx::files::kPathUnits];
   if (!Join(dir, L"*", pattern))
     return kNotFound;
@@ -92,10 +96,13 @@ FindFileInfoImpl::Outcome FindFileInfoImpl::SearchTree(const wchar_t* dir, const
 bool FindFileInfoImpl::Find(const wchar_t* name, wchar_t* result, unsigned int resultSize) {
   if (!name || !result || resultSize == 0)
     return false;
+  errno = 0;
   if (file_exists_anycase(name, FILETYPE_ANY)) {
     strcpyn(result, name, resultSize);
     return true;
   }
+  if (errno == ENOMEM)
+    return false;
   if (!searchDirectories_)
     return false;
   wchar_t path[qx::files::kPathUnits], file[qx::files::kPathUnits];

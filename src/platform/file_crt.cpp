@@ -39,7 +39,8 @@ int FailWith(int windowsErrno) {
 
 // WithName - makes `call` with the kernel name of `path`; when that fails
 // because a component does not exist as spelled, makes it once more with
-// the name resolved ignoring case. The result and errno are the kernel's.
+// the name resolved ignoring case. The result and errno are the kernel's,
+// or ENOMEM when the lookup ignoring case could not get its memory.
 template <class Call> int WithName(const wchar_t* path, Call call) {
   char name[kKernelPathSize];
   if (!KernelPath(path, name))
@@ -49,7 +50,8 @@ template <class Call> int WithName(const wchar_t* path, Call call) {
     return r;
   int saved = errno;
   if (!ResolveCase(name, false)) {
-    errno = saved;
+    if (errno != ENOMEM)
+      errno = saved; // no case variant either: the first answer stands
     return -1;
   }
   return call(name);
@@ -349,17 +351,14 @@ wchar_t* _wgetdcwd(int drive, wchar_t* buffer, int maxlen) {
     Fail();
     return nullptr;
   }
-  std::wstring wide;
-  try {
-    wide = Utf8ToWide(cwd);
-  } catch (...) {
-    errno = kErrNoMem;
-    return nullptr;
-  }
-  size_t need = 2 + wide.size() + 1;
+  // Decoded into a fixed buffer: the directory never depends on the heap.
+  wchar_t wide[kKernelPathSize + 1];
+  Utf8Decoder decoder;
+  const size_t units = decoder.Decode(cwd, std::strlen(cwd), true, wide);
+  size_t need = 2 + units + 1;
   if (!buffer) {
-    size_t units = need > static_cast<size_t>(maxlen > 0 ? maxlen : 0) ? need : maxlen;
-    buffer = static_cast<wchar_t*>(std::malloc(units * sizeof(wchar_t)));
+    size_t room = need > static_cast<size_t>(maxlen > 0 ? maxlen : 0) ? need : maxlen;
+    buffer = static_cast<wchar_t*>(std::malloc(room * sizeof(wchar_t)));
     if (!buffer) {
       errno = kErrNoMem;
       return nullptr;
@@ -370,9 +369,9 @@ wchar_t* _wgetdcwd(int drive, wchar_t* buffer, int maxlen) {
   }
   buffer[0] = static_cast<wchar_t>(drive == 0 ? L'C' : L'A' + drive - 1);
   buffer[1] = L':';
-  for (size_t i = 0; i < wide.size(); ++i)
+  for (size_t i = 0; i < units; ++i)
     buffer[2 + i] = wide[i] == L'/' ? L'\\' : wide[i];
-  buffer[2 + wide.size()] = 0;
+  buffer[2 + units] = 0;
   return buffer;
 }
 
