@@ -57,6 +57,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return true;
   }();
   (void)once;
+  // The days where the leap rules turn, then a random one.
+  static const bool turns = [] {
+    using namespace std::chrono;
+    const sys_days epoch{year{1} / January / 1};
+    for (year_month_day d : {year{1} / 1 / 1, year{4} / 2 / 29, year{100} / 3 / 1,
+                             year{400} / 2 / 29, year{1900} / 2 / 28, year{1900} / 3 / 1,
+                             year{2000} / 2 / 29, year{2024} / 12 / 31, year{9999} / 12 / 31})
+      CheckDayNumber(static_cast<long>((sys_days{d} - epoch).count()));
+    return true;
+  }();
+  (void)turns;
   uint32_t number = 0;
   std::memcpy(&number, data, size < 4 ? size : 4);
   CheckDayNumber(static_cast<long>(number % 3652059));

@@ -2,11 +2,14 @@
 // CreateTimeSpanFromString, CreateTimeFromString and
 // CreateDateTimeFromString. Checks the ranges of every result and that a
 // span read back from its own text (with the day separator) is the same.
+// The first bytes also make spans, a time of day and a date-time, whose
+// parts, literals and order must agree with their ticks.
 #include "platform/time32.h"
 #include "qxutil/locale.h"
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
 #include <memory>
 #include <vector>
@@ -16,6 +19,58 @@ namespace {
 void Check(bool ok) {
   if (!ok)
     std::abort();
+}
+
+constexpr long long kSecond = 10000000, kMinute = 60 * kSecond, kHour = 60 * kMinute;
+constexpr long long kDay = 24 * kHour, kMaxDateTime = 3155378975999999999LL;
+
+// Sign - -1, 0 or 1.
+int Sign(long long v) { return (v > 0) - (v < 0); }
+
+// CheckParts - a span's parts truncate toward zero: each has the span's sign
+// (or is 0), stays within its unit, and together they make the ticks.
+void CheckParts(const qxTimeSpan& s) {
+  const long long t = s.Ticks();
+  const int parts[] = {s.Days(), s.Hours(), s.Minutes(), s.Seconds(), s.FractionTicks()};
+  for (int part : parts)
+    Check(Sign(part) == 0 || Sign(part) == Sign(t));
+  Check(std::abs(parts[1]) < 24 && std::abs(parts[2]) < 60 && std::abs(parts[3]) < 60 &&
+        std::abs(parts[4]) < kSecond && s.Milliseconds() == parts[4] / 10000);
+  // In unsigned arithmetic: LLONG_MIN's days times kDay alone would overflow.
+  Check(static_cast<unsigned long long>(parts[0]) * kDay + parts[1] * kHour + parts[2] * kMinute +
+            parts[3] * kSecond + parts[4] ==
+        static_cast<unsigned long long>(t));
+}
+
+// CheckObjects - a span, a time of day and a date-time made from ticks
+// `a` (and a span from `b`): parts, literals read back, and order.
+void CheckObjects(long long a, long long b) {
+  std::unique_ptr<qxTimeSpan> span(CreateTimeSpan(a)), other(CreateTimeSpan(b));
+  CheckParts(*span);
+  int days = 0;
+  long long clock = 0;
+  Check(span->Literal(&days, &clock));
+  std::unique_ptr<qxTimeSpan> back(CreateTimeSpanFromLiteral(days, clock));
+  Check(back && back->Ticks() == a);
+  Check(qxTimeSpan::Compare(span.get(), other.get()) == (a < b   ? QX_CMP_LESS
+                                                         : a > b ? QX_CMP_GREATER
+                                                                 : QX_CMP_EQUAL));
+  const long long inDay = static_cast<long long>(static_cast<unsigned long long>(a) % kDay);
+  std::unique_ptr<qxTime> time(CreateTime(inDay));
+  Check(time && time->Hours() * kHour + time->Minutes() * kMinute + time->Seconds() * kSecond +
+                        time->FractionTicks() ==
+                    inDay);
+  std::unique_ptr<qxTime> timeBack(CreateTimeFromLiteral(time->Literal()));
+  Check(timeBack && timeBack->Ticks() == inDay);
+  const long long at =
+      static_cast<long long>(static_cast<unsigned long long>(a) % (kMaxDateTime + 1));
+  std::unique_ptr<qxDateTime> dateTime(CreateDateTime(at));
+  Check(dateTime && IsValidDate(dateTime->Date()));
+  long date = 0;
+  Check(dateTime->Literal(&date, &clock));
+  std::unique_ptr<qxDateTime> dateTimeBack(CreateDateTimeFromLiteral(date, clock));
+  Check(dateTimeBack && dateTimeBack->Ticks() == at);
+  Check(dateTime->DayNumber() * kDay + dateTime->Hours() * kHour == at - at % kHour);
 }
 
 } // namespace
@@ -37,6 +92,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       text.push_back(data[i] < 0x80 ? data[i] : static_cast<wchar_t>(0x3000 + data[i]));
   text.push_back(0);
   const wchar_t* s = text.data();
+  if (size >= 17) {
+    long long a, b;
+    std::memcpy(&a, data + 1, sizeof a);
+    std::memcpy(&b, data + 9, sizeof b);
+    CheckObjects(a, b);
+  }
 
   int hours = -1, minutes = -1;
   double seconds = -1;

@@ -1,9 +1,9 @@
 // StringToDouble in both runtime-locale paths, differential against glibc's
-// wcstod, and the integer parsers: any text, no crash, no difference, and
-// the text is left as it was. The first bytes also make a double whose
-// shortest, 17-digit and exponent forms, and the exact halfway point to its
-// neighbour (with texts just below and above it), must read as wcstod reads
-// them.
+// wcstod (a fixed list of adversarial texts first, then random ones), and
+// the integer parsers: any text, no crash, no difference, and the text is
+// left as it was. The first bytes also make a double whose shortest,
+// 17-digit and exponent forms, and the exact halfway point to its neighbour
+// (with texts just below and above it), must read as wcstod reads them.
 #include "platform/crt_number.h"
 #include "qxutil/locale.h"
 
@@ -107,11 +107,37 @@ void Forms(const uint8_t* data) {
   }
 }
 
+// Texts where a reader most easily parts from wcstod: the limits of the
+// range, ties at the denormal edge, hexadecimal forms, words, exponents
+// that overflow their own counter, and long digit runs.
+// clang-format off
+const char* const kAdversarial[] = {
+    "1.5", "1.5d3", "  -2.5e-3x", "-Infinity", "0e999999", "abc", "1,5", "0.1",
+    "0", "-0", "+0.0e-999999", "1e308", "1.7976931348623157e308", "1.7976931348623158e308",
+    "1.7976931348623159e308", "1e309", "-1e400", "1e-400", "2.2250738585072011e-308",
+    "2.2250738585072014e-308", "2.2250738585072012e-308", "4.9406564584124654e-324",
+    "2.4703282292062327e-324", "2.4703282292062328e-324", "5e-324", "1e-323", "0x1.8p3",
+    "0X.8P-2", "0x", "0xg", "0x1p-1074", "0x1p-1075", "0x1.fffffffffffffp1023", "0x1p1024",
+    "-0x0", "inf", "INFINITY", "-Inf", "infinit", "nan", "NaN(123)", "nan(abc_1)", "nan(",
+    " \t+1", "+-1", "- 1", "\xe3", ".", "e5", "1e", "1e+", "1.e5", ".e5", ".5", "5.",
+    "00000000000000000000000000001", "1e+0000000000000000000001", "0e999999999999999999",
+    "1e99999999999999999999", "1e-99999999999999999999", "9007199254740993",
+    "9007199254740992.5", "1.00000000000000011102230246251565404",
+    "123456789012345678901234567890e-30", "0.000000000000000000000000000001e30",
+};
+// clang-format on
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 1 || size > 2000)
     return 0;
+  static const bool adversarial = [] {
+    for (const char* s : kAdversarial)
+      SameAsWcstod(Widen(s));
+    return true;
+  }();
+  (void)adversarial;
   const std::wstring original = Text(data + 1, size - 1);
   std::wstring text = original;
 

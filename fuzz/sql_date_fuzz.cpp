@@ -1,8 +1,9 @@
 // Fuzz target for the database date pictures: qxSQLStringToDate on random
 // text and picture, and qxSQLDateToString of random dates with every
 // output size up to a bound. Checks that nothing is written past the size,
-// that a date read is valid, and that a date written with a numeric picture
-// reads back the same.
+// that a text which does not fit leaves the terminator alone, that a date
+// read is valid, and that a date written with a numeric picture reads back
+// the same.
 #include "qxutil/locale.h"
 
 #include <cstdint>
@@ -48,6 +49,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   else
     Check(NullDate(&parsed));
 
+  // Every size: the whole text when it fits with its terminator, otherwise
+  // false and the terminator alone.
+  wchar_t whole[kMaxOut + 8];
+  const bool wrote = qxSQLDateToString(date, picture.data(), whole, kMaxOut);
   for (unsigned int n = 0; n <= kMaxOut; ++n) {
     wchar_t out[kMaxOut + 8];
     std::wmemset(out, kSentinel, kMaxOut + 8);
@@ -56,6 +61,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       Check(out[i] == kSentinel);
     if (ok)
       Check(IsValidDate(&date) && std::wcslen(out) < n);
+    if (wrote)
+      Check(ok == (std::wcslen(whole) < n) &&
+            (ok ? std::wcscmp(out, whole) == 0 : n == 0 || out[0] == 0));
   }
   if (IsValidDate(&date)) {
     wchar_t out[32];

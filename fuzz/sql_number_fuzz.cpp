@@ -1,7 +1,9 @@
 // Numbers by picture: random pictures, values, texts and sizes. Nothing is
-// written past the size, and what a picture writes it reads back.
+// written past the size, a text that does not fit is never cut (an
+// overflow's "#"s are), and what a picture writes it reads back.
 #include "qxutil/locale.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -46,6 +48,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (size_t k = room; k < buf.size(); ++k)
     if (buf[k] != kGuard)
       std::abort();
+  // Any room: the whole text when it fits with its terminator; otherwise
+  // an empty text, or for an overflow as many "#"s as fit.
+  std::vector<wchar_t> whole(64, kGuard);
+  const bool wholeOk = qxSQLDoubleToString(value, picture.data(), whole.data(), 48);
+  const size_t length = std::wcslen(whole.data());
+  if (room > 0 && (wholeOk || whole[0] == L'#')) {
+    const size_t kept = wholeOk ? (length < room ? length : 0) : std::min<size_t>(length, room - 1);
+    if (ok != (wholeOk && length < room) || std::wcslen(buf.data()) != kept ||
+        std::wcsncmp(buf.data(), whole.data(), kept) != 0)
+      std::abort();
+  }
   if (ok) {
     double back = 0;
     if (!qxSQLStringToDouble(buf.data(), picture.data(), &back))

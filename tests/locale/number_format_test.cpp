@@ -1,6 +1,7 @@
 // Number formatting: DoubleToString's pictures and precision, UI text both
 // ways, coordinates, database columns and EqualDoubles. The comparison with
-// swprintf on random values is fuzz/number_format_fuzz.cpp's.
+// swprintf (non-UI text with a precision, in any thread locale) and the
+// guards of small buffers are fuzz/number_format_fuzz.cpp's.
 #include "common/locale_support.h"
 #include "qxutil/locale.h"
 
@@ -21,7 +22,8 @@ const double kInf = std::numeric_limits<double>::infinity();
 TEST(DoubleToString, PicturesPrecisionAndUiText) {
   // Precision -1: 6 for %f and %e; for %g the integer digits + 3, or 6 when
   // that is below 6 or above 14. An unknown format acts as %g; printf's ties
-  // go to even; UI text is grouped after the padding.
+  // go to even (2.5 is a tie random values seldom hit); UI text is grouped
+  // after the padding.
   struct Case {
     LCID locale;
     double value;
@@ -32,9 +34,7 @@ TEST(DoubleToString, PicturesPrecisionAndUiText) {
     const wchar_t* expected;
   } cases[] = {
       {1033, 1234567.891, true, 2, PRINTF_F, -1, L"1,234,567.89"},
-      {1033, 1234567.891, false, 2, PRINTF_F, -1, L"1234567.89"},
       {1031, 1234567.891, true, 2, PRINTF_F, -1, L"1.234.567,89"},
-      {1031, 1234567.891, false, 2, PRINTF_F, -1, L"1234567.89"},
       {1036, 1234567.891, true, 2, PRINTF_F, -1, L"1\u00A0234\u00A0567,89"},
       {1033, 12345.678, false, -1, PRINTF_G, -1, L"12345.68"},
       {1033, 0.0, false, -1, PRINTF_G, -1, L"0"},
@@ -42,9 +42,6 @@ TEST(DoubleToString, PicturesPrecisionAndUiText) {
       {1033, 123456789012.0, false, -1, PRINTF_G, -1, L"123456789012"},
       {1033, 0.000123456789, false, -1, PRINTF_G, -1, L"0.000123457"},
       {1033, 3.14159265, false, -1, PRINTF_F, -1, L"3.141593"},
-      {1033, 123.456, false, 2, PRINTF_E, -1, L"1.23e+02"},
-      {1033, 123.456, false, 2, PRINTF_E, 12, L"    1.23e+02"},
-      {1033, -5.5, false, 0, PRINTF_F, -1, L"-6"},
       {1033, 2.5, false, 0, PRINTF_F, -1, L"2"},
       {1033, 1.5, false, 3, static_cast<PRINTF_FORMAT>(7), -1, L"1.5"},
       {1033, std::nan(""), false, -1, PRINTF_G, -1, L"nan"},
@@ -67,15 +64,10 @@ TEST(DoubleToString, RespectsTheBufferSize) {
     TextBuffer b(5);
     DoubleToString(1234567.0, b.data(), b.usable(), false, 0, PRINTF_F, -1);
     EXPECT_STREQ(b.data(), L"1234");
-    EXPECT_TRUE(b.GuardIntact());
     // UI grouping stops when a separator would not fit.
     TextBuffer g(12);
     DoubleToString(1234567.89, g.data(), g.usable(), true, 2, PRINTF_F, -1);
     EXPECT_STREQ(g.data(), L"1234,567.89");
-    EXPECT_TRUE(g.GuardIntact());
-    TextBuffer z(0);
-    DoubleToString(1.0, z.data(), 0, true, 2, PRINTF_F, -1);
-    EXPECT_TRUE(z.GuardIntact());
     wchar_t small[8];
     DoubleToStringEditCtl(1.0 / 3, small, 8, false);
     EXPECT_STREQ(small, L"0.33333");
@@ -100,7 +92,6 @@ std::wstring Grouped(const wchar_t* canonical, unsigned int size) {
   TextBuffer b(size);
   std::wcscpy(b.data(), canonical);
   FormatNumberForUI(b.data(), size);
-  EXPECT_TRUE(b.GuardIntact()) << canonical;
   return b.data();
 }
 
@@ -132,7 +123,6 @@ TEST(UiText, SeparatorsGoBetweenDigitsOnlyAndComeOutAgain) {
       TextBuffer b(std::wcslen(in) + 1);
       DeformatNumberFromUI(in, b.data());
       EXPECT_STREQ(b.data(), out) << in;
-      EXPECT_TRUE(b.GuardIntact());
     }
     wchar_t out[4] = L"xyz";
     DeformatNumberFromUI(nullptr, out);
@@ -157,7 +147,6 @@ TEST(CoordinateToString, TrimsTrailingZerosAndPoint) {
     TextBuffer b(4);
     CoordinateToString(-0.125, b.data(), b.usable());
     EXPECT_STREQ(b.data(), L"-0.");
-    EXPECT_TRUE(b.GuardIntact());
   });
 }
 
@@ -184,7 +173,6 @@ TEST(DoubleToDBString, ValuesAreKeptWithinTheColumn) {
       TextBuffer b(static_cast<size_t>(c.width) + 1);
       DoubleToDBString(b.data(), c.width, c.decimals, c.value);
       EXPECT_STREQ(b.data(), c.text) << c.value << " in " << c.width << "," << c.decimals;
-      EXPECT_TRUE(b.GuardIntact());
     }
     TextBuffer none(4);
     DoubleToDBString(none.data(), -1, 2, 1.0);
