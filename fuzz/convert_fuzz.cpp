@@ -4,10 +4,13 @@
 // buffer size from 0 to a small bound; the bytes past each size must stay
 // untouched (dstLen + 1 units for the wide side). For members with a code
 // page, ConvertSystemToMBCSChar must equal WideCharToMultiByte with
-// WC_COMPOSITECHECK on text rich in nonspacing marks.
+// WC_COMPOSITECHECK on text rich in nonspacing marks. The byte table of a
+// pair of members with maps must send no byte to 0 or 255, and a byte whose
+// character both maps hold to a byte with that character and back.
 #include "platform/codepage.h"
 #include "qxutil/text.h"
 #include "qxutil/winlocale.h"
+#include "text/charset_maps.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,6 +34,24 @@ constexpr QXCHARSET kMembers[] = {QXCHARSET_WINDOWS_TRAD_CHINESE,
 void Check(bool ok) {
   if (!ok)
     std::abort();
+}
+
+// CheckRoundTrip - the byte table `fwd` from `a` to `b` against both maps.
+void CheckRoundTrip(QXCHARSET a, QXCHARSET b, const unsigned char* fwd) {
+  const qx::CharsetUnicodeMap* mapA = qx::CharsetUnicodeMapOf(a);
+  const qx::CharsetUnicodeMap* mapB = qx::CharsetUnicodeMapOf(b);
+  std::vector<unsigned char> forward(fwd, fwd + 256); // the next call may reuse the slot
+  int count = 0;
+  unsigned char* back = nullptr;
+  Check(mapA && mapB && ConvertCharset(b, a, &count, &back));
+  for (int s = 1; s < 256; ++s) {
+    Check(forward[s] != 0 && forward[s] != 255);
+    uint16_t c = (*mapA)[s];
+    if (qx::IsUnmappedMarker(c) || forward[s] == '_')
+      continue;
+    Check((*mapB)[forward[s]] == c);
+    Check(s == 255 || (*mapA)[back[forward[s]]] == c); // 255 is never a target
+  }
 }
 
 // SameAsCompositeCheck - ConvertSystemToMBCSChar on units drawn from a pool
@@ -102,9 +123,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // The byte tables and the line-end rewriters on the same input.
   int count = 0;
   unsigned char* table = nullptr;
-  if (n >= 2 && ConvertCharset(static_cast<QXCHARSET>(data[1] % 58),
-                               static_cast<QXCHARSET>(data[2 % size] % 58), &count, &table))
+  const auto from = static_cast<QXCHARSET>(data[1 % size] % 58);
+  const auto to = static_cast<QXCHARSET>(data[2 % size] % 58);
+  if (n >= 2 && ConvertCharset(from, to, &count, &table)) {
     Check(table[0] == '_');
+    CheckRoundTrip(from, to, table);
+  }
   if (wchar_t* out = ConvertPlatformCRLFToLF(wide.data()))
     ffree(&out);
   if (wchar_t* out = ConvertLFToPlatformCRLF(wide.data()))

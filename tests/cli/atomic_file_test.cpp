@@ -1,17 +1,16 @@
 // Tests of the program's atomic output file: the target holds either its
 // previous bytes or all the new ones, and no temporary file is left.
 #include "atomic_file.h"
+#include "common/temp_dir.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <thread>
 
-#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,32 +18,14 @@ namespace {
 
 class AtomicFileTest : public testing::Test {
 protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/qxutil-atomic-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    target_ = dir_ + "/target.txt";
-  }
-  void TearDown() override { EXPECT_EQ(std::system(("rm -rf " + dir_).c_str()), 0); }
-
-  void Put(const std::string& text) { std::ofstream(target_, std::ios::binary) << text; }
-  std::string Get() {
-    std::ifstream f(target_, std::ios::binary);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
-  }
   // Entries - the files in the directory.
-  int Entries() {
-    int n = 0;
-    DIR* d = opendir(dir_.c_str());
-    while (dirent* e = readdir(d))
-      n += e->d_name[0] != '.';
-    closedir(d);
-    return n;
+  long Entries() {
+    std::filesystem::directory_iterator files(dir_.Path());
+    return std::distance(begin(files), end(files));
   }
 
-  std::string dir_, target_;
+  qxtest::TempDir dir_;
+  const std::string target_ = dir_.Path("target.txt");
 };
 
 // What each way of ending leaves: the target's bytes and the files around it.
@@ -68,7 +49,7 @@ TEST_F(AtomicFileTest, TargetIsWholeOldOrWholeNew) {
                  << "ending " << static_cast<int>(t.ending) << " existed " << t.existed);
     unlink(target_.c_str());
     if (t.existed) {
-      Put("old");
+      dir_.Write("target.txt", "old");
       ASSERT_EQ(chmod(target_.c_str(), 0640), 0);
     }
     {
@@ -78,7 +59,7 @@ TEST_F(AtomicFileTest, TargetIsWholeOldOrWholeNew) {
       ASSERT_TRUE(out.Write("new ", 4));
       EXPECT_EQ(Entries(), t.existed ? 2 : 1); // the temporary file beside it
       if (t.existed) {
-        EXPECT_EQ(Get(), "old"); // nothing shows before the commit
+        EXPECT_EQ(dir_.Read("target.txt"), "old"); // nothing shows before the commit
       }
       ASSERT_TRUE(out.Write("bytes", 5));
       if (t.ending == Ending::kCommit) {
@@ -89,7 +70,7 @@ TEST_F(AtomicFileTest, TargetIsWholeOldOrWholeNew) {
     }
     struct stat st;
     if (t.expected) {
-      EXPECT_EQ(Get(), t.expected);
+      EXPECT_EQ(dir_.Read("target.txt"), t.expected);
       EXPECT_EQ(Entries(), 1);
       ASSERT_EQ(stat(target_.c_str(), &st), 0);
       if (t.existed) {
@@ -104,22 +85,19 @@ TEST_F(AtomicFileTest, TargetIsWholeOldOrWholeNew) {
 
 TEST_F(AtomicFileTest, FailuresLeaveNoTrace) {
   qxcli::AtomicFile nowhere;
-  EXPECT_FALSE(nowhere.Open((dir_ + "/missing/target").c_str()));
+  EXPECT_FALSE(nowhere.Open(dir_.Path("missing/target").c_str()));
   EXPECT_EQ(errno, ENOENT);
   EXPECT_EQ(Entries(), 0);
   // The target is a directory with an entry: the rename over it fails.
   ASSERT_EQ(mkdir(target_.c_str(), 0755), 0);
-  std::ofstream(target_ + "/inside") << "keep";
+  dir_.Write("target.txt/inside", "keep");
   qxcli::AtomicFile out;
   ASSERT_TRUE(out.Open(target_.c_str()));
   ASSERT_TRUE(out.Write("x", 1));
   EXPECT_FALSE(out.Commit());
   EXPECT_NE(errno, 0);
   EXPECT_EQ(Entries(), 1); // the directory alone: no temporary file
-  std::ifstream inside(target_ + "/inside");
-  std::string text;
-  inside >> text;
-  EXPECT_EQ(text, "keep");
+  EXPECT_EQ(dir_.Read("target.txt/inside"), "keep");
 }
 
 // A device or a pipe is written in place, never replaced by a regular file.

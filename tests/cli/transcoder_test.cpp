@@ -96,15 +96,4 @@ TEST(Transcoder, BytesAndUnconvertedCharacters) {
   }
 }
 
-TEST(Transcoder, Charsets) {
-  qxcli::Charset cs;
-  EXPECT_TRUE(qxcli::ParseCharset("utf8", &cs));
-  EXPECT_TRUE(cs.utf8);
-  EXPECT_EQ(cs.name, "UTF-8");
-  EXPECT_TRUE(qxcli::ParseCharset("windowslatin1", &cs));
-  EXPECT_EQ(cs.name, "WindowsLatin1");
-  EXPECT_TRUE(cs.page && !cs.dbcs && cs.Convertible());
-  EXPECT_FALSE(qxcli::ParseCharset("Klingon", &cs));
-}
-
 } // namespace
