@@ -65,13 +65,7 @@ struct ListChange {
 
 const ListChange kChanges[] = {
     {"Add (a new single)", {{10, 20}}, 'a', 30, 0, {{10, 20}, {30, 30}}, false},
-    {"Add (below the last)",
-     {{10, 20}, {40, 40}},
-     'a',
-     30,
-     0,
-     {{10, 20}, {30, 30}, {40, 40}},
-     false},
+    {"Add (inside)", {{10, 20}, {40, 40}}, 'a', 30, 0, {{10, 20}, {30, 30}, {40, 40}}, false},
     {"Add (joining two entries)", {{10, 20}, {22, 22}}, 'a', 21, 0, {{10, 22}}, true},
     {"AddRange (a new run)", {{1, 3}, {7, 9}}, 'r', 200, 100, {{1, 3}, {7, 9}, {100, 200}}, false},
     {"AddRange (merging)", {{1, 3}, {5, 5}, {7, 9}, {12, 12}}, 'r', 4, 6, {{1, 9}, {12, 12}}, true},

@@ -1,9 +1,8 @@
 // The QXList members: one table of operation sequences and the runs they
-// leave, run on all three members; what only the internals show (the word
-// layout, the growth of the range array, the 32-bit total); and a short
-// differential run against std::set, which also covers both enumerators,
-// GetAt, refused values, the top value and the accessor's cache across
-// changes (the long runs are in fuzz/containers_differential_fuzz.cpp).
+// leave, run on all three members, and what only the internals show (the
+// word layout, the growth of the range array, the 32-bit total). Random runs
+// against std::set (enumerators, GetAt, refused values, the accessor's cache)
+// are in fuzz/containers_differential_fuzz.cpp.
 #include "common/integer_list_model.h"
 #include "containers/range_list.h"
 #include "containers/word_list.h"
@@ -12,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <random>
 #include <utility>
 #include <vector>
 
@@ -92,20 +90,6 @@ TYPED_TEST(IntegerList, Sequences) {
     std::unique_ptr<QXList<T>> copy(list->Clone());
     list->Clear();
     EXPECT_EQ(RunsOf(copy.get()), c.runs) << c.name << " (clone)";
-  }
-}
-
-TYPED_TEST(IntegerList, AgreesWithStdSet) {
-  using T = TypeParam;
-  for (qxtest::Profile profile : {qxtest::Profile::kDense, qxtest::Profile::kSparse,
-                                  qxtest::Profile::kMixed, qxtest::Profile::kEdges}) {
-    std::mt19937_64 random(static_cast<unsigned>(profile) + 11);
-    auto next = [&] { return random(); };
-    qxtest::IntegerListDifferential<T> d(profile);
-    ASSERT_TRUE(d.ok());
-    const int steps = profile == qxtest::Profile::kEdges ? 3000 : 300; // edge sets are tiny
-    for (int step = 0; step < steps; ++step)
-      ASSERT_EQ(d.Step(next), "") << "profile " << static_cast<int>(profile) << ", step " << step;
   }
 }
 

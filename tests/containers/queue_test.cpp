@@ -1,7 +1,7 @@
 // QUEUE: a table of the behaviours the queue keeps on purpose (position
 // codes, newest-first sorting, indexes walked unsigned, the source of a
-// merge), the disposal functions, and a short differential run against
-// std::list (the long runs are in fuzz/containers_differential_fuzz.cpp).
+// merge) and the disposal functions. Random runs against std::list are in
+// fuzz/containers_differential_fuzz.cpp.
 #include "common/queue_model.h"
 #include "qxutil/containers.h"
 
@@ -10,7 +10,6 @@
 #include <initializer_list>
 #include <memory>
 #include <new>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -180,16 +179,6 @@ TEST(Queue, Disposal) {
   DeleteQueue(&q);
   EXPECT_EQ(destroyed, 4);
   EXPECT_TRUE(NullQueue(&q));
-}
-
-TEST(Queue, AgreesWithStdList) {
-  for (unsigned seed : {1u, 2u, 3u}) {
-    std::mt19937_64 random(seed);
-    auto next = [&] { return random(); };
-    qxtest::QueueDifferential d(24);
-    for (int step = 0; step < 600; ++step)
-      ASSERT_EQ(d.Step(next), "") << "seed " << seed << ", step " << step;
-  }
 }
 
 } // namespace
