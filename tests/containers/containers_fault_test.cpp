@@ -53,7 +53,8 @@ template <class T> QXList<T>* Build(const Runs& runs) {
   return list.release();
 }
 
-// A change: from `start`, the operation (as in qxtest::Apply) gives `after`.
+// A change: from `start`, the operation (as in qxtest::Apply) gives `after`;
+// unfaulted, each row also pins the plain behaviour of the change.
 struct ListChange {
   const char* name;
   Runs start;
@@ -62,6 +63,8 @@ struct ListChange {
   Runs after;
   bool shrinks; // the word list's block shrinks last; the range arrays never shrink
 };
+
+constexpr unsigned kTop = 0x7FFFFFFF, kHi = kTop - 9; // the greatest value a long list holds
 
 const ListChange kChanges[] = {
     {"Add (a new single)", {{10, 20}}, 'a', 30, 0, {{10, 20}, {30, 30}}, false},
@@ -72,6 +75,16 @@ const ListChange kChanges[] = {
     {"Remove (a split)", {{1, 9}}, 'd', 5, 0, {{1, 4}, {6, 9}}, false},
     {"Remove (a single)", {{1, 1}, {3, 4}}, 'd', 1, 0, {{3, 4}}, true},
     {"Clear", {{1, 1}, {3, 9}}, 'c', 0, 0, {}, true},
+    {"Add (below everything)", {{1, 1}, {5, 9}}, 'a', 0, 0, {{0, 1}, {5, 9}}, false},
+    {"Add (bridging two runs)", {{1, 2}, {4, 5}}, 'a', 3, 0, {{1, 5}}, true},
+    {"Add (bridging two singles)", {{1, 1}, {3, 3}}, 'a', 2, 0, {{1, 3}}, false},
+    {"AddRange (inside a run)", {{1, 9}}, 'r', 3, 4, {{1, 9}}, false},
+    {"AddRange (over several)", {{3, 3}, {6, 6}, {10, 12}}, 'r', 2, 11, {{2, 12}}, true},
+    {"Remove (the first)", {{5, 9}}, 'd', 5, 0, {{6, 9}}, false},
+    {"Remove (the last)", {{5, 9}}, 'd', 9, 0, {{5, 8}}, false},
+    {"Remove (from a pair)", {{5, 6}}, 'd', 6, 0, {{5, 5}}, true},
+    {"Remove (absent)", {{5, 6}}, 'd', 9, 0, {{5, 6}}, false},
+    {"Remove (top)", {{kHi, kHi + 9}}, 'd', kHi + 5, 0, {{kHi, kHi + 4}, {kHi + 6, kTop}}, false},
 };
 
 // Change - builds the start, applies the operation: complete with `after`,
