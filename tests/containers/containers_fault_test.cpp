@@ -110,6 +110,21 @@ FaultCase::Outcome With(Companion* (QXList<T>::*make)(), bool (*use)(Companion*)
   return Outcome(companion != nullptr, companion && use(companion.get()));
 }
 
+// What each companion of {4, 5} must answer.
+template <class T> bool IsFourFive(QXList<T>* copy) { return Holds(copy, kFourFive); }
+template <class T> bool NextIsFour(QXListEnumerator<T>* e) {
+  T v = 0;
+  return e->Next(v) && v == 4;
+}
+template <class T> bool NextIsFourFive(QXListRangeEnumerator<T>* e) {
+  T a = 0, b = 0;
+  return e->Next(a, b) && a == 4 && b == 5;
+}
+template <class T> bool SecondIsFive(QXListItem<T>* item) {
+  T v = 0;
+  return item->GetAt(2, v) && v == 5;
+}
+
 template <class T, size_t... I> std::vector<FaultCase> ListCases(std::index_sequence<I...>) {
   return {
       {"Create",
@@ -117,33 +132,11 @@ template <class T, size_t... I> std::vector<FaultCase> ListCases(std::index_sequ
          std::unique_ptr<QXList<T>> list(QXList<T>::Create());
          return Outcome(list != nullptr, list && list->Count() == 0);
        }},
-      {"Clone",
-       [] {
-         return With<T, QXList<T>>(&QXList<T>::Clone,
-                                   [](QXList<T>* copy) { return Holds(copy, kFourFive); });
-       }},
-      {"GetEnumerator",
-       [] {
-         return With<T, QXListEnumerator<T>>(&QXList<T>::GetEnumerator, [](QXListEnumerator<T>* e) {
-           T v = 0;
-           return e->Next(v) && v == 4;
-         });
-       }},
+      {"Clone", [] { return With(&QXList<T>::Clone, &IsFourFive<T>); }},
+      {"GetEnumerator", [] { return With(&QXList<T>::GetEnumerator, &NextIsFour<T>); }},
       {"GetRangeEnumerator",
-       [] {
-         return With<T, QXListRangeEnumerator<T>>(&QXList<T>::GetRangeEnumerator,
-                                                  [](QXListRangeEnumerator<T>* e) {
-                                                    T a = 0, b = 0;
-                                                    return e->Next(a, b) && a == 4 && b == 5;
-                                                  });
-       }},
-      {"GetItem",
-       [] {
-         return With<T, QXListItem<T>>(&QXList<T>::GetItem, [](QXListItem<T>* item) {
-           T v = 0;
-           return item->GetAt(2, v) && v == 5;
-         });
-       }},
+       [] { return With(&QXList<T>::GetRangeEnumerator, &NextIsFourFive<T>); }},
+      {"GetItem", [] { return With(&QXList<T>::GetItem, &SecondIsFive<T>); }},
       FaultCase{kChanges[I].name, &Change<T, I>,
                 kChanges[I].shrinks && std::is_same_v<T, long> ? FaultCase::kShrinksLast
                                                                : FaultCase::kFails}...,
