@@ -6,8 +6,8 @@
 // in ascending, descending and random order through one accessor that lives
 // across the steps (so a stale cache would show). Values come from windows
 // near 0, 2^31, 2^32 and the top of the type, or from the whole range; some
-// are outside the member's range and must be refused. Used by the unit test
-// (short runs) and by the fuzz target (long ones).
+// are outside the member's range and must be refused. Driven by
+// fuzz/containers_differential_fuzz.cpp; Apply serves the unit tests too.
 #ifndef QXUTIL_TESTS_COMMON_INTEGER_LIST_MODEL_H
 #define QXUTIL_TESTS_COMMON_INTEGER_LIST_MODEL_H
 
@@ -87,26 +87,16 @@ public:
   /// Step - one operation and the full comparison; "" or the first
   /// difference. `next()` returns random 64-bit numbers.
   template <class Next> std::string Step(Next& next) {
-    const uint64_t r = next();
+    const unsigned op = static_cast<unsigned>(next() % 16);
     std::ostringstream what;
-    switch (r % 16) {
-    case 0:
-    case 1:
-    case 2:
-    case 3:
-    case 4: {
+    if (op < 5) {
       const T v = Value(next);
-      const bool expected = InRange(v) && !(Limits::kAddSaysPresent && model_.count(v));
       what << "Add(" << v << ")";
-      if (list_->Add(v) != expected)
+      if (list_->Add(v) != (InRange(v) && !(Limits::kAddSaysPresent && model_.count(v))))
         return what.str() + ": wrong result";
       if (InRange(v))
         model_.insert(v);
-      break;
-    }
-    case 5:
-    case 6:
-    case 7: {
+    } else if (op < 8) {
       const T a = Value(next);
       const int width = profile_ == Profile::kEdges ? 3 : 300;
       const T b = Near(a, static_cast<int>(next() % (2 * width + 1)) - width);
@@ -114,19 +104,12 @@ public:
       const bool expected = InRange(a) && InRange(b);
       if (list_->AddRange(a, b) != expected)
         return what.str() + ": wrong result";
-      if (expected)
-        for (T v = std::min(a, b);; ++v) {
-          model_.insert(v);
-          if (v == std::max(a, b))
-            break;
-        }
-      break;
-    }
-    case 8:
-    case 9:
-    case 10:
-    case 11:
-    case 12: {
+      for (T v = std::min(a, b); expected; ++v) {
+        model_.insert(v);
+        if (v == std::max(a, b))
+          break;
+      }
+    } else if (op < 13) {
       T v = Value(next);
       if (!model_.empty() && next() % 2) // mostly values that are there
         v = *std::next(model_.begin(), static_cast<long>(next() % model_.size()));
@@ -134,19 +117,12 @@ public:
       if (!list_->Remove(v))
         return what.str() + ": false";
       model_.erase(v);
-      break;
-    }
-    case 13:
-    case 14:
-      if (next() % (profile_ == Profile::kEdges ? 1 : 16) == 0) {
-        what << "Clear()";
-        if (!list_->Clear())
-          return what.str() + ": false";
-        model_.clear();
-        break;
-      }
-      [[fallthrough]];
-    default: {
+    } else if (op < 15 && next() % (profile_ == Profile::kEdges ? 1 : 16) == 0) {
+      what << "Clear()";
+      if (!list_->Clear())
+        return what.str() + ": false";
+      model_.clear();
+    } else {
       what << "Clone()";
       QXList<T>* copy = list_->Clone();
       if (!copy)
@@ -154,11 +130,8 @@ public:
       delete item_;
       delete list_;
       list_ = copy;
-      item_ = list_->GetItem();
-      if (!item_)
+      if (!(item_ = list_->GetItem()))
         return what.str() + ": no item";
-      break;
-    }
     }
     std::string difference = Compare(next);
     return difference.empty() ? difference : what.str() + ": " + difference;

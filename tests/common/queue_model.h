@@ -3,8 +3,8 @@
 // a second one that is merged into it) and to std::lists of the same
 // elements, then compares the queues link by link, the tails, the counts and
 // the answers of the searching functions. Unknown position codes, negative
-// and too large indexes and foreign elements are drawn on purpose. Used by
-// the unit test (short runs) and by the fuzz target (long ones).
+// and too large indexes and foreign elements are drawn on purpose. Driven by
+// fuzz/containers_differential_fuzz.cpp; KeyedElement serves the unit tests.
 #ifndef QXUTIL_TESTS_COMMON_QUEUE_MODEL_H
 #define QXUTIL_TESTS_COMMON_QUEUE_MODEL_H
 
@@ -62,21 +62,14 @@ public:
     KeyedElement* e = nullptr; // the element the insertions link
     if ((op <= 4 || op == 9 || op == 10) && !(e = Take(next)))
       return ""; // none is free
-    switch (op) {
-    case 0:
-    case 1: {
+    if (op <= 1) {
       what << "Enqueue(" << where << ")";
       Enqueue(&main_, e, where);
-      if (where == 0)
-        model_.push_front(e);
-      else if (where == 1)
-        model_.push_back(e);
+      if (where == 0 || where == 1)
+        model_.insert(where == 0 ? model_.begin() : model_.end(), e);
       else
         free_.push_back(e);
-      break;
-    }
-    case 2:
-    case 3: {
+    } else if (op <= 3) {
       what << "EnqueueSorted(" << e->key << ")";
       EnqueueSorted(&main_, e, CompareKeys);
       auto at = model_.begin();
@@ -88,37 +81,26 @@ public:
             ++at;
       }
       model_.insert(at, e);
-      break;
-    }
-    case 4: {
+    } else if (op == 4) {
       what << "EnqueueAtIndex(" << index << ")";
       EnqueueAtIndex(&main_, e, index);
       model_.insert(index < 0 || index >= n ? model_.end() : std::next(model_.begin(), index), e);
-      break;
-    }
-    case 5:
-    case 6: {
+    } else if (op <= 6) {
       what << "Dequeue(" << where << ")";
       Q_ELEM* sentinel = reinterpret_cast<Q_ELEM*>(&other_);
       Q_ELEM* out = sentinel;
       const bool ok = Dequeue(&main_, &out, where);
-      Q_ELEM* expected = sentinel;
-      if (model_.empty()) {
-        expected = nullptr;
-      } else if (where == 0) {
-        expected = model_.front();
-        model_.pop_front();
-      } else if (where == 1) {
-        expected = model_.back();
-        model_.pop_back();
-      }
+      Q_ELEM* expected = n == 0       ? nullptr
+                         : where == 0 ? model_.front()
+                         : where == 1 ? model_.back()
+                                      : sentinel;
       if (ok != (n > 0) || out != expected)
         return what.str() + ": wrong result";
-      if (expected && expected != sentinel)
+      if (expected && expected != sentinel) {
+        model_.remove(static_cast<KeyedElement*>(expected));
         Release(expected);
-      break;
-    }
-    case 7: {
+      }
+    } else if (op == 7) {
       // An element of the queue, a free one or one of the other queue.
       if (n > 0 && next() % 4 != 0)
         e = *std::next(model_.begin(), static_cast<long>(next() % static_cast<uint64_t>(n)));
@@ -126,19 +108,15 @@ public:
         e = free_.back();
       else if (!otherModel_.empty())
         e = otherModel_.front();
-      if (!e)
-        break;
       what << "DequeueThisElement";
-      const bool member = std::find(model_.begin(), model_.end(), e) != model_.end();
-      if (DequeueThisElement(&main_, e) != member)
+      const bool member = e && std::find(model_.begin(), model_.end(), e) != model_.end();
+      if (e && DequeueThisElement(&main_, e) != member)
         return what.str() + ": wrong result";
       if (member) {
         model_.remove(e);
         Release(e);
       }
-      break;
-    }
-    case 8: {
+    } else if (op == 8) {
       what << "DequeueAtIndex(" << index << ")";
       Q_ELEM* out = reinterpret_cast<Q_ELEM*>(&other_);
       const bool in = index >= 0 && index < n;
@@ -150,27 +128,20 @@ public:
         model_.remove(expected);
         Release(expected);
       }
-      break;
-    }
-    case 9:
-    case 10: {
+    } else if (op <= 10) {
       what << "Enqueue(other)";
       Enqueue(&other_, e, 1);
       otherModel_.push_back(e);
-      break;
-    }
-    default: {
+    } else {
       what << "MergeQueues(" << where << ")";
       const QUEUE before = other_;
       MergeQueues(&main_, &other_, where);
       if (other_.head != before.head || other_.tail != before.tail)
         return what.str() + ": the source changed";
-      if (otherModel_.empty() || (!model_.empty() && where != 0 && where != 1))
-        break; // nothing moved
-      model_.splice(where == 0 ? model_.begin() : model_.end(), otherModel_);
-      InitQueue(&other_);
-      break;
-    }
+      if (!otherModel_.empty() && (model_.empty() || where == 0 || where == 1)) {
+        model_.splice(where == 0 ? model_.begin() : model_.end(), otherModel_);
+        InitQueue(&other_);
+      }
     }
     std::string difference = Compare(&main_, model_);
     if (difference.empty())

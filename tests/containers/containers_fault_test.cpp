@@ -53,7 +53,8 @@ template <class T> QXList<T>* Build(const Runs& runs) {
   return list.release();
 }
 
-// A change: from `start`, the operation (as in qxtest::Apply) gives `after`.
+// A change: from `start`, the operation (as in qxtest::Apply) gives `after`;
+// unfaulted, each row also pins the plain behaviour of the change.
 struct ListChange {
   const char* name;
   Runs start;
@@ -63,21 +64,27 @@ struct ListChange {
   bool shrinks; // the word list's block shrinks last; the range arrays never shrink
 };
 
+constexpr unsigned kTop = 0x7FFFFFFF, kHi = kTop - 9; // the greatest value a long list holds
+
 const ListChange kChanges[] = {
     {"Add (a new single)", {{10, 20}}, 'a', 30, 0, {{10, 20}, {30, 30}}, false},
-    {"Add (below the last)",
-     {{10, 20}, {40, 40}},
-     'a',
-     30,
-     0,
-     {{10, 20}, {30, 30}, {40, 40}},
-     false},
+    {"Add (inside)", {{10, 20}, {40, 40}}, 'a', 30, 0, {{10, 20}, {30, 30}, {40, 40}}, false},
     {"Add (joining two entries)", {{10, 20}, {22, 22}}, 'a', 21, 0, {{10, 22}}, true},
     {"AddRange (a new run)", {{1, 3}, {7, 9}}, 'r', 200, 100, {{1, 3}, {7, 9}, {100, 200}}, false},
     {"AddRange (merging)", {{1, 3}, {5, 5}, {7, 9}, {12, 12}}, 'r', 4, 6, {{1, 9}, {12, 12}}, true},
     {"Remove (a split)", {{1, 9}}, 'd', 5, 0, {{1, 4}, {6, 9}}, false},
     {"Remove (a single)", {{1, 1}, {3, 4}}, 'd', 1, 0, {{3, 4}}, true},
     {"Clear", {{1, 1}, {3, 9}}, 'c', 0, 0, {}, true},
+    {"Add (below everything)", {{1, 1}, {5, 9}}, 'a', 0, 0, {{0, 1}, {5, 9}}, false},
+    {"Add (bridging two runs)", {{1, 2}, {4, 5}}, 'a', 3, 0, {{1, 5}}, true},
+    {"Add (bridging two singles)", {{1, 1}, {3, 3}}, 'a', 2, 0, {{1, 3}}, false},
+    {"AddRange (inside a run)", {{1, 9}}, 'r', 3, 4, {{1, 9}}, false},
+    {"AddRange (over several)", {{3, 3}, {6, 6}, {10, 12}}, 'r', 2, 11, {{2, 12}}, true},
+    {"Remove (the first)", {{5, 9}}, 'd', 5, 0, {{6, 9}}, false},
+    {"Remove (the last)", {{5, 9}}, 'd', 9, 0, {{5, 8}}, false},
+    {"Remove (from a pair)", {{5, 6}}, 'd', 6, 0, {{5, 5}}, true},
+    {"Remove (absent)", {{5, 6}}, 'd', 9, 0, {{5, 6}}, false},
+    {"Remove (top)", {{kHi, kHi + 9}}, 'd', kHi + 5, 0, {{kHi, kHi + 4}, {kHi + 6, kTop}}, false},
 };
 
 // Change - builds the start, applies the operation: complete with `after`,
@@ -103,6 +110,21 @@ FaultCase::Outcome With(Companion* (QXList<T>::*make)(), bool (*use)(Companion*)
   return Outcome(companion != nullptr, companion && use(companion.get()));
 }
 
+// What each companion of {4, 5} must answer.
+template <class T> bool IsFourFive(QXList<T>* copy) { return Holds(copy, kFourFive); }
+template <class T> bool NextIsFour(QXListEnumerator<T>* e) {
+  T v = 0;
+  return e->Next(v) && v == 4;
+}
+template <class T> bool NextIsFourFive(QXListRangeEnumerator<T>* e) {
+  T a = 0, b = 0;
+  return e->Next(a, b) && a == 4 && b == 5;
+}
+template <class T> bool SecondIsFive(QXListItem<T>* item) {
+  T v = 0;
+  return item->GetAt(2, v) && v == 5;
+}
+
 template <class T, size_t... I> std::vector<FaultCase> ListCases(std::index_sequence<I...>) {
   return {
       {"Create",
@@ -110,33 +132,11 @@ template <class T, size_t... I> std::vector<FaultCase> ListCases(std::index_sequ
          std::unique_ptr<QXList<T>> list(QXList<T>::Create());
          return Outcome(list != nullptr, list && list->Count() == 0);
        }},
-      {"Clone",
-       [] {
-         return With<T, QXList<T>>(&QXList<T>::Clone,
-                                   [](QXList<T>* copy) { return Holds(copy, kFourFive); });
-       }},
-      {"GetEnumerator",
-       [] {
-         return With<T, QXListEnumerator<T>>(&QXList<T>::GetEnumerator, [](QXListEnumerator<T>* e) {
-           T v = 0;
-           return e->Next(v) && v == 4;
-         });
-       }},
+      {"Clone", [] { return With(&QXList<T>::Clone, &IsFourFive<T>); }},
+      {"GetEnumerator", [] { return With(&QXList<T>::GetEnumerator, &NextIsFour<T>); }},
       {"GetRangeEnumerator",
-       [] {
-         return With<T, QXListRangeEnumerator<T>>(&QXList<T>::GetRangeEnumerator,
-                                                  [](QXListRangeEnumerator<T>* e) {
-                                                    T a = 0, b = 0;
-                                                    return e->Next(a, b) && a == 4 && b == 5;
-                                                  });
-       }},
-      {"GetItem",
-       [] {
-         return With<T, QXListItem<T>>(&QXList<T>::GetItem, [](QXListItem<T>* item) {
-           T v = 0;
-           return item->GetAt(2, v) && v == 5;
-         });
-       }},
+       [] { return With(&QXList<T>::GetRangeEnumerator, &NextIsFourFive<T>); }},
+      {"GetItem", [] { return With(&QXList<T>::GetItem, &SecondIsFive<T>); }},
       FaultCase{kChanges[I].name, &Change<T, I>,
                 kChanges[I].shrinks && std::is_same_v<T, long> ? FaultCase::kShrinksLast
                                                                : FaultCase::kFails}...,

@@ -1,5 +1,6 @@
 // The block cache: lookups, replacement order, write-back of a whole file
-// on eviction, valid lengths, and chsize2 through the cache.
+// on eviction, valid lengths. Reads, writes past the end and chsize2 through
+// caches of every size are compared with a model in differential_test.cpp.
 #include "common/files_scope.h"
 #include "common/temp_dir.h"
 #include "platform/file_seam.h"
@@ -104,38 +105,6 @@ TEST_F(Cache, EvictingADirtyBlockWritesBackItsWholeFile) {
   CacheBlock* b = nullptr;
   ASSERT_TRUE(cFileCache::Instance()->Fetch(a, 1, &b, cFileCache::kFetchLookup));
   EXPECT_EQ(b->flags & 1, 0u) << "still cached, now clean";
-}
-
-TEST_F(Cache, ReadsWritesAndSizesThroughTheCache) {
-  qxtest::RegistrySettings s;
-  s.cacheBlocks = 6;
-  qxtest::ScopedRegistry r(s);
-  int h = Open("f", "");
-  std::string data(1300, 0);
-  for (size_t i = 0; i < data.size(); ++i)
-    data[i] = static_cast<char>('a' + i % 26);
-  EXPECT_EQ(write2(h, data.data(), 1300), 1300);
-  EXPECT_EQ(filelength2(h), 1300);
-  EXPECT_EQ(lseek2(h, 2000, 0), 2000);
-  EXPECT_EQ(write2(h, "END", 3), 3) << "past the end: the gap reads as zeros";
-  std::string all(2003, '?');
-  lseek2(h, 0, 0);
-  EXPECT_EQ(read2(h, all.data(), 4000), 2003);
-  EXPECT_EQ(all.substr(0, 1300), data);
-  EXPECT_EQ(all.substr(1300, 700), std::string(700, '\0'));
-  EXPECT_EQ(all.substr(2000), "END");
-  EXPECT_EQ(chsize2(h, 700), 0);
-  EXPECT_EQ(filelength2(h), 700);
-  EXPECT_EQ(chsize2(h, 1100), 0);
-  lseek2(h, 0, 0);
-  EXPECT_EQ(read2(h, all.data(), 4000), 1100);
-  EXPECT_EQ(all.substr(0, 700), data.substr(0, 700));
-  EXPECT_EQ(all.substr(700, 400), std::string(400, '\0'));
-  EXPECT_EQ(close2(h), 0);
-  std::string disk = dir_.Read("f");
-  EXPECT_EQ(disk.size(), 1100u);
-  EXPECT_EQ(disk.substr(0, 700), data.substr(0, 700));
-  EXPECT_EQ(disk.substr(700), std::string(400, '\0'));
 }
 
 } // namespace

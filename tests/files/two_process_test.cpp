@@ -30,63 +30,57 @@ template <class Body> int InChild(Body body) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 100;
 }
 
-TEST(FilesTwoProcesses, ReadWriteHolderKeepsOthersOut) {
-  qxtest::ScopedRegistry r;
-  qxtest::TempDir dir;
-  dir.Write("shared.dat", "0123456789");
-  std::wstring path = dir.Wide("shared.dat");
-  int h = register_file(path.c_str(), FILETYPE_ANY, true);
+// Two processes' views of one file; Other() registers it in a child.
+class FilesTwoProcesses : public ::testing::Test {
+protected:
+  int Share(const std::string& bytes) {
+    dir_.Write("shared.dat", bytes);
+    return Other();
+  }
+  int Other() const { return register_file(path_.c_str(), FILETYPE_ANY, true); }
+  qxtest::ScopedRegistry registry_;
+  qxtest::TempDir dir_;
+  std::wstring path_ = dir_.Wide("shared.dat");
+};
+
+TEST_F(FilesTwoProcesses, ReadWriteHolderKeepsOthersOut) {
+  int h = Share("0123456789");
   ASSERT_EQ(fileopen(h, OPEN_READWRITE, nullptr), h);
-  int code = InChild([&] {
-    int other = register_file(path.c_str(), FILETYPE_ANY, true);
-    long start = time_100();
-    if (fileopen(other, OPEN_READWRITE, nullptr) != -1)
-      return 1;
-    if (time_100() - start < 20)
-      return 2; // gave up before the retry time
-    if (NumErrors() != 1 || GetErrorNum(0) != 4 || GetResourceID(0) != 46)
-      return 3;
-    if (fileopen(other, OPEN_READ, nullptr) != -1)
-      return 4;
-    return 0;
-  });
-  EXPECT_EQ(code, 0);
-  EXPECT_EQ(close2(h), 0);
-  // Once closed, the other process gets in at once.
   EXPECT_EQ(InChild([&] {
-              int other = register_file(path.c_str(), FILETYPE_ANY, true);
-              return fileopen(other, OPEN_READWRITE, nullptr) == other ? 0 : 1;
+              int other = Other();
+              long start = time_100();
+              if (fileopen(other, OPEN_READWRITE, nullptr) != -1)
+                return 1;
+              if (time_100() - start < 20)
+                return 2; // gave up before the retry time
+              if (NumErrors() != 1 || GetErrorNum(0) != 4 || GetResourceID(0) != 46)
+                return 3;
+              return fileopen(other, OPEN_READ, nullptr) != -1 ? 4 : 0;
             }),
             0);
+  EXPECT_EQ(close2(h), 0);
+  // Once closed, the other process gets in at once.
+  EXPECT_EQ(InChild([&] { return fileopen(Other(), OPEN_READWRITE, nullptr) > 0 ? 0 : 1; }), 0);
 }
 
-TEST(FilesTwoProcesses, ReadersShare) {
-  qxtest::ScopedRegistry r;
-  qxtest::TempDir dir;
-  dir.Write("shared.dat", "abc");
-  std::wstring path = dir.Wide("shared.dat");
-  int h = register_file(path.c_str(), FILETYPE_ANY, true);
+TEST_F(FilesTwoProcesses, ReadersShare) {
+  int h = Share("abc");
   ASSERT_EQ(fileopen(h, OPEN_READ, nullptr), h);
   EXPECT_EQ(InChild([&] {
-              int other = register_file(path.c_str(), FILETYPE_ANY, true);
+              int other = Other();
               char c = 0;
               if (fileopen(other, OPEN_READ, nullptr) != other || read2(other, &c, 1) != 1 ||
                   c != 'a')
                 return 1;
-              if (fileopen(other, OPEN_READWRITE, nullptr) != -1)
-                return 2; // an upgrade needs the readers gone
-              return 0;
+              // An upgrade needs the readers gone.
+              return fileopen(other, OPEN_READWRITE, nullptr) != -1 ? 2 : 0;
             }),
             0);
   close2(h);
 }
 
-TEST(FilesTwoProcesses, ChangesByTheOtherProcessAreSeen) {
-  qxtest::ScopedRegistry r;
-  qxtest::TempDir dir;
-  dir.Write("shared.dat", std::string(1500, 'o'));
-  std::wstring path = dir.Wide("shared.dat");
-  int h = register_file(path.c_str(), FILETYPE_ANY, true);
+TEST_F(FilesTwoProcesses, ChangesByTheOtherProcessAreSeen) {
+  int h = Share(std::string(1500, 'o'));
   int changed = 0;
   ASSERT_EQ(fileopen(h, OPEN_READ, &changed), h);
   EXPECT_EQ(changed, 0) << "no time recorded yet";
@@ -97,13 +91,10 @@ TEST(FilesTwoProcesses, ChangesByTheOtherProcessAreSeen) {
   EXPECT_EQ(changed, 0) << "unchanged since the registry closed it";
   ASSERT_EQ(close2(h), 0);
   EXPECT_EQ(InChild([&] {
-              int other = register_file(path.c_str(), FILETYPE_ANY, true);
-              if (fileopen(other, OPEN_READWRITE, nullptr) != other)
+              int other = Other();
+              if (fileopen(other, OPEN_READWRITE, nullptr) != other || lseek2(other, 600, 0) != 600)
                 return 1;
-              lseek2(other, 600, 0);
-              if (write2(other, "NEW", 3) != 3)
-                return 2;
-              return close2(other) == 0 ? 0 : 3;
+              return write2(other, "NEW", 3) == 3 && close2(other) == 0 ? 0 : 2;
             }),
             0);
   changed = 0;
