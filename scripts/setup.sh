@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   cmake make g++ clang libclang-rt-14-dev pkg-config python3
   libgtest-dev libgmock-dev libbenchmark-dev libpixman-1-dev
-  libsqlite3-dev libicu-dev
+  libsqlite3-dev libicu-dev libgeos-dev
 )
 
 missing=()

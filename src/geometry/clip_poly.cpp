@@ -1,0 +1,155 @@
+//===- geometry/clip_poly.cpp - Clipping a polyline to a rectangle --------===//
+//
+// The output is the input's path clamped onto the rectangle (Sutherland-
+// Hodgman's rule for an open line): inside the rectangle the path is the
+// input; each place where a segment meets one of the four edge lines adds
+// that crossing, computed exactly and rounded half away from zero, then
+// clamped; a part outside the rectangle thus becomes its path along the
+// boundary, round the corners it passes. Consecutive repeats are dropped,
+// and a boundary point that came from outside is dropped when the points
+// on either side of it lie on the same edge line with it (a run along one
+// edge keeps only its ends). Each segment adds at most three points.
+//
+// Decisions are exact: crossing parameters and coordinates are quotients of
+// 128-bit integers, and a point counts as visible only if it lies in the
+// rectangle before rounding.
+//
+//===----------------------------------------------------------------------===//
+#include "geometry/coords.h"
+#include "qxutil/geometry.h"
+
+using qx::geometry::int128;
+using qx::geometry::RoundQuotient;
+
+namespace {
+
+constexpr unsigned kLeft = 1, kRight = 2, kBelow = 4, kAbove = 8;
+
+unsigned Outcode(const LPNT& p, const LRECT& r) {
+  return (p.x < r.x1 ? kLeft : p.x > r.x2 ? kRight : 0) |
+         (p.y < r.y1 ? kBelow : p.y > r.y2 ? kAbove : 0);
+}
+
+LPNT Clamped(LPNT p, const LRECT& r) {
+  ClipPointToRect(p, r);
+  return p;
+}
+
+// OnOneEdgeLine - a, b and c all lie on one of the four edge lines.
+bool OnOneEdgeLine(const LPNT& a, const LPNT& b, const LPNT& c, const LRECT& r) {
+  auto onX = [&](int32_t x) { return a.x == x && b.x == x && c.x == x; };
+  auto onY = [&](int32_t y) { return a.y == y && b.y == y && c.y == y; };
+  return onX(r.x1) || onX(r.x2) || onY(r.y1) || onY(r.y2);
+}
+
+// Path - the output being written, with the rule for dropping points.
+class Path {
+public:
+  Path(LPNT* out, const LRECT& r) : out_(out), r_(r) {}
+
+  // Add - appends p; `outside` says that p is the clamped image of a point
+  // outside the rectangle.
+  void Add(const LPNT& p, bool outside) {
+    visible_ = visible_ || !outside;
+    if (count_ > 0 && Same(out_[count_ - 1], p)) {
+      lastOutside_ = lastOutside_ && outside;
+      return;
+    }
+    if (count_ >= 2 && lastOutside_ && OnOneEdgeLine(out_[count_ - 2], out_[count_ - 1], p, r_)) {
+      out_[count_ - 1] = p;
+      lastOutside_ = outside;
+      return;
+    }
+    out_[count_++] = p;
+    lastOutside_ = outside;
+  }
+
+  int count() const { return count_; }
+  bool visible() const { return visible_; }
+
+private:
+  static bool Same(const LPNT& a, const LPNT& b) { return a.x == b.x && a.y == b.y; }
+
+  LPNT* out_;
+  const LRECT& r_;
+  int count_ = 0;
+  bool lastOutside_ = false;
+  bool visible_ = false;
+};
+
+// Crossing - where a segment meets an edge line: at t = num / den (den > 0)
+// along it, the point p, outside the rectangle or not before clamping.
+struct Crossing {
+  int128 num, den;
+  LPNT p;
+  bool outside;
+};
+
+// CrossingOf - whether the segment ab crosses the line `coordinate` = edge
+// strictly between its ends (axis 0: x, 1: y), and where.
+bool CrossingOf(const LPNT& a, const LPNT& b, int axis, int32_t edge, const LRECT& r,
+                Crossing& c) {
+  const int64_t from = axis == 0 ? a.x : a.y, to = axis == 0 ? b.x : b.y;
+  if (!((from < edge && edge < to) || (to < edge && edge < from)))
+    return false;
+  const int64_t otherFrom = axis == 0 ? a.y : a.x, otherTo = axis == 0 ? b.y : b.x;
+  const int32_t low = axis == 0 ? r.y1 : r.x1, high = axis == 0 ? r.y2 : r.x2;
+  int128 den = to - from, num = edge - from;
+  if (den < 0) {
+    den = -den;
+    num = -num;
+  }
+  // The other coordinate is otherNum / den exactly.
+  const int128 otherNum = otherFrom * den + num * (otherTo - otherFrom);
+  int64_t other = RoundQuotient(otherNum, den);
+  c.outside = otherNum < low * den || otherNum > high * den;
+  other = other < low ? low : other > high ? high : other;
+  c.num = num;
+  c.den = den;
+  c.p = axis == 0 ? LPNT{edge, static_cast<int32_t>(other)} : LPNT{static_cast<int32_t>(other), edge};
+  return true;
+}
+
+// AddCrossings - adds, in order along ab, the places where ab meets the
+// edge lines strictly between its ends.
+void AddCrossings(const LPNT& a, const LPNT& b, const LRECT& r, Path& path) {
+  Crossing found[4];
+  int n = 0;
+  const int32_t edges[4] = {r.x1, r.x2, r.y1, r.y2};
+  for (int i = 0; i < 4; ++i) {
+    Crossing c;
+    if (!CrossingOf(a, b, i / 2, edges[i], r, c))
+      continue;
+    int j = n++;
+    for (; j > 0 && c.num * found[j - 1].den < found[j - 1].num * c.den; --j)
+      found[j] = found[j - 1];
+    found[j] = c;
+  }
+  for (int i = 0; i < n; ++i)
+    path.Add(found[i].p, found[i].outside);
+}
+
+} // namespace
+
+bool ClipPoly(LPNT* in, LPNT* out, const LRECT* r, int* count, int n) {
+  if (count)
+    *count = 0;
+  if (!in || !out || !r || n < 1 || r->x1 > r->x2 || r->y1 > r->y2)
+    return false;
+  Path path(out, *r);
+  unsigned code = Outcode(in[0], *r);
+  path.Add(Clamped(in[0], *r), code != 0);
+  for (int i = 1; i < n; ++i) {
+    const unsigned next = Outcode(in[i], *r);
+    // Both ends inside, or both beyond one edge: no crossing adds a point.
+    if ((code | next) != 0 && (code & next) == 0)
+      AddCrossings(in[i - 1], in[i], *r, path);
+    path.Add(Clamped(in[i], *r), next != 0);
+    code = next;
+  }
+  if (!path.visible())
+    return false;
+  if (count)
+    *count = path.count();
+  return true;
+}
