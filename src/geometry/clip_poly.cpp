@@ -1,18 +1,22 @@
 //===- geometry/clip_poly.cpp - Clipping a polyline to a rectangle --------===//
 //
 // The output is the input's path clamped onto the rectangle (Sutherland-
-// Hodgman's rule for an open line): inside the rectangle the path is the
-// input; each place where a segment meets one of the four edge lines adds
-// that crossing, computed exactly and rounded half away from zero, then
-// clamped; a part outside the rectangle thus becomes its path along the
-// boundary, round the corners it passes. Consecutive repeats are dropped,
-// and a boundary point that came from outside is dropped when the points
-// on either side of it lie on the same edge line with it (a run along one
-// edge keeps only its ends). Each segment adds at most three points.
+// Hodgman's rule): inside the rectangle the path is the input; each place
+// where a segment meets one of the four edge lines adds that crossing,
+// computed exactly and rounded half away from zero, then clamped; a part
+// outside the rectangle thus becomes its path along the boundary, round the
+// corners it passes. Consecutive repeats are dropped, and a boundary point
+// that came from outside is dropped when the points on either side of it
+// lie on the same edge line with it (a run along one edge keeps only its
+// ends). Each segment adds at most three points.
+//
+// An open line (first point not equal to the last) then loses the boundary
+// runs before its first visible point and after its last; a closed ring
+// keeps them, so that it stays closed and fills correctly.
 //
 // Decisions are exact: crossing parameters and coordinates are quotients of
-// 128-bit integers, and a point counts as visible only if it lies in the
-// rectangle before rounding.
+// 128-bit integers, and a point is visible only if it lies in the rectangle
+// before rounding.
 //
 //===----------------------------------------------------------------------===//
 #include "geometry/coords.h"
@@ -50,31 +54,47 @@ public:
   // Add - appends p; `outside` says that p is the clamped image of a point
   // outside the rectangle.
   void Add(const LPNT& p, bool outside) {
-    visible_ = visible_ || !outside;
     if (count_ > 0 && Same(out_[count_ - 1], p)) {
-      lastOutside_ = lastOutside_ && outside;
+      if (!outside)
+        MarkVisible(count_ - 1);
       return;
     }
-    if (count_ >= 2 && lastOutside_ && OnOneEdgeLine(out_[count_ - 2], out_[count_ - 1], p, r_)) {
+    if (count_ >= 2 && !IsVisible(count_ - 1) &&
+        OnOneEdgeLine(out_[count_ - 2], out_[count_ - 1], p, r_)) {
       out_[count_ - 1] = p;
-      lastOutside_ = outside;
-      return;
+    } else {
+      out_[count_++] = p;
     }
-    out_[count_++] = p;
-    lastOutside_ = outside;
+    if (!outside)
+      MarkVisible(count_ - 1);
+  }
+
+  // TrimBoundaryRuns - drops the points before the first visible one and
+  // after the last; returns the number left.
+  int TrimBoundaryRuns() {
+    int kept = lastVisible_ - firstVisible_ + 1;
+    for (int i = 0; i < kept; ++i)
+      out_[i] = out_[firstVisible_ + i];
+    return kept;
   }
 
   int count() const { return count_; }
-  bool visible() const { return visible_; }
+  bool visible() const { return firstVisible_ >= 0; }
 
 private:
   static bool Same(const LPNT& a, const LPNT& b) { return a.x == b.x && a.y == b.y; }
+  // Visible points are never replaced, so the last one is the one to ask.
+  bool IsVisible(int i) const { return i == lastVisible_; }
+  void MarkVisible(int i) {
+    if (firstVisible_ < 0)
+      firstVisible_ = i;
+    lastVisible_ = i;
+  }
 
   LPNT* out_;
   const LRECT& r_;
   int count_ = 0;
-  bool lastOutside_ = false;
-  bool visible_ = false;
+  int firstVisible_ = -1, lastVisible_ = -1;
 };
 
 // Crossing - where a segment meets an edge line: at t = num / den (den > 0)
@@ -149,7 +169,9 @@ bool ClipPoly(LPNT* in, LPNT* out, const LRECT* r, int* count, int n) {
   }
   if (!path.visible())
     return false;
+  const bool closed = in[0].x == in[n - 1].x && in[0].y == in[n - 1].y;
+  const int written = closed ? path.count() : path.TrimBoundaryRuns();
   if (count)
-    *count = path.count();
+    *count = written;
   return true;
 }

@@ -2,8 +2,8 @@
 //
 // Sizes of fill patterns are 16-bit: the half-step and the value that
 // replaces a zero come from the pattern's low 16 bits, while the division
-// uses the whole 32-bit pattern. The arithmetic is 32-bit and wraps, as it
-// does for a Windows caller.
+// uses the whole 32-bit pattern. The arithmetic is exact and the result
+// saturates at the 32-bit limits.
 //
 //===----------------------------------------------------------------------===//
 #include "geometry/coords.h"
@@ -11,24 +11,14 @@
 
 using qx::geometry::Low32;
 
-namespace {
-
-int32_t Wrap(int64_t v) { return static_cast<int32_t>(static_cast<uint32_t>(v)); }
-
-} // namespace
-
 long RoundToPatternSize(long v, bool allowZero, long pattern) {
-  const int32_t value = Low32(v), step = Low32(pattern);
+  const int64_t value = Low32(v), step = Low32(pattern);
   if (step == 0)
     return value;
   // h carries the sign of v: the pattern is negated before its truncation.
-  const int32_t signedStep = value < 1 ? Wrap(-int64_t{step}) : step;
-  const int32_t h = static_cast<int16_t>(static_cast<uint16_t>(signedStep));
-  const int32_t shifted = Wrap(int64_t{value} + h / 2);
-  // The one 32-bit quotient that overflows (-2147483648 / -1) wraps.
-  const int32_t quotient = Wrap(int64_t{shifted} / step);
-  const int32_t result = Wrap(int64_t{quotient} * step);
+  const int64_t h = static_cast<int16_t>(static_cast<uint16_t>(value < 1 ? -step : step));
+  const int64_t result = (value + h / 2) / step * step;
   if (result == 0 && !allowZero && value != 0)
     return h;
-  return result;
+  return result > INT32_MAX ? INT32_MAX : result < INT32_MIN ? INT32_MIN : result;
 }

@@ -22,6 +22,8 @@ struct FaultCase {
   /// Whether a faulted run may still be complete (an allocation the call
   /// can do without, such as a cache); otherwise it must report failure.
   bool mayRecover = false;
+  /// Builds the call's inputs before each run, with no allocation failing.
+  void (*prepare)() = nullptr;
 };
 
 /// FaultWalkCount - what one walk did.
