@@ -60,12 +60,19 @@ struct PixelSet {
 };
 
 /// PixelsOf - the grid pixels g covers (g must lie within the grid), read
-/// through `probe`, a region of the caller's that is overwritten. Probing
+/// through `probe`, a region of the caller's that is overwritten, pixel by
+/// pixel within g's bounding box (whose own test is GetRgnBox's). Probing
 /// never asks the heap's fault hook (each result is one rectangle at most).
 inline PixelSet PixelsOf(HRGN g, HRGN probe) {
   PixelSet s;
-  for (int y = PixelSet::kGridLow; y < PixelSet::kGridHigh; ++y)
-    for (int x = PixelSet::kGridLow; x < PixelSet::kGridHigh; ++x) {
+  qx::win::RECT box{0, 0, 0, 0};
+  qx::win::GetRgnBox(g, &box);
+  const int x1 = std::max<int>(box.left, PixelSet::kGridLow);
+  const int y1 = std::max<int>(box.top, PixelSet::kGridLow);
+  const int x2 = std::min<int>(box.right, PixelSet::kGridHigh);
+  const int y2 = std::min<int>(box.bottom, PixelSet::kGridHigh);
+  for (int y = y1; y < y2; ++y)
+    for (int x = x1; x < x2; ++x) {
       qx::win::SetRectRgn(probe, x, y, x + 1, y + 1);
       if (qx::win::CombineRgn(probe, probe, g, RGN_AND) == SIMPLEREGION)
         s.bits.set(PixelSet::Index(x, y));
