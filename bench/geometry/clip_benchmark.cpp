@@ -71,8 +71,8 @@ void BM_GEOSClipByRect_RandomWalk(benchmark::State& state) {
   GEOSGeometry* line = GEOSGeom_createLineString_r(geos, seq);
   int pieces = 0;
   for (auto _ : state) {
-    GEOSGeometry* clipped = GEOSClipByRect_r(geos, line, kViewport.x1, kViewport.y1, kViewport.x2,
-                                             kViewport.y2);
+    GEOSGeometry* clipped =
+        GEOSClipByRect_r(geos, line, kViewport.x1, kViewport.y1, kViewport.x2, kViewport.y2);
     pieces = GEOSGetNumGeometries_r(geos, clipped);
     GEOSGeom_destroy_r(geos, clipped);
   }
@@ -148,9 +148,9 @@ template <bool (*Clip)(LPNT&, LPNT&, const LRECT&)> void ClipSegments(benchmark:
     }
   }
   state.counters["visible"] = visible;
-  state.counters["per_segment"] = benchmark::Counter(
-      static_cast<double>(segments.size()),
-      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["per_segment"] = benchmark::Counter(static_cast<double>(segments.size()),
+                                                     benchmark::Counter::kIsIterationInvariantRate |
+                                                         benchmark::Counter::kInvert);
 }
 
 bool OurClipLine(LPNT& a, LPNT& b, const LRECT& r) { return ClipLine(&a, &b, &r); }
