@@ -9,8 +9,8 @@
 
 #include "platform/heap.h"
 
-#include <pixman.h>
 #include <algorithm>
+#include <pixman.h>
 #include <utility>
 
 struct HRGN__ {
@@ -36,11 +36,22 @@ void InitRectangle(pixman_region32_t* region, int x1, int y1, int x2, int y2) {
   pixman_region32_init_with_extents(region, &box);
 }
 
+// KindOf - read from the region's fields as pixman's own n_rects and
+// not_empty do (no data: one rectangle; data: its count of rectangles).
 int KindOf(const pixman_region32_t* region) {
-  if (!pixman_region32_not_empty(region))
-    return NULLREGION;
-  return pixman_region32_n_rects(region) == 1 ? SIMPLEREGION : COMPLEXREGION;
+  if (!region->data)
+    return SIMPLEREGION;
+  const long n = region->data->numRects;
+  return n == 0 ? NULLREGION : n == 1 ? SIMPLEREGION : COMPLEXREGION;
 }
+
+// A deleted region's storage is kept, one per thread, for the next region
+// made: rgn_unionrect makes and deletes a temporary region per rectangle.
+struct SpareRegion {
+  HRGN rgn = nullptr;
+  ~SpareRegion() { qx::platform::HeapRelease(rgn); }
+};
+thread_local SpareRegion tSpare;
 
 const pixman_box32_t& Box(const pixman_region32_t* region) { return region->extents; }
 
@@ -50,8 +61,7 @@ bool Contains(const pixman_box32_t& a, const pixman_box32_t& b) {
 
 // RectangularUnion - when a and b are single rectangles whose union is a
 // rectangle, that rectangle (the result pixman's union would give).
-bool RectangularUnion(const pixman_region32_t* a, const pixman_region32_t* b,
-                      pixman_box32_t* out) {
+bool RectangularUnion(const pixman_region32_t* a, const pixman_region32_t* b, pixman_box32_t* out) {
   if (KindOf(a) != SIMPLEREGION || KindOf(b) != SIMPLEREGION)
     return false;
   const pixman_box32_t &p = Box(a), &q = Box(b);
@@ -92,7 +102,11 @@ bool Combine(pixman_region32_t* result, const pixman_region32_t* a, const pixman
 } // namespace
 
 HRGN CreateRectRgn(int x1, int y1, int x2, int y2) {
-  auto* rgn = static_cast<HRGN>(qx::platform::HeapAllocate(sizeof(HRGN__)));
+  HRGN rgn = nullptr;
+  if (!tSpare.rgn)
+    rgn = static_cast<HRGN>(qx::platform::HeapAllocate(sizeof(HRGN__)));
+  else if (qx::platform::AllocationPermitted()) // the fault hook counts it as an allocation
+    rgn = std::exchange(tSpare.rgn, nullptr);
   if (rgn)
     InitRectangle(&rgn->region, x1, y1, x2, y2);
   return rgn;
@@ -122,7 +136,7 @@ int CombineRgn(HRGN dst, HRGN src1, HRGN src2, int mode) {
   pixman_region32_init(&result);
   bool ok = Combine(&result, &src1->region, src2 ? &src2->region : nullptr, mode);
   // pixman allocates on its own: its storage asks the heap's fault hook.
-  if (ok && pixman_region32_n_rects(&result) > 1)
+  if (ok && KindOf(&result) == COMPLEXREGION)
     ok = qx::platform::AllocationPermitted();
   if (!ok) {
     pixman_region32_fini(&result);
@@ -157,7 +171,10 @@ BOOL DeleteObject(HGDIOBJ object) {
     return FALSE;
   auto* rgn = static_cast<HRGN>(object);
   pixman_region32_fini(&rgn->region);
-  qx::platform::HeapRelease(rgn);
+  if (!tSpare.rgn)
+    tSpare.rgn = rgn;
+  else
+    qx::platform::HeapRelease(rgn);
   return TRUE;
 }
 
