@@ -27,17 +27,27 @@ using qx::geometry::RoundQuotient;
 
 namespace {
 
-constexpr unsigned kLeft = 1, kRight = 2, kBelow = 4, kAbove = 8;
+constexpr unsigned kLeft = 1, kRight = 2, kBelow = 4, kAbove = 8, kNoPoint = 16;
 
 unsigned Outcode(const LPNT& p, const LRECT& r) {
-  return (p.x < r.x1 ? kLeft : p.x > r.x2 ? kRight : 0) |
-         (p.y < r.y1 ? kBelow : p.y > r.y2 ? kAbove : 0);
+  return (p.x < r.x1   ? kLeft
+          : p.x > r.x2 ? kRight
+                       : 0) |
+         (p.y < r.y1   ? kBelow
+          : p.y > r.y2 ? kAbove
+                       : 0);
 }
 
-LPNT Clamped(LPNT p, const LRECT& r) {
-  ClipPointToRect(p, r);
+// Clamped - p moved onto r's boundary as its outcode says.
+LPNT Clamped(LPNT p, unsigned code, const LRECT& r) {
+  if (code & (kLeft | kRight))
+    p.x = code & kLeft ? r.x1 : r.x2;
+  if (code & (kBelow | kAbove))
+    p.y = code & kBelow ? r.y1 : r.y2;
   return p;
 }
+
+bool IsCorner(unsigned code) { return (code & (kLeft | kRight)) && (code & (kBelow | kAbove)); }
 
 // OnOneEdgeLine - a, b and c all lie on one of the four edge lines.
 bool OnOneEdgeLine(const LPNT& a, const LPNT& b, const LPNT& c, const LRECT& r) {
@@ -52,21 +62,24 @@ public:
   Path(LPNT* out, const LRECT& r) : out_(out), r_(r) {}
 
   // Add - appends p; `outside` says that p is the clamped image of a point
-  // outside the rectangle.
+  // outside the rectangle. Boundary points that p leaves between two points
+  // of one edge line are dropped first.
   void Add(const LPNT& p, bool outside) {
-    if (count_ > 0 && Same(out_[count_ - 1], p)) {
-      if (!outside)
-        MarkVisible(count_ - 1);
-      return;
-    }
-    if (count_ >= 2 && !IsVisible(count_ - 1) &&
-        OnOneEdgeLine(out_[count_ - 2], out_[count_ - 1], p, r_)) {
-      out_[count_ - 1] = p;
-    } else {
+    while (count_ >= 2 && !Same(out_[count_ - 1], p) && !IsVisible(count_ - 1) &&
+           OnOneEdgeLine(out_[count_ - 2], out_[count_ - 1], p, r_))
+      --count_;
+    if (count_ == 0 || !Same(out_[count_ - 1], p))
       out_[count_++] = p;
-    }
     if (!outside)
       MarkVisible(count_ - 1);
+  }
+
+  // AddInside - Add(p, false) after a point that lies inside the rectangle
+  // (the last point is visible, so nothing is dropped).
+  void AddInside(const LPNT& p) {
+    if (!Same(out_[count_ - 1], p))
+      out_[count_++] = p;
+    lastVisible_ = count_ - 1;
   }
 
   // TrimBoundaryRuns - drops the points before the first visible one and
@@ -107,8 +120,7 @@ struct Crossing {
 
 // CrossingOf - whether the segment ab crosses the line `coordinate` = edge
 // strictly between its ends (axis 0: x, 1: y), and where.
-bool CrossingOf(const LPNT& a, const LPNT& b, int axis, int32_t edge, const LRECT& r,
-                Crossing& c) {
+bool CrossingOf(const LPNT& a, const LPNT& b, int axis, int32_t edge, const LRECT& r, Crossing& c) {
   const int64_t from = axis == 0 ? a.x : a.y, to = axis == 0 ? b.x : b.y;
   if (!((from < edge && edge < to) || (to < edge && edge < from)))
     return false;
@@ -126,7 +138,8 @@ bool CrossingOf(const LPNT& a, const LPNT& b, int axis, int32_t edge, const LREC
   other = other < low ? low : other > high ? high : other;
   c.num = num;
   c.den = den;
-  c.p = axis == 0 ? LPNT{edge, static_cast<int32_t>(other)} : LPNT{static_cast<int32_t>(other), edge};
+  c.p =
+      axis == 0 ? LPNT{edge, static_cast<int32_t>(other)} : LPNT{static_cast<int32_t>(other), edge};
   return true;
 }
 
@@ -158,14 +171,24 @@ bool ClipPoly(LPNT* in, LPNT* out, const LRECT* r, int* count, int n) {
     return false;
   Path path(out, *r);
   unsigned code = Outcode(in[0], *r);
-  path.Add(Clamped(in[0], *r), code != 0);
+  path.Add(Clamped(in[0], code, *r), code != 0);
+  unsigned next = n > 1 ? Outcode(in[1], *r) : 0;
   for (int i = 1; i < n; ++i) {
-    const unsigned next = Outcode(in[i], *r);
-    // Both ends inside, or both beyond one edge: no crossing adds a point.
-    if ((code | next) != 0 && (code & next) == 0)
-      AddCrossings(in[i - 1], in[i], *r, path);
-    path.Add(Clamped(in[i], *r), next != 0);
+    const unsigned after = i + 1 < n ? Outcode(in[i + 1], *r) : kNoPoint;
+    if (next != code) {
+      // Both ends beyond one edge: no crossing adds a point.
+      if ((code & next) == 0)
+        AddCrossings(in[i - 1], in[i], *r, path);
+      path.Add(Clamped(in[i], next, *r), next != 0);
+    } else if (code == 0) {
+      path.AddInside(in[i]);
+    } else if (!IsCorner(code) && after != code) {
+      // Beyond one edge since the last point: only the last point of such a
+      // run can stay (beyond a corner, every point clamps to the corner).
+      path.Add(Clamped(in[i], next, *r), true);
+    }
     code = next;
+    next = after;
   }
   if (!path.visible())
     return false;

@@ -65,7 +65,7 @@ inline std::string CheckClipLine(const LPNT& p0, const LPNT& p1, const LRECT& r)
 }
 
 /// CheckClipPoly - ClipPoly gives the reference's points, writes no more
-/// than 3n - 2 of them, all inside r, and is visible exactly when a point
+/// than 3n - 2 of them, all inside r and none twice in a row, and is visible exactly when a point
 /// of the line lies in r.
 inline std::string CheckClipPoly(const std::vector<LPNT>& in, const LRECT& r) {
   const int n = static_cast<int>(in.size());
@@ -80,9 +80,12 @@ inline std::string CheckClipPoly(const std::vector<LPNT>& in, const LRECT& r) {
   if (count < 0 || static_cast<size_t>(count) > room || (!visible && count != 0))
     return what + "count " + std::to_string(count);
   out.resize(count);
-  for (const LPNT& p : out)
-    if (!Inside(p, r))
+  for (size_t i = 0; i < out.size(); ++i) {
+    if (!Inside(out[i], r))
       return what + "a point outside the rectangle: " + Describe(out);
+    if (i > 0 && out[i].x == out[i - 1].x && out[i].y == out[i - 1].y)
+      return what + "a repeated point: " + Describe(out);
+  }
   bool meets = n == 1 && ExactlyMeets(in[0], in[0], r);
   for (int i = 1; i < n && !meets; ++i)
     meets = ExactlyMeets(in[i - 1], in[i], r);
@@ -135,8 +138,7 @@ inline std::string CheckIntersection(const LPNT& a, const LPNT& b, const LPNT& c
 /// to it and intersected with another, and a polyline of up to 8 points.
 inline std::string CheckClipCase(Bytes in) {
   const LRECT r = PickRect(in);
-  const LPNT a = PickPoint(in, r), b = PickPoint(in, r), c = PickPoint(in, r),
-             d = PickPoint(in, r);
+  const LPNT a = PickPoint(in, r), b = PickPoint(in, r), c = PickPoint(in, r), d = PickPoint(in, r);
   std::string fault = CheckClipLine(a, b, r);
   if (fault.empty())
     fault = CheckIntersection(a, b, c, d);

@@ -159,12 +159,15 @@ inline PolyClip ReferenceClipPoly(const std::vector<LPNT>& in, const LRECT& r) {
       return static_cast<int32_t>(RoundHalfAway(v));
     };
     LPNT p{place(x, r.x1, r.x2), place(y, r.y1, r.y2)};
-    if (!out.empty() && out.back().x == p.x && out.back().y == p.y) {
+    auto same = [&](const LPNT& q) { return q.x == p.x && q.y == p.y; };
+    // Boundary points left between two points of one edge line go first.
+    while (!out.empty() && !same(out.back()) && out.size() >= 2 && !seen.back() &&
+           onOneEdgeLine(out[out.size() - 2], out.back(), p)) {
+      out.pop_back();
+      seen.pop_back();
+    }
+    if (!out.empty() && same(out.back())) {
       seen.back() = seen.back() || inside;
-    } else if (out.size() >= 2 && !seen.back() &&
-               onOneEdgeLine(out[out.size() - 2], out.back(), p)) {
-      out.back() = p;
-      seen.back() = inside;
     } else {
       out.push_back(p);
       seen.push_back(inside);
