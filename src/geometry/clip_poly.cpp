@@ -14,6 +14,10 @@
 // runs before its first visible point and after its last; a closed ring
 // keeps them, so that it stays closed and fills correctly.
 //
+// Runs of points in one region (inside, or beyond the same edges) are found
+// eight points at a time; of a run beyond one edge only the last point can
+// stay, and a run beyond a corner adds nothing.
+//
 // Decisions are exact: crossing parameters and coordinates are quotients of
 // 128-bit integers, and a point is visible only if it lies in the rectangle
 // before rounding.
@@ -22,12 +26,14 @@
 #include "geometry/coords.h"
 #include "qxutil/geometry.h"
 
+#include <cstring>
+
 using qx::geometry::int128;
 using qx::geometry::RoundQuotient;
 
 namespace {
 
-constexpr unsigned kLeft = 1, kRight = 2, kBelow = 4, kAbove = 8, kNoPoint = 16;
+constexpr unsigned kLeft = 1, kRight = 2, kBelow = 4, kAbove = 8;
 
 unsigned Outcode(const LPNT& p, const LRECT& r) {
   return (p.x < r.x1   ? kLeft
@@ -45,6 +51,40 @@ LPNT Clamped(LPNT p, unsigned code, const LRECT& r) {
   if (code & (kBelow | kAbove))
     p.y = code & kBelow ? r.y1 : r.y2;
   return p;
+}
+
+// Lanes - two points, x and y each; `a < b` gives -1 in the lanes where it
+// holds and 0 elsewhere.
+typedef int32_t Lanes __attribute__((vector_size(16)));
+
+bool AnyLane(const Lanes& v) {
+  uint64_t half[2];
+  std::memcpy(half, &v, sizeof half);
+  return (half[0] | half[1]) != 0;
+}
+
+// RunEnd - the first index from `from` on whose point's outcode is not
+// `code`, or n: the end of a run of points in one region. Eight points at
+// a time are compared with r's edges, lane by lane.
+int RunEnd(const LPNT* in, int from, int n, unsigned code, const LRECT& r) {
+  static_assert(sizeof(LPNT) == 8, "LPNT is two 32-bit coordinates");
+  const Lanes low{r.x1, r.y1, r.x1, r.y1}, high{r.x2, r.y2, r.x2, r.y2};
+  auto lane = [&](unsigned bit) { return (code & bit) ? -1 : 0; };
+  const Lanes below{lane(kLeft), lane(kBelow), lane(kLeft), lane(kBelow)};
+  const Lanes above{lane(kRight), lane(kAbove), lane(kRight), lane(kAbove)};
+  auto differs = [&](const LPNT* p) {
+    Lanes v;
+    std::memcpy(&v, p, sizeof v);
+    return ((v < low) ^ below) | ((v > high) ^ above);
+  };
+  int i = from;
+  for (; i + 8 <= n; i += 8) {
+    if (AnyLane(differs(in + i) | differs(in + i + 2) | differs(in + i + 4) | differs(in + i + 6)))
+      break;
+  }
+  while (i < n && Outcode(in[i], r) == code)
+    ++i;
+  return i;
 }
 
 bool IsCorner(unsigned code) { return (code & (kLeft | kRight)) && (code & (kBelow | kAbove)); }
@@ -74,12 +114,18 @@ public:
       MarkVisible(count_ - 1);
   }
 
-  // AddInside - Add(p, false) after a point that lies inside the rectangle
-  // (the last point is visible, so nothing is dropped).
-  void AddInside(const LPNT& p) {
-    if (!Same(out_[count_ - 1], p))
-      out_[count_++] = p;
-    lastVisible_ = count_ - 1;
+  // AddInsideRun - Add(p, false) for each point of [from, end), all inside
+  // the rectangle, after a point that was too (the last point is visible,
+  // so nothing is dropped).
+  void AddInsideRun(const LPNT* from, const LPNT* end) {
+    int count = count_; // a local: stores into out_ cannot change it
+    LPNT last = out_[count - 1];
+    for (; from != end; ++from) {
+      if (!Same(last, *from))
+        out_[count++] = last = *from;
+    }
+    count_ = count;
+    lastVisible_ = count - 1;
   }
 
   // TrimBoundaryRuns - drops the points before the first visible one and
@@ -105,7 +151,7 @@ private:
   }
 
   LPNT* out_;
-  const LRECT& r_;
+  const LRECT r_;
   int count_ = 0;
   int firstVisible_ = -1, lastVisible_ = -1;
 };
@@ -172,23 +218,25 @@ bool ClipPoly(LPNT* in, LPNT* out, const LRECT* r, int* count, int n) {
   Path path(out, *r);
   unsigned code = Outcode(in[0], *r);
   path.Add(Clamped(in[0], code, *r), code != 0);
-  unsigned next = n > 1 ? Outcode(in[1], *r) : 0;
-  for (int i = 1; i < n; ++i) {
-    const unsigned after = i + 1 < n ? Outcode(in[i + 1], *r) : kNoPoint;
+  for (int i = 1; i < n;) {
+    const unsigned next = Outcode(in[i], *r);
     if (next != code) {
       // Both ends beyond one edge: no crossing adds a point.
       if ((code & next) == 0)
         AddCrossings(in[i - 1], in[i], *r, path);
       path.Add(Clamped(in[i], next, *r), next != 0);
-    } else if (code == 0) {
-      path.AddInside(in[i]);
-    } else if (!IsCorner(code) && after != code) {
-      // Beyond one edge since the last point: only the last point of such a
-      // run can stay (beyond a corner, every point clamps to the corner).
-      path.Add(Clamped(in[i], next, *r), true);
+      code = next;
+      ++i;
+    } else {
+      const int end = RunEnd(in, i, n, code, *r);
+      if (code == 0)
+        path.AddInsideRun(in + i, in + end);
+      else if (!IsCorner(code))
+        // Beyond one edge only the run's last point can stay; beyond a
+        // corner every point clamps to the corner, which is already there.
+        path.Add(Clamped(in[end - 1], code, *r), true);
+      i = end;
     }
-    code = next;
-    next = after;
   }
   if (!path.visible())
     return false;

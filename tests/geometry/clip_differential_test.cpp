@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 namespace {
@@ -19,6 +20,29 @@ TEST(ClipDifferential, RandomCasesMatchTheExactReferences) {
     std::string fault = qxtest::CheckClipCase({bytes, sizeof bytes});
     faults += !fault.empty();
     EXPECT_EQ(fault, "") << "case " << i;
+  }
+}
+
+// Long walks on a small grid round a small rectangle: runs of many points
+// in one region, which ClipPoly passes over several points at a time.
+TEST(ClipDifferential, LongWalksMatchTheExactReference) {
+  std::mt19937 random(8);
+  int faults = 0;
+  for (int i = 0; i < 3000 && faults < 10; ++i) {
+    const LRECT r{0, 0, static_cast<int32_t>(random() % 4), static_cast<int32_t>(random() % 4)};
+    const int step = 1 + random() % 3;
+    std::vector<LPNT> line(1 + random() % 200);
+    int x = 2, y = 2;
+    for (LPNT& p : line) {
+      x = std::clamp(x + static_cast<int>(random() % (2 * step + 1)) - step, -6, 9);
+      y = std::clamp(y + static_cast<int>(random() % (2 * step + 1)) - step, -6, 9);
+      p = {x, y};
+    }
+    if (random() % 4 == 0)
+      line.push_back(line.front()); // a closed ring
+    std::string fault = qxtest::CheckClipPoly(line, r);
+    faults += !fault.empty();
+    EXPECT_EQ(fault, "") << "walk " << i;
   }
 }
 
