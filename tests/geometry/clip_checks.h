@@ -8,6 +8,7 @@
 #include "geometry/exact_reference.h"
 #include "qxutil/geometry.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -19,6 +20,11 @@ inline std::string Describe(const std::vector<LPNT>& pts) {
   for (const LPNT& p : pts)
     s += "(" + std::to_string(p.x) + "," + std::to_string(p.y) + ")";
   return s;
+}
+
+inline bool SamePoints(const std::vector<LPNT>& a, const std::vector<LPNT>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const LPNT& p, const LPNT& q) { return p.x == q.x && p.y == q.y; });
 }
 
 inline std::string Describe(const LRECT& r) {
@@ -47,20 +53,20 @@ inline bool Inside(const LPNT& p, const LRECT& r) {
 inline std::string CheckClipLine(const LPNT& p0, const LPNT& p1, const LRECT& r) {
   LPNT q0 = p0, q1 = p1;
   const bool visible = ClipLine(&q0, &q1, &r);
-  const std::string what = Describe({p0, p1}) + " in " + Describe(r) + ": ";
+  auto what = [&] { return Describe({p0, p1}) + " in " + Describe(r) + ": "; };
   const LineClip want = ReferenceClipLine(p0, p1, r);
   if (want.verdict != Clip::kAmbiguous) {
     if (visible != (want.verdict == Clip::kVisible))
-      return what + (visible ? "visible" : "hidden");
-    if (visible && Describe({q0, q1}) != Describe({want.p0, want.p1}))
-      return what + Describe({q0, q1}) + " instead of " + Describe({want.p0, want.p1});
+      return what() + (visible ? "visible" : "hidden");
+    if (visible && !SamePoints({q0, q1}, {want.p0, want.p1}))
+      return what() + Describe({q0, q1}) + " instead of " + Describe({want.p0, want.p1});
   }
   if (visible && !(Inside(q0, r) && Inside(q1, r)))
-    return what + "clipped outside the rectangle: " + Describe({q0, q1});
+    return what() + "clipped outside the rectangle: " + Describe({q0, q1});
   if (visible && !ExactlyMeets(p0, p1, Grown(r, 2)))
-    return what + "visible, but misses the rectangle by more than 2";
+    return what() + "visible, but misses the rectangle by more than 2";
   if (!visible && ExactlyMeets(p0, p1, Grown(r, -2)))
-    return what + "hidden, but crosses the rectangle";
+    return what() + "hidden, but crosses the rectangle";
   return "";
 }
 
@@ -73,27 +79,27 @@ inline std::string CheckClipPoly(const std::vector<LPNT>& in, const LRECT& r) {
   std::vector<LPNT> input = in, out(room + 8, LPNT{-77, -77});
   int count = -1;
   const bool visible = ClipPoly(input.data(), out.data(), &r, &count, n);
-  const std::string what = Describe(in) + " in " + Describe(r) + ": ";
+  auto what = [&] { return Describe(in) + " in " + Describe(r) + ": "; };
   for (size_t i = room; i < out.size(); ++i)
     if (out[i].x != -77 || out[i].y != -77)
-      return what + "written beyond 3n - 2 points";
+      return what() + "written beyond 3n - 2 points";
   if (count < 0 || static_cast<size_t>(count) > room || (!visible && count != 0))
-    return what + "count " + std::to_string(count);
+    return what() + "count " + std::to_string(count);
   out.resize(count);
   for (size_t i = 0; i < out.size(); ++i) {
     if (!Inside(out[i], r))
-      return what + "a point outside the rectangle: " + Describe(out);
+      return what() + "a point outside the rectangle: " + Describe(out);
     if (i > 0 && out[i].x == out[i - 1].x && out[i].y == out[i - 1].y)
-      return what + "a repeated point: " + Describe(out);
+      return what() + "a repeated point: " + Describe(out);
   }
   bool meets = n == 1 && ExactlyMeets(in[0], in[0], r);
   for (int i = 1; i < n && !meets; ++i)
     meets = ExactlyMeets(in[i - 1], in[i], r);
   if (visible != meets)
-    return what + (visible ? "visible" : "hidden");
+    return what() + (visible ? "visible" : "hidden");
   const PolyClip want = ReferenceClipPoly(in, r);
-  if (want.visible != visible || Describe(want.points) != Describe(out))
-    return what + Describe(out) + " instead of " + Describe(want.points);
+  if (want.visible != visible || !SamePoints(want.points, out))
+    return what() + Describe(out) + " instead of " + Describe(want.points);
   return "";
 }
 
@@ -101,12 +107,12 @@ inline std::string CheckClipPoly(const std::vector<LPNT>& in, const LRECT& r) {
 /// does CrossDLines on the same points where its doubles are exact
 /// (coordinates below 2^24), within its parallel tolerance.
 inline std::string CheckIntersection(const LPNT& a, const LPNT& b, const LPNT& c, const LPNT& d) {
-  const std::string what = Describe({a, b}) + " x " + Describe({c, d}) + ": ";
+  auto what = [&] { return Describe({a, b}) + " x " + Describe({c, d}) + ": "; };
   LPNT x{-7, -7};
   const bool meet = LineIntersection(a, b, c, d, x);
   const Meeting want = ReferenceIntersection(a, b, c, d);
   if (meet != want.meet || (meet && (x.x != want.x.x || x.y != want.x.y)))
-    return what + (meet ? Describe({x}) : "none") + " instead of " +
+    return what() + (meet ? Describe({x}) : "none") + " instead of " +
            (want.meet ? Describe({want.x}) : "none");
   for (const LPNT* p : {&a, &b, &c, &d})
     if (std::abs(int64_t{p->x}) >= (1 << 24) || std::abs(int64_t{p->y}) >= (1 << 24))
@@ -120,7 +126,7 @@ inline std::string CheckIntersection(const LPNT& a, const LPNT& b, const LPNT& c
   DPNT dx{-7, -7};
   const bool dmeet = CrossDLines(da, db, dc, dd, dx);
   if (dmeet != (want.meet && !parallel))
-    return what + "CrossDLines " + (dmeet ? "meets" : "misses");
+    return what() + "CrossDLines " + (dmeet ? "meets" : "misses");
   if (dmeet) {
     // The exact crossing, unrounded: a + t (b - a).
     const Ratio t(int128{int64_t{c.x} - a.x} * (int64_t{d.y} - c.y) -
@@ -129,7 +135,7 @@ inline std::string CheckIntersection(const LPNT& a, const LPNT& b, const LPNT& c
     const double tx = a.x + static_cast<double>(t.n) / static_cast<double>(t.d) * ux;
     const double ty = a.y + static_cast<double>(t.n) / static_cast<double>(t.d) * uy;
     if (std::fabs(dx.x - tx) > 1e-6 || std::fabs(dx.y - ty) > 1e-6)
-      return what + "CrossDLines point " + std::to_string(dx.x) + "," + std::to_string(dx.y);
+      return what() + "CrossDLines point " + std::to_string(dx.x) + "," + std::to_string(dx.y);
   }
   return "";
 }
