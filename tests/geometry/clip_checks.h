@@ -1,7 +1,7 @@
 // What the clipping and intersection functions must do on any input,
 // checked against the exact references (exact_reference.h); shared by the
-// differential test and the clip fuzzer. Each check returns "" when the
-// call behaves, otherwise what went wrong.
+// line tests and the clip fuzzer. Each check returns "" when the call
+// behaves, otherwise what went wrong.
 #ifndef QXUTIL_TESTS_GEOMETRY_CLIP_CHECKS_H
 #define QXUTIL_TESTS_GEOMETRY_CLIP_CHECKS_H
 
@@ -138,23 +138,6 @@ inline std::string CheckIntersection(const LPNT& a, const LPNT& b, const LPNT& c
       return what() + "CrossDLines point " + std::to_string(dx.x) + "," + std::to_string(dx.y);
   }
   return "";
-}
-
-/// CheckClipCase - one case read from `in`: a rectangle, a segment clipped
-/// to it and intersected with another, and a polyline of up to 8 points.
-inline std::string CheckClipCase(Bytes in) {
-  const LRECT r = PickRect(in);
-  const LPNT a = PickPoint(in, r), b = PickPoint(in, r), c = PickPoint(in, r), d = PickPoint(in, r);
-  std::string fault = CheckClipLine(a, b, r);
-  if (fault.empty())
-    fault = CheckIntersection(a, b, c, d);
-  std::vector<LPNT> line{a, b, c, d};
-  for (int n = in.Next8() % 5; n > 0; --n)
-    line.push_back(PickPoint(in, r));
-  line.resize(1 + in.Next8() % line.size());
-  if (fault.empty())
-    fault = CheckClipPoly(line, r);
-  return fault;
 }
 
 } // namespace qxtest

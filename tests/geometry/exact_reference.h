@@ -1,6 +1,6 @@
 // Exact references for the clipping and intersection functions, written
 // with rational numbers in 128-bit integers and no floating point, for the
-// differential tests and the clip fuzzer:
+// line tests and the clip fuzzer:
 //
 //  * ReferenceClipLine: Cohen-Sutherland with each quotient exact and
 //    rounded half away from zero. It flags a step as ambiguous when the
@@ -247,81 +247,6 @@ inline Meeting ReferenceIntersection(const LPNT& a, const LPNT& b, const LPNT& c
       best = {true, p}, bestDistance = distance;
   }
   return best;
-}
-
-// ---- Random cases ------------------------------------------------------------
-
-/// Bytes - reads a fuzzer's input (or a generator's), as zeros once it has
-/// run out.
-struct Bytes {
-  const uint8_t* data;
-  size_t size;
-  uint8_t Next8() { return size ? (--size, *data++) : 0; }
-  uint16_t Next16() { return static_cast<uint16_t>(Next8() << 8 | Next8()); }
-  int32_t Next32() { return static_cast<int32_t>(uint32_t{Next16()} << 16 | Next16()); }
-};
-
-/// PickRect - a rectangle of one of the kinds that make clipping hard:
-/// small, large, at either 32-bit limit, the whole range, one unit or no
-/// width, unsorted, anywhere.
-inline LRECT PickRect(Bytes& in) {
-  const int kind = in.Next8() % 8;
-  const int32_t x = static_cast<int16_t>(in.Next16()), y = static_cast<int16_t>(in.Next16());
-  const int32_t w = in.Next8() % 40, h = in.Next8() % 40;
-  switch (kind) {
-  case 0:
-    return {x, y, x + w, y + h};
-  case 1:
-    return {x * 1000, y * 1000, x * 1000 + w * 10000000, y * 1000 + h * 10000000};
-  case 2:
-    return {INT32_MAX - w, INT32_MAX - h, INT32_MAX, INT32_MAX};
-  case 3:
-    return {INT32_MIN, INT32_MIN, INT32_MIN + w, INT32_MIN + h};
-  case 4:
-    return {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
-  case 5:
-    return {x, y, x + w % 2, y + h % 2};
-  case 6:
-    return {x + w, y + h, x, y};
-  default: {
-    LRECT r{in.Next32(), in.Next32(), in.Next32(), in.Next32()};
-    SortRect(r);
-    return r;
-  }
-  }
-}
-
-inline int32_t Fit(int64_t v) {
-  return static_cast<int32_t>(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX));
-}
-
-/// PickPoint - a point near r's edges, inside it, on a tiny grid, far off
-/// or at the 32-bit extremes.
-inline LPNT PickPoint(Bytes& in, const LRECT& r) {
-  auto pick = [&](int32_t lo, int32_t hi) -> int32_t {
-    const uint16_t bits = in.Next16();
-    const int32_t small = bits >> 3;
-    switch (bits & 7) {
-    case 0:
-      return Fit(int64_t{lo} + small % 64 - 32);
-    case 1:
-      return Fit(int64_t{hi} + small % 64 - 32);
-    case 2:
-      return static_cast<int32_t>(std::min(lo, hi) + small % (std::abs(int64_t{hi} - lo) + 1));
-    case 3:
-      return INT32_MIN + small % 16;
-    case 4:
-      return INT32_MAX - small % 16;
-    case 5:
-      return in.Next32();
-    case 6:
-      return small % 5;
-    default:
-      return Fit(int64_t{lo} - 1000 + small % 3000);
-    }
-  };
-  const int32_t px = pick(r.x1, r.x2);
-  return {px, pick(r.y1, r.y2)};
 }
 
 } // namespace qxtest
