@@ -4,7 +4,8 @@
 // rgn_unionrect (sometimes with the union made to fail, where the model
 // expects the bounding-box fallback), rgn_intersect, CombineRgn in every
 // mode, and SetRectRgn. After each one the changed region's pixels, kind
-// and bounding box, and the equality of every pair, must match the model.
+// and bounding boxes (GetRgnBox's and rgn_bounding_rect's), and the
+// equality of every pair, must match the model.
 #include "geometry/region_model.h"
 #include "platform/heap.h"
 
@@ -32,8 +33,11 @@ void CheckRegion(HRGN g, const PixelSet& model, HRGN probe) {
   RECT box;
   Check(GetRgnBox(g, &box) == model.Kind());
   LRECT want = model.Box();
-  Check(box.left == want.x1 && box.top == want.y1 && box.right == want.x2 &&
-        box.bottom == want.y2);
+  Check(box.left == want.x1 && box.top == want.y1 && box.right == want.x2 && box.bottom == want.y2);
+  LRECT bounds;
+  rgn_bounding_rect(g, &bounds);
+  Check(bounds.x1 == want.x1 && bounds.y1 == want.y1 && bounds.x2 == want.x2 &&
+        bounds.y2 == want.y2);
 }
 
 } // namespace
@@ -84,9 +88,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       const int mode = RGN_AND + (r.x1 - PixelSet::kGridLow) % 5;
       const auto& a = models[i].bits;
       const auto& b = models[j].bits;
-      PixelSet want{mode == RGN_AND   ? a & b
-                    : mode == RGN_OR  ? a | b
-                    : mode == RGN_XOR ? a ^ b
+      PixelSet want{mode == RGN_AND    ? a & b
+                    : mode == RGN_OR   ? a | b
+                    : mode == RGN_XOR  ? a ^ b
                     : mode == RGN_DIFF ? a & ~b
                                        : a};
       Check(CombineRgn(regions[k], regions[i], regions[j], mode) == want.Kind());
@@ -105,8 +109,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (int n = 0; n < 3; ++n) {
       for (int m = 0; m < 3; ++m)
         Check(rgn_equal(regions[n], regions[m]) ==
-              (!regions[n] || !regions[m] ? !regions[n] && !regions[m]
-                                          : models[n] == models[m]));
+              (!regions[n] || !regions[m] ? !regions[n] && !regions[m] : models[n] == models[m]));
     }
   }
   for (HRGN g : regions)
