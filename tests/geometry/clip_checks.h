@@ -6,6 +6,7 @@
 #define QXUTIL_TESTS_GEOMETRY_CLIP_CHECKS_H
 
 #include "geometry/exact_reference.h"
+#include "geometry/geometry_text.h"
 #include "qxutil/geometry.h"
 
 #include <algorithm>
@@ -15,21 +16,9 @@
 
 namespace qxtest {
 
-inline std::string Describe(const std::vector<LPNT>& pts) {
-  std::string s;
-  for (const LPNT& p : pts)
-    s += "(" + std::to_string(p.x) + "," + std::to_string(p.y) + ")";
-  return s;
-}
-
 inline bool SamePoints(const std::vector<LPNT>& a, const std::vector<LPNT>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](const LPNT& p, const LPNT& q) { return p.x == q.x && p.y == q.y; });
-}
-
-inline std::string Describe(const LRECT& r) {
-  return "[" + std::to_string(r.x1) + "," + std::to_string(r.y1) + "," + std::to_string(r.x2) +
-         "," + std::to_string(r.y2) + "]";
 }
 
 /// Grown - r moved outwards by d on each side (inwards for d < 0), kept
@@ -135,7 +124,7 @@ inline std::string CheckIntersection(const LPNT& a, const LPNT& b, const LPNT& c
     const double tx = a.x + static_cast<double>(t.n) / static_cast<double>(t.d) * ux;
     const double ty = a.y + static_cast<double>(t.n) / static_cast<double>(t.d) * uy;
     if (std::fabs(dx.x - tx) > 1e-6 || std::fabs(dx.y - ty) > 1e-6)
-      return what() + "CrossDLines point " + std::to_string(dx.x) + "," + std::to_string(dx.y);
+      return what() + "CrossDLines point " + Describe(dx);
   }
   return "";
 }
