@@ -1,10 +1,11 @@
 // Arcs, pattern sizes, rotated rectangles and ring orientation.
-#include "qxutil/geometry.h"
+#include "geometry/geometry_text.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -130,12 +131,12 @@ TEST(Arcs, RoundToPatternSize) {
       {-8, true, 5, -10},
       {0, false, 5, 0},
       {7, false, -5, 5},
-      {100000, false, 70000, 70000},  // h = 70000's low 16 bits = 4464
-      {1, false, 0x18000, -32768},    // h = 0x8000 as a signed 16-bit number
-      {9, false, 0, 9},               // no pattern to round to
-      {INT_MAX, false, 2, INT_MAX},   // 2147483648 saturates
-      {INT_MIN, false, -1, INT_MIN},  // no 32-bit overflow on the way
-      {0x100000007L, false, 5, 5},    // the low 32 bits count
+      {100000, false, 70000, 70000}, // h = 70000's low 16 bits = 4464
+      {1, false, 0x18000, -32768},   // h = 0x8000 as a signed 16-bit number
+      {9, false, 0, 9},              // no pattern to round to
+      {INT_MAX, false, 2, INT_MAX},  // 2147483648 saturates
+      {INT_MIN, false, -1, INT_MIN}, // no 32-bit overflow on the way
+      {0x100000007L, false, 5, 5},   // the low 32 bits count
   };
   for (const Case& c : cases)
     EXPECT_EQ(RoundToPatternSize(c.v, c.allowZero, c.pattern), c.want)
@@ -177,39 +178,28 @@ TEST(Rotation, CornersAndBoundingRectangles) {
 TEST(Orientation, SignedAreaDecides) {
   struct Case {
     const char* what;
-    std::initializer_list<LPNT> ring;
+    const char* ring;
     bool ok, clockwise;
   } cases[] = {
-      {"counter-clockwise square", {{0, 0}, {10, 0}, {10, 10}, {0, 10}}, true, false},
-      {"clockwise square", {{0, 0}, {0, 10}, {10, 10}, {10, 0}}, true, true},
-      {"closed ring", {{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}}, true, true},
-      {"repeated points", {{0, 0}, {0, 0}, {5, 0}, {5, 0}, {5, 5}}, true, false},
-      {"touching itself at a vertex",
-       {{0, 0}, {10, 0}, {10, 10}, {20, 10}, {20, 20}, {10, 20}, {10, 10}, {0, 10}},
-       true,
-       false},
-      {"a concave ring whose lowest point is shared",
-       {{0, 0}, {4, 4}, {8, 0}, {8, 8}, {4, 4}, {0, 8}},
-       true,
-       false},
-      {"collinear", {{0, 0}, {5, 5}, {10, 10}}, false, false},
-      {"a bow tie of equal lobes", {{0, 0}, {10, 10}, {10, 0}, {0, 10}}, false, false},
-      {"a bow tie: the larger lobe", {{0, 0}, {20, 20}, {20, 0}, {0, 10}}, true, true},
-      {"two points", {{0, 0}, {5, 5}}, false, false},
-      {"32-bit extremes",
-       {{INT_MIN, INT_MIN}, {INT_MAX, INT_MIN}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MAX}},
-       true,
-       false},
-      {"a sliver one unit wide at the extremes",
-       {{INT_MIN, INT_MIN}, {INT_MAX, INT_MAX}, {INT_MAX, INT_MAX - 1}},
-       true,
-       true},
+      {"counter-clockwise square", "0,0 10,0 10,10 0,10", true, false},
+      {"clockwise square", "0,0 0,10 10,10 10,0", true, true},
+      {"closed ring", "0,0 0,10 10,10 10,0 0,0", true, true},
+      {"repeated points", "0,0 0,0 5,0 5,0 5,5", true, false},
+      {"touching itself at a vertex", "0,0 10,0 10,10 20,10 20,20 10,20 10,10 0,10", true, false},
+      {"a concave ring whose lowest point is shared", "0,0 4,4 8,0 8,8 4,4 0,8", true, false},
+      {"collinear", "0,0 5,5 10,10", false, false},
+      {"a bow tie of equal lobes", "0,0 10,10 10,0 0,10", false, false},
+      {"a bow tie: the larger lobe", "0,0 20,20 20,0 0,10", true, true},
+      {"two points", "0,0 5,5", false, false},
+      {"32-bit extremes", "min,min max,min max,max min,max", true, false},
+      {"a sliver one unit wide at the extremes", "min,min max,max max,max-1", true, true},
   };
   for (const auto& c : cases) {
+    const std::vector<LPNT> ring = qxtest::Pts(c.ring);
     bool ok = !c.ok;
-    bool clockwise = IsClockwiseOrientation(c.ring.begin(), static_cast<int>(c.ring.size()), &ok);
+    EXPECT_EQ(IsClockwiseOrientation(ring.data(), static_cast<int>(ring.size()), &ok), c.clockwise)
+        << c.what;
     EXPECT_EQ(ok, c.ok) << c.what;
-    EXPECT_EQ(clockwise, c.clockwise) << c.what;
   }
   bool ok = true;
   EXPECT_FALSE(IsClockwiseOrientation(nullptr, 4, &ok));
