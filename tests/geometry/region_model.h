@@ -60,30 +60,25 @@ struct PixelSet {
 };
 
 /// PixelsOf - the grid pixels g covers (g must lie within the grid), read
-/// through `probe`, a region of the caller's that is overwritten, pixel by
-/// pixel within g's bounding box (whose own test is GetRgnBox's). Probing
-/// never asks the heap's fault hook (each result is one rectangle at most).
-inline PixelSet PixelsOf(HRGN g, HRGN probe) {
+/// pixel by pixel within g's bounding box (whose own test is GetRgnBox's)
+/// through `probe`, a region that is overwritten (one of its own when
+/// null). Probing never asks the heap's fault hook (each result is one
+/// rectangle at most).
+inline PixelSet PixelsOf(HRGN g, HRGN probe = nullptr) {
+  HRGN own = probe ? nullptr : qx::win::CreateRectRgn(0, 0, 0, 0), p = probe ? probe : own;
   PixelSet s;
   qx::win::RECT box{0, 0, 0, 0};
   qx::win::GetRgnBox(g, &box);
-  const int x1 = std::max<int>(box.left, PixelSet::kGridLow);
-  const int y1 = std::max<int>(box.top, PixelSet::kGridLow);
-  const int x2 = std::min<int>(box.right, PixelSet::kGridHigh);
-  const int y2 = std::min<int>(box.bottom, PixelSet::kGridHigh);
-  for (int y = y1; y < y2; ++y)
-    for (int x = x1; x < x2; ++x) {
-      qx::win::SetRectRgn(probe, x, y, x + 1, y + 1);
-      if (qx::win::CombineRgn(probe, probe, g, RGN_AND) == SIMPLEREGION)
+  for (int y = std::max<int>(box.top, PixelSet::kGridLow);
+       y < std::min<int>(box.bottom, PixelSet::kGridHigh); ++y)
+    for (int x = std::max<int>(box.left, PixelSet::kGridLow);
+         x < std::min<int>(box.right, PixelSet::kGridHigh); ++x) {
+      qx::win::SetRectRgn(p, x, y, x + 1, y + 1);
+      if (qx::win::CombineRgn(p, p, g, RGN_AND) == SIMPLEREGION)
         s.bits.set(PixelSet::Index(x, y));
     }
-  return s;
-}
-
-inline PixelSet PixelsOf(HRGN g) {
-  HRGN probe = qx::win::CreateRectRgn(0, 0, 0, 0);
-  PixelSet s = PixelsOf(g, probe);
-  qx::win::DeleteObject(probe);
+  if (own)
+    qx::win::DeleteObject(own);
   return s;
 }
 
