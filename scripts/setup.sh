@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   cmake make g++ clang libclang-rt-14-dev pkg-config python3
   libgtest-dev libgmock-dev libbenchmark-dev libpixman-1-dev
-  libsqlite3-dev libicu-dev libroaring-dev time
+  libsqlite3-dev libicu-dev libroaring-dev libgeos-dev time
   libgsf-bin python3-olefile  # test-only: compound files made and cross-read
 )
 

@@ -69,6 +69,8 @@ typedef HMETAFILE__* HMETAFILE;
 struct HENHMETAFILE__;
 typedef HENHMETAFILE__* HENHMETAFILE;
 typedef void* HGLOBAL;
+struct HRGN__;
+typedef HRGN__* HRGN; // a region (see the rgn_ functions in geometry.h)
 
 #define LOAD_WITH_ALTERED_SEARCH_PATH 0x00000008
 

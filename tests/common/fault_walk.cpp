@@ -16,6 +16,8 @@ namespace {
 FaultCase::Outcome Run(const FaultCase& c, long nth, bool persistent, long* calls) {
   FaultCase::Outcome outcome = FaultCase::kWrong;
   bool threw = false;
+  if (c.prepare)
+    c.prepare();
   FailAllocations(nth, persistent);
   try {
     outcome = c.run();

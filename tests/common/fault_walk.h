@@ -29,6 +29,8 @@ struct FaultCase {
   const char* name;
   Outcome (*run)();
   Faulted faulted = kFails;
+  /// Builds the call's inputs before each run, with no allocation failing.
+  void (*prepare)() = nullptr;
 };
 
 /// FaultWalkCount - what one walk did.
