@@ -5,7 +5,7 @@ Inputs: those of gen_foldtables.py (the code pages 1250-1254 in ../shared/data/c
 rules in gen_foldtables.py, Python's unicodedata); nothing is read from ../shared/data/foldtables.
 
 A folding table's identifier is the CRC-16/ARC of its 256 bytes. A table built from its rules
-either reproduces its identifier or not; when not, the original bytes differ from the rules in
+either reproduces its identifier or not; when not, the true bytes differ from the rules in
 ways nobody wrote down. This script searches, for each table, the *principled* variants of its
 rules: a hypothesis is a base table (the rule-built one, or one built on another revision of the
 Western table), and a list of independent option groups, each a small set of alternative
