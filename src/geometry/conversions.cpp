@@ -23,7 +23,9 @@ int32_t ClampRound(double v, long lo, long hi) {
 
 } // namespace
 
-void LongToDoubleRect(const LRECT& s, DRECT& d) { d = {1.0 * s.x1, 1.0 * s.y1, 1.0 * s.x2, 1.0 * s.y2}; }
+void LongToDoubleRect(const LRECT& s, DRECT& d) {
+  d = {1.0 * s.x1, 1.0 * s.y1, 1.0 * s.x2, 1.0 * s.y2};
+}
 
 void LongToDoublePoints(const LPNT* s, DPNT* d, int n) {
   for (int i = 0; s && d && i < n; ++i)

@@ -15,7 +15,9 @@ void OffsetRect(LRECT& r, long dx, long dy, long lo, long hi) {
        Move(r.y2, dy, lo, hi)};
 }
 
-void OffsetRect(DRECT& r, double dx, double dy) { r = {r.x1 + dx, r.y1 + dy, r.x2 + dx, r.y2 + dy}; }
+void OffsetRect(DRECT& r, double dx, double dy) {
+  r = {r.x1 + dx, r.y1 + dy, r.x2 + dx, r.y2 + dy};
+}
 
 void OffsetPoints(LPNT* p, int n, long dx, long dy, long lo, long hi) {
   for (int i = 0; p && i < n; ++i)

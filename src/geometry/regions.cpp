@@ -10,9 +10,7 @@
 
 using namespace qx::win;
 
-HRGN rgn_create(const LRECT* r) {
-  return r ? CreateRectRgn(r->x1, r->y1, r->x2, r->y2) : nullptr;
-}
+HRGN rgn_create(const LRECT* r) { return r ? CreateRectRgn(r->x1, r->y1, r->x2, r->y2) : nullptr; }
 
 void rgn_destroy(HRGN g) {
   if (g)
