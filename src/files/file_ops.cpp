@@ -4,7 +4,8 @@
 // file (writing its cached blocks), so it acts on what the caller wrote.
 // Group removal and copying never leave a half-done result: removal renames
 // every file aside before deleting any, and a copy is written beside its
-// target and then put in its place in one step.
+// target, written through to the device, and then put in its place in one
+// step, so that even a machine that stops leaves the old target or the new.
 //
 //===----------------------------------------------------------------------===//
 #include "files/file_system.h"
@@ -207,6 +208,7 @@ bool cFileSystemImpl::Copy(int source, int target, bool failIfExists) {
   }
   ffree(reinterpret_cast<void**>(&chunk));
   _close(in);
+  ok = ok && _commit(out) == 0; // on the device before it takes the target's name
   ok = _close(out) == 0 && ok;
   if (ok)
     ok = qx::win::MoveFileExW(temp, targetPath, failIfExists ? 0 : MOVEFILE_REPLACE_EXISTING);

@@ -239,6 +239,8 @@ int _chsize(int fd, long size) {
   return 0;
 }
 
+int _commit(int fd) { return SysFdatasync(fd) == 0 ? 0 : Fail(); }
+
 int _close(int fd) { return SysClose(fd) == 0 ? 0 : Fail(); }
 
 int _wremove(const wchar_t* path) {

@@ -1,6 +1,6 @@
 //===- platform/file_crt.h - Microsoft C-runtime file calls -----*- C++ -*-===//
 //
-// Provides: _wsopen, _read, _write, _lseek, _chsize, _close, _wremove,
+// Provides: _wsopen, _read, _write, _lseek, _chsize, _commit, _close, _wremove,
 // _wrename, _waccess, _wstat32, _wgetdcwd, _wchdir, _wutime, _wfdopen and
 // the unlocked stream reads with the Microsoft runtime's contracts, and its
 // errno values.
@@ -86,6 +86,10 @@ long _lseek(int fd, long offset, int origin);
 /// errno (kErrAcces for a descriptor not open for writing, kErrInval for a
 /// negative size, kErrNoSpc).
 int _chsize(int fd, long size);
+
+/// _commit - writes the file's data through to the device; 0, or -1 with
+/// errno (kErrBadF, or the device's error).
+int _commit(int fd);
 
 /// _close - closes the descriptor (its share lock goes with its last
 /// close); 0, or -1 with errno (kErrBadF).

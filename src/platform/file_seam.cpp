@@ -35,7 +35,7 @@ int RenameCall(const char* from, const char* to, bool replace) {
 const FileSyscalls kDefaults = {
     OpenCall,    ::close,   ::read,     ::write,  ::pread,     ::pwrite,   ::lseek,
     ::ftruncate, FstatCall, StatCall,   ::unlink, RenameCall,  GetcwdCall, ::chdir,
-    ::opendir,   ::readdir, ::closedir, ::flock,  UtimensCall, ::fdopen,
+    ::opendir,   ::readdir, ::closedir, ::flock,  UtimensCall, ::fdopen,   ::fdatasync,
 };
 
 FileSyscalls gCalls = kDefaults;
@@ -130,6 +130,9 @@ off_t SysLseek(int fd, off_t offset, int whence) {
 }
 int SysFtruncate(int fd, off_t length) {
   return Call(-1, [&](bool) { return gCalls.ftruncate(fd, length); });
+}
+int SysFdatasync(int fd) {
+  return Call(-1, [&](bool) { return gCalls.fdatasync(fd); });
 }
 int SysFstat(int fd, struct stat* st) {
   return Call(-1, [&](bool) { return gCalls.fstat(fd, st); });

@@ -45,6 +45,7 @@ struct FileSyscalls {
   int (*flock)(int fd, int operation);
   int (*utimens)(const char* path, const struct timespec times[2]);
   FILE* (*fdopen)(int fd, const char* mode);
+  int (*fdatasync)(int fd);
 };
 
 /// Syscalls - the table in force (process-wide).
@@ -75,6 +76,7 @@ ssize_t SysPread(int fd, void* buffer, size_t count, off_t offset);
 ssize_t SysPwrite(int fd, const void* buffer, size_t count, off_t offset);
 off_t SysLseek(int fd, off_t offset, int whence);
 int SysFtruncate(int fd, off_t length);
+int SysFdatasync(int fd);
 int SysFstat(int fd, struct stat* st);
 int SysStat(const char* path, struct stat* st);
 int SysUnlink(const char* path);
