@@ -7,6 +7,7 @@
 #ifndef QXUTIL_LOCALE_NUMBER_INTERNAL_H
 #define QXUTIL_LOCALE_NUMBER_INTERNAL_H
 
+#include "platform/crt_locale.h"
 #include "qxutil/locale.h"
 
 namespace qx::number {
@@ -19,9 +20,9 @@ constexpr unsigned int kWorkSize = 1024;
 bool ReadDouble(const wchar_t* text, double* result, wchar_t** end, bool neutral);
 
 /// RuntimeLocaleIsNeutral - true when the C runtime's LC_NUMERIC locale is
-/// the "C" locale (named "C" or "POSIX", or unreadable); the name is read
-/// under the runtime-locale lock (platform/crt_locale.h).
-bool RuntimeLocaleIsNeutral();
+/// the "C" locale (named "C" or "POSIX", or unreadable;
+/// platform/crt_locale.h).
+inline bool RuntimeLocaleIsNeutral() { return qx::platform::CrtNumericLocaleIsC(); }
 
 /// SeparatorsInForce - the decimal and thousands separators and the group
 /// size of the locale record, with the system flag the number format

@@ -167,7 +167,14 @@ bool qx::number::ReadDouble(const wchar_t* text, double* result, wchar_t** end, 
   if (neutral) {
     wchar_t* stop = nullptr;
     errno = 0;
-    double value = qx::crt::WcstodWithPoint(text, &stop, L'.');
+    double value;
+    if (qx::crt::ReadPlainDecimal(text, &value, &stop)) { // the common text, directly
+      *result = value;
+      if (end)
+        *end = stop;
+      return true;
+    }
+    value = qx::crt::WcstodWithPoint(text, &stop, L'.');
     return Converted(text, stop, value, result, end, true, [](double) { return true; });
   }
   *result = 0.0;

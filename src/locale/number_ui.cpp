@@ -28,8 +28,6 @@ bool AllDigits(const wchar_t* from, const wchar_t* to) {
 
 namespace qx::number {
 
-bool RuntimeLocaleIsNeutral() { return qx::platform::CrtNumericLocaleIsC(); }
-
 wchar_t RuntimePoint(bool neutral) { return neutral ? L'.' : qx::platform::CrtDecimalPoint(); }
 
 void SeparatorsInForce(wchar_t* decimal, wchar_t* thousands, short* group) {

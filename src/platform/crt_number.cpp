@@ -311,6 +311,14 @@ double wcstod(const wchar_t* text, wchar_t** end) {
   return WcstodWithPoint(text, end, qx::platform::CrtDecimalPoint());
 }
 
+bool ReadPlainDecimal(const wchar_t* text, double* value, wchar_t** end) {
+  const wchar_t* stop;
+  if (!FastWcstod(text, value, &stop))
+    return false;
+  *end = const_cast<wchar_t*>(stop);
+  return true;
+}
+
 double WcstodWithPoint(const wchar_t* text, wchar_t** end, wchar_t point) {
   if (!text) {
     if (end)

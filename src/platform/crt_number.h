@@ -54,6 +54,13 @@ double wcstod(const wchar_t* text, wchar_t** end);
 /// and errno ENOMEM.
 double WcstodWithPoint(const wchar_t* text, wchar_t** end, wchar_t point);
 
+/// ReadPlainDecimal - wcstod in the "C" locale for plain decimal text
+/// ([blanks][sign]digits[.digits][e[sign]digits]) whose value is well inside
+/// the range of a double: the same value and end, errno untouched. False,
+/// storing nothing, for anything else (no digit, hexadecimal, inf, nan, a
+/// result near the range bounds, more than 400 digits); wcstod decides those.
+bool ReadPlainDecimal(const wchar_t* text, double* value, wchar_t** end);
+
 /// FormatDouble - what swprintf(out, size, L"%*.*<conversion>", width,
 /// precision, value) writes, `conversion` being 'e', 'f' or 'g': the text
 /// of the C runtime (glibc's digits, "inf", "-nan"), with the runtime
