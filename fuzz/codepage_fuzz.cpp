@@ -5,7 +5,7 @@
 // every output size from 0 up to a small bound, and the exact and a larger
 // size, the count, the last error, the used-default flag and every element
 // of the sentinel-filled buffer (with a guard after the stated size) must
-// agree.
+// agree. Each unit converted alone without best fit must come back.
 #include "common/code_pages.h"
 #include "common/platform_codepage_compare.h"
 
@@ -77,6 +77,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   if (units.empty()) {
     return 0;
+  }
+  // Without best fit, a unit that converts without the default character
+  // decodes back to itself.
+  for (wchar_t u : units) {
+    char code[2];
+    BOOL used = FALSE;
+    wchar_t back = 0;
+    int n = WideCharToMultiByte(page, WC_NO_BEST_FIT_CHARS, &u, 1, code, 2, nullptr, &used);
+    if (n < 1 || (!used && (MultiByteToWideChar(page, 0, code, n, &back, 1) != 1 || back != u))) {
+      std::abort();
+    }
   }
   static const DWORD kEncodeFlags[] = {
       0,

@@ -1,7 +1,8 @@
 // The fast paths of the UTF-8 codec (ASCII runs 16 at a time, whole
 // sequences, blocks of the BMP) against its state machine fed one byte or
 // one unit at a time, where no fast path applies: the same units, flags,
-// bytes and replacement counts for random input at every offset.
+// bytes and replacement counts for random input at every offset; and every
+// decoded text survives the trip back through UTF-8.
 #include "platform/utf8.h"
 
 #include <cstddef>
@@ -58,6 +59,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Decode(s, size, size == 0 ? 1 : size, &fastUnits, &fastFlags);
   Decode(s, size, 1, &slowUnits, &slowFlags);
   Check(fastUnits == slowUnits && fastFlags == slowFlags);
+  // Decoded units are well-formed UTF-16: they go back to UTF-8 without a
+  // replacement and decode to themselves.
+  size_t backBad = 0;
+  std::string back = Encode(fastUnits.data(), fastUnits.size(), fastUnits.size() + 1, &backBad);
+  std::wstring again;
+  std::string againFlags;
+  Decode(back.data(), back.size(), back.size() + 1, &again, &againFlags);
+  Check(backBad == 0 && again == fastUnits);
 
   // Units from pairs of bytes: mostly small values (ASCII, Latin, kana),
   // surrogates and values past U+10FFFF from the high bits.

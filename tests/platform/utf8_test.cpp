@@ -164,22 +164,4 @@ TEST(Utf8Encode, PairsJoinAndLoneSurrogatesAreReplaced) {
   EXPECT_EQ(qx::platform::Utf8ToWide(nullptr), L"");
 }
 
-// Every scalar value survives the trip through UTF-8 and back.
-TEST(Utf8Codec, EveryScalarValueRoundTrips) {
-  for (uint32_t c = 0; c <= 0x10FFFF; c += c < 0x10000 ? 1 : 61) {
-    if (c >= 0xD800 && c <= 0xDFFF)
-      continue;
-    std::wstring units;
-    if (c >= 0x10000)
-      units = {static_cast<wchar_t>(0xD800 + ((c - 0x10000) >> 10)),
-               static_cast<wchar_t>(0xDC00 + (c & 0x3FF))};
-    else
-      units = {static_cast<wchar_t>(c)};
-    size_t replacements = 0;
-    std::string bytes = Encode(units, 0, &replacements);
-    ASSERT_EQ(replacements, 0u) << c;
-    ASSERT_EQ(Decode(bytes, 0), units) << c;
-  }
-}
-
 } // namespace
