@@ -35,7 +35,6 @@ constexpr size_t kHeaderFatIds = 109; // FAT sectors named in the header
 constexpr uint32_t kEndOfChain = 0xFFFFFFFE;
 constexpr uint32_t kMaxSector = 0xFFFFFFFA; // the largest sector number
 constexpr unsigned kMiniShift = 6;
-constexpr uint32_t kMiniSize = 1u << kMiniShift;
 constexpr uint64_t kMiniCutoff = 4096;
 
 uint16_t Le16(const unsigned char* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
@@ -237,7 +236,8 @@ HRESULT CompoundFile::LoadFat(const unsigned char* header) {
       result = STG_E_READFAULT;
       break;
     }
-    std::memset(bytes + got, 0, want - static_cast<size_t>(got)); // a file cut short
+    if (static_cast<size_t>(got) < want) // a file cut short
+      std::memset(bytes + got, 0, want - static_cast<size_t>(got));
     for (size_t j = 0; j < size_t{run} * perSector; ++j)
       fat_[size_t{i} * perSector + j] = Le32(bytes + 4 * j);
   }
