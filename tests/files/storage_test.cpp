@@ -71,12 +71,10 @@ TEST(Storage, GsfFilesWithDifatAndManyNamesReadAsOlefileReadsThem) {
   std::string file = dir.Path("made.cfb");
   if (!qxtest::MakeWithGsf(file, tree))
     GTEST_SKIP() << "gsf (libgsf-bin) is not installed";
-  std::vector<std::string> ours = qxtest::ListFile(file);
-  std::vector<std::string> theirs = qxtest::ListWithOlefile(file);
+  std::vector<std::string> ours = qxtest::ListFile(file), theirs = qxtest::ListWithOlefile(file);
   ASSERT_GT(ours.size(), 300u);
-  if (!theirs.empty()) {
+  if (!theirs.empty())
     EXPECT_EQ(ours, theirs);
-  }
 
   // Every name is found in the tree whatever its case.
   IStorage* root = nullptr;
@@ -106,9 +104,7 @@ TEST(Storage, NamesOrderByLengthThenUpperCase) {
   } cases[] = {
       {L"Z", L"aa", -1},   {L"abc", L"ABC", 0},
       {L"abd", L"ABC", 1}, {L"\u00e9t\u00e9", L"\u00c9T\u00c9", 0},
-      {L"_", L"a", 1}, // 'a' is compared as 'A' (0x41), below '_' (0x5F)
-      {L"", L"", 0},
-  };
+      {L"_", L"a", 1},     {L"", L"", 0}}; // 'a' is compared as 'A' (0x41), below '_' (0x5F)
   for (const Case& c : cases)
     EXPECT_EQ(qx::platform::CompareNames(c.a, std::wcslen(c.a), c.b, std::wcslen(c.b)), c.order)
         << Widen("") << c.a;
@@ -151,15 +147,13 @@ TEST(Storage, StreamsReadSeekAndRefuseWhatIsNotThere) {
     DWORD origin;
     HRESULT result;
     ULONGLONG position;
-  } seeks[] = {
-      {4000, STREAM_SEEK_SET, S_OK, 4000},
-      {-1000, STREAM_SEEK_CUR, S_OK, 3000},
-      {-1, STREAM_SEEK_END, S_OK, 8999},
-      {100, STREAM_SEEK_END, S_OK, 9100},
-      {-1, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 9100},
-      {0, 3, STG_E_INVALIDFUNCTION, 9100},
-      {511, STREAM_SEEK_SET, S_OK, 511},
-  };
+  } seeks[] = {{4000, STREAM_SEEK_SET, S_OK, 4000},
+               {-1000, STREAM_SEEK_CUR, S_OK, 3000},
+               {-1, STREAM_SEEK_END, S_OK, 8999},
+               {100, STREAM_SEEK_END, S_OK, 9100},
+               {-1, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 9100},
+               {0, 3, STG_E_INVALIDFUNCTION, 9100},
+               {511, STREAM_SEEK_SET, S_OK, 511}};
   for (const SeekCase& s : seeks) {
     LARGE_INTEGER move;
     move.QuadPart = s.move;
