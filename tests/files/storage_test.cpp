@@ -73,8 +73,7 @@ TEST(Storage, GsfFilesWithDifatAndManyNamesReadAsOlefileReadsThem) {
     GTEST_SKIP() << "gsf (libgsf-bin) is not installed";
   std::vector<std::string> ours = qxtest::ListFile(file), theirs = qxtest::ListWithOlefile(file);
   ASSERT_GT(ours.size(), 300u);
-  if (!theirs.empty())
-    EXPECT_EQ(ours, theirs);
+  EXPECT_TRUE(theirs.empty() || ours == theirs) << "olefile lists it otherwise";
 
   // Every name is found in the tree whatever its case.
   IStorage* root = nullptr;
