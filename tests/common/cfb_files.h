@@ -154,6 +154,8 @@ struct CfbLayout {
     uint32_t per = (1u << Shift()) / 4;
     return Sector(U32(76 + 4 * (n / per))) + 4 * (n % per);
   }
+  /// Start - the first sector of the stream named `name`.
+  uint32_t Start(const std::string& name) const { return U32(Entry(name) + 116); }
   /// Entry - the byte offset of the directory entry named `name` (ASCII),
   /// found by its UTF-16 name and name length; npos when none.
   size_t Entry(const std::string& name) const {

@@ -13,32 +13,28 @@
 
 namespace {
 
-struct PatternCase {
-  const wchar_t* pattern;
-  const wchar_t* name;
-  bool matches;
-};
-
 TEST(FileSearch, WindowsPatterns) {
-  const PatternCase cases[] = {
-      {L"*", L"roads.dbf", true},
-      {L"*", L"README", true},
-      {L"*.*", L"README", true},
-      {L"*.*", L"a.b.c", true},
-      {L"*.dbf", L"ROADS.DBF", true},
-      {L"*.dbf", L"roads.dbx", false},
-      {L"r?ads.*", L"Roads.dbf", true},
-      {L"r?ads.*", L"rads.dbf", false},
-      {L"a*.*", L"abc", true},
-      {L"*.", L"README", true},
-      {L"*.", L"roads.dbf", false},
-      {L"??", L"abc", false},
-      {L"a*b*c", L"axxbyyc", true},
-      {L"a*b*c", L"axxbyy", false},
-      {L"\u00e9t\u00e9", L"\u00c9T\u00c9", true},
-      {L"x", L"", false},
-  };
-  for (const PatternCase& c : cases)
+  const struct {
+    const wchar_t* pattern;
+    const wchar_t* name;
+    bool matches;
+  } cases[] = {{L"*", L"roads.dbf", true},
+               {L"*", L"README", true},
+               {L"*.*", L"README", true},
+               {L"*.*", L"a.b.c", true},
+               {L"*.dbf", L"ROADS.DBF", true},
+               {L"*.dbf", L"roads.dbx", false},
+               {L"r?ads.*", L"Roads.dbf", true},
+               {L"r?ads.*", L"rads.dbf", false},
+               {L"a*.*", L"abc", true},
+               {L"*.", L"README", true},
+               {L"*.", L"roads.dbf", false},
+               {L"??", L"abc", false},
+               {L"a*b*c", L"axxbyyc", true},
+               {L"a*b*c", L"axxbyy", false},
+               {L"\u00e9t\u00e9", L"\u00c9T\u00c9", true},
+               {L"x", L"", false}};
+  for (const auto& c : cases)
     EXPECT_EQ(qx::win::MatchesPattern(c.pattern, c.name), c.matches)
         << "pattern " << testing::PrintToString(std::wstring(c.pattern)) << " name "
         << testing::PrintToString(std::wstring(c.name));
@@ -155,37 +151,23 @@ TEST_F(Search, FindFileInfoSearchesDepthFirstInListOrder) {
 TEST_F(Search, ThousandsOfMixedCaseEntries) {
   // 40 directories of 100 files each, names in mixed case; the file looked
   // for sits in one of the last directories listed.
-  std::vector<std::string> names;
   for (int d = 0; d < 40; ++d) {
-    std::string dname = (d % 2 ? "Dir" : "dIR") + std::to_string(100 + d);
-    Mkdir("t/" + dname);
-    for (int i = 0; i < 100; ++i) {
-      std::string n = (i % 3 == 0 ? "File" : i % 3 == 1 ? "file" : "FILE") + std::to_string(i);
-      Touch("t/" + dname + "/" + n + ".dat");
-      if (d == 0)
-        names.push_back(n + ".dat");
-    }
+    std::string dname = (d % 2 ? "t/Dir" : "t/dIR") + std::to_string(100 + d);
+    Mkdir(dname);
+    for (int i = 0; i < 100; ++i)
+      Touch(dname +
+            (i % 3 == 0   ? "/File"
+             : i % 3 == 1 ? "/file"
+                          : "/FILE") +
+            std::to_string(i) + ".dat");
   }
   Touch("t/dIR138/Wanted.DAT");
-  std::vector<std::wstring> listed;
-  {
-    FILEFIND f{};
-    std::wstring p = W("t/dir100/*.DAT");
-    ASSERT_EQ(FileFindFirst(p.data(), FILE_ATTRIBUTE_NORMAL, &f), 1);
-    listed.push_back(f.name);
-    while (FileFindNext(&f))
-      listed.push_back(f.name);
-    FileFindClose(&f);
-  }
+  std::vector<std::wstring> listed = Names("t/dir100/*.DAT", FILE_ATTRIBUTE_NORMAL);
   ASSERT_EQ(listed.size(), 100u);
-  std::vector<std::wstring> upper;
-  for (auto& n : listed) {
-    std::wstring u = n;
-    for (auto& c : u)
+  for (auto& n : listed)
+    for (auto& c : n)
       c = qxToUpper(c);
-    upper.push_back(u);
-  }
-  EXPECT_TRUE(std::is_sorted(upper.begin(), upper.end()));
+  EXPECT_TRUE(std::is_sorted(listed.begin(), listed.end())) << "in upper-cased name order";
   std::wstring list = W("t");
   FindFileInfo* tree = FindFileInfo::Create(list.c_str(), true);
   ASSERT_NE(tree, nullptr);

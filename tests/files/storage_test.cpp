@@ -12,7 +12,7 @@
 #include "qxutil/files.h"
 
 #include <cerrno>
-#include <functional>
+#include <cstdio>
 #include <gtest/gtest.h>
 
 namespace {
@@ -26,7 +26,7 @@ using qxtest::Widen;
 
 constexpr DWORD kStreamMode = STGM_READ | STGM_SHARE_EXCLUSIVE;
 
-std::string Sample(const char* name) { return CfbSampleDir() + "/" + name; }
+std::string Sample(const std::string& name) { return CfbSampleDir() + "/" + name + ".cfb"; }
 
 HRESULT OpenRoot(const std::string& path, IStorage** root) {
   return StgOpenStorage(Widen(path).c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0,
@@ -41,7 +41,7 @@ std::string Deterministic(size_t n, unsigned seed) {
 }
 
 TEST(Storage, SamplesReadAsOlefileReadsThem) {
-  for (const char* name : {"mini.cfb", "large.cfb", "nested.cfb", "workbook.cfb", "v4.cfb"}) {
+  for (const char* name : {"mini", "large", "nested", "workbook", "v4"}) {
     SCOPED_TRACE(name);
     std::vector<std::string> ours = qxtest::ListFile(Sample(name));
     ASSERT_FALSE(ours.empty());
@@ -71,12 +71,9 @@ TEST(Storage, GsfFilesWithDifatAndManyNamesReadAsOlefileReadsThem) {
   std::string file = dir.Path("made.cfb");
   if (!qxtest::MakeWithGsf(file, tree))
     GTEST_SKIP() << "gsf (libgsf-bin) is not installed";
-  std::vector<std::string> ours = qxtest::ListFile(file);
-  std::vector<std::string> theirs = qxtest::ListWithOlefile(file);
+  std::vector<std::string> ours = qxtest::ListFile(file), theirs = qxtest::ListWithOlefile(file);
   ASSERT_GT(ours.size(), 300u);
-  if (!theirs.empty()) {
-    EXPECT_EQ(ours, theirs);
-  }
+  EXPECT_TRUE(theirs.empty() || ours == theirs) << "olefile lists it otherwise";
 
   // Every name is found in the tree whatever its case.
   IStorage* root = nullptr;
@@ -106,9 +103,7 @@ TEST(Storage, NamesOrderByLengthThenUpperCase) {
   } cases[] = {
       {L"Z", L"aa", -1},   {L"abc", L"ABC", 0},
       {L"abd", L"ABC", 1}, {L"\u00e9t\u00e9", L"\u00c9T\u00c9", 0},
-      {L"_", L"a", 1}, // 'a' is compared as 'A' (0x41), below '_' (0x5F)
-      {L"", L"", 0},
-  };
+      {L"_", L"a", 1},     {L"", L"", 0}}; // 'a' is compared as 'A' (0x41), below '_' (0x5F)
   for (const Case& c : cases)
     EXPECT_EQ(qx::platform::CompareNames(c.a, std::wcslen(c.a), c.b, std::wcslen(c.b)), c.order)
         << Widen("") << c.a;
@@ -116,7 +111,7 @@ TEST(Storage, NamesOrderByLengthThenUpperCase) {
 
 TEST(Storage, StreamsReadSeekAndRefuseWhatIsNotThere) {
   IStorage* root = nullptr;
-  ASSERT_EQ(OpenRoot(Sample("nested.cfb"), &root), S_OK);
+  ASSERT_EQ(OpenRoot(Sample("nested"), &root), S_OK);
   IStream* stream = nullptr;
   EXPECT_EQ(root->OpenStream(L"Top", nullptr, kStreamMode, 0, &stream), STG_E_FILENOTFOUND);
   EXPECT_EQ(root->OpenStream(L"Leaf", nullptr, kStreamMode, 0, &stream), STG_E_FILENOTFOUND);
@@ -151,15 +146,13 @@ TEST(Storage, StreamsReadSeekAndRefuseWhatIsNotThere) {
     DWORD origin;
     HRESULT result;
     ULONGLONG position;
-  } seeks[] = {
-      {4000, STREAM_SEEK_SET, S_OK, 4000},
-      {-1000, STREAM_SEEK_CUR, S_OK, 3000},
-      {-1, STREAM_SEEK_END, S_OK, 8999},
-      {100, STREAM_SEEK_END, S_OK, 9100},
-      {-1, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 9100},
-      {0, 3, STG_E_INVALIDFUNCTION, 9100},
-      {511, STREAM_SEEK_SET, S_OK, 511},
-  };
+  } seeks[] = {{4000, STREAM_SEEK_SET, S_OK, 4000},
+               {-1000, STREAM_SEEK_CUR, S_OK, 3000},
+               {-1, STREAM_SEEK_END, S_OK, 8999},
+               {100, STREAM_SEEK_END, S_OK, 9100},
+               {-1, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 9100},
+               {0, 3, STG_E_INVALIDFUNCTION, 9100},
+               {511, STREAM_SEEK_SET, S_OK, 511}};
   for (const SeekCase& s : seeks) {
     LARGE_INTEGER move;
     move.QuadPart = s.move;
@@ -178,7 +171,7 @@ TEST(Storage, StreamsReadSeekAndRefuseWhatIsNotThere) {
 }
 
 TEST(Storage, OpeningChecksItsArguments) {
-  std::wstring path = Widen(Sample("mini.cfb"));
+  std::wstring path = Widen(Sample("mini"));
   IStorage* root = reinterpret_cast<IStorage*>(1);
   struct Case {
     const wchar_t* path;
@@ -202,81 +195,59 @@ TEST(Storage, OpeningChecksItsArguments) {
 // Each damage on its own, applied to a sample: the open fails with the code,
 // and nothing crashes, hangs or allocates beyond the file's size (ASan).
 TEST(Storage, DamagedFilesFailCleanly) {
+  using F = CfbLayout&;
+  const HRESULT notCfb = STG_E_FILEALREADYEXISTS, header = STG_E_INVALIDHEADER,
+                bad = STG_E_DOCFILECORRUPT;
   struct Damage {
     const char* name;
     const char* sample;
-    std::function<void(CfbLayout&)> apply;
+    void (*apply)(F);
     HRESULT result;
   } damages[] = {
-      {"empty", "mini.cfb", [](CfbLayout& f) { f.b->clear(); }, STG_E_FILEALREADYEXISTS},
-      {"7 bytes", "mini.cfb", [](CfbLayout& f) { f.b->resize(7); }, STG_E_FILEALREADYEXISTS},
-      {"signature", "mini.cfb", [](CfbLayout& f) { (*f.b)[7] = 0; }, STG_E_FILEALREADYEXISTS},
-      {"beta signature", "mini.cfb",
-       [](CfbLayout& f) { f.b->replace(0, 8, "\x0E\x11\xFC\x0D\xD0\xCF\x11\x0E", 8); },
-       STG_E_OLDFORMAT},
-      {"header cut", "mini.cfb", [](CfbLayout& f) { f.b->resize(300); }, STG_E_INVALIDHEADER},
-      {"byte order", "mini.cfb", [](CfbLayout& f) { f.Put16(28, 0xFEFF); }, STG_E_INVALIDHEADER},
-      {"version 5", "mini.cfb", [](CfbLayout& f) { f.Put16(26, 5); }, STG_E_INVALIDHEADER},
-      {"v3 with 4096", "mini.cfb", [](CfbLayout& f) { f.Put16(30, 12); }, STG_E_INVALIDHEADER},
-      {"v4 with 512", "v4.cfb", [](CfbLayout& f) { f.Put16(30, 9); }, STG_E_INVALIDHEADER},
-      {"shift 31", "mini.cfb", [](CfbLayout& f) { f.Put16(30, 31); }, STG_E_INVALIDHEADER},
-      {"mini shift", "mini.cfb", [](CfbLayout& f) { f.Put16(32, 7); }, STG_E_INVALIDHEADER},
-      {"cutoff", "mini.cfb", [](CfbLayout& f) { f.Put32(56, 8192); }, STG_E_INVALIDHEADER},
-      {"FAT count huge", "mini.cfb", [](CfbLayout& f) { f.Put32(44, 0x7FFFFFFF); },
-       STG_E_DOCFILECORRUPT},
-      {"FAT sector past end", "large.cfb", [](CfbLayout& f) { f.Put32(76, 0x00FFFFF0); },
-       STG_E_DOCFILECORRUPT},
-      {"FAT sector twice", "large.cfb", [](CfbLayout& f) { f.Put32(80, f.U32(76)); },
-       STG_E_DOCFILECORRUPT},
-      {"directory past end", "mini.cfb", [](CfbLayout& f) { f.Put32(48, 5000); },
-       STG_E_DOCFILECORRUPT},
-      {"directory loops", "mini.cfb",
-       [](CfbLayout& f) { f.Put32(f.FatEntry(f.U32(48)), f.U32(48)); }, STG_E_DOCFILECORRUPT},
-      {"stream chain loops", "large.cfb",
-       [](CfbLayout& f) {
-         uint32_t start = f.U32(f.Entry("Data") + 116);
-         f.Put32(f.FatEntry(start + 3), start);
-       },
-       STG_E_DOCFILECORRUPT},
-      {"stream chain ends early", "large.cfb",
-       [](CfbLayout& f) { f.Put32(f.FatEntry(f.U32(f.Entry("Data") + 116) + 3), 0xFFFFFFFE); },
-       STG_E_DOCFILECORRUPT},
-      {"chains cross", "large.cfb",
-       [](CfbLayout& f) { f.Put32(f.Entry("tail") + 116, f.U32(f.Entry("Data") + 116) + 5); },
-       STG_E_DOCFILECORRUPT},
-      {"mini chains cross", "mini.cfb",
-       [](CfbLayout& f) { f.Put32(f.Entry("small") + 116, f.U32(f.Entry("Notes") + 116)); },
-       STG_E_DOCFILECORRUPT},
-      {"mini chain loops", "mini.cfb",
-       [](CfbLayout& f) {
-         // The mini table's first sector; "Notes" spans several mini sectors.
-         size_t table = f.Sector(f.U32(60));
-         uint32_t start = f.U32(f.Entry("Notes") + 116);
-         f.Put32(table + 4 * (start + 1), start);
-       },
-       STG_E_DOCFILECORRUPT},
-      {"size beyond the file", "large.cfb",
-       [](CfbLayout& f) { f.Put32(f.Entry("Data") + 120, 0x7FFFFFF0); }, STG_E_DOCFILECORRUPT},
-      {"v4 size of 2^40", "v4.cfb", [](CfbLayout& f) { f.Put32(f.Entry("Large") + 124, 0x100); },
-       STG_E_DOCFILECORRUPT},
-      {"tree reaches an entry twice", "nested.cfb",
-       [](CfbLayout& f) { f.Put32(f.Entry("Middle") + 68, f.U32(f.Sector(f.U32(48)) + 76)); },
-       STG_E_DOCFILECORRUPT},
-      {"child out of range", "nested.cfb",
-       [](CfbLayout& f) { f.Put32(f.Entry("Middle") + 76, 0x00FFFFFF); }, STG_E_DOCFILECORRUPT},
-      {"child is unused", "nested.cfb", [](CfbLayout& f) { (*f.b)[f.Entry("Side") + 66] = 0; },
-       STG_E_DOCFILECORRUPT},
-      {"name length odd", "nested.cfb", [](CfbLayout& f) { f.Put16(f.Entry("Side") + 64, 9); },
-       STG_E_DOCFILECORRUPT},
-      {"root not a root", "mini.cfb", [](CfbLayout& f) { (*f.b)[f.Sector(f.U32(48)) + 66] = 1; },
-       STG_E_DOCFILECORRUPT},
-      {"cut inside a stream", "large.cfb", [](CfbLayout& f) { f.b->resize(f.b->size() / 2); },
-       STG_E_DOCFILECORRUPT},
-      {"v4 cut inside the header sector", "v4.cfb", [](CfbLayout& f) { f.b->resize(1000); },
-       STG_E_DOCFILECORRUPT},
+      {"empty", "mini", [](F f) { f.b->clear(); }, notCfb},
+      {"7 bytes", "mini", [](F f) { f.b->resize(7); }, notCfb},
+      {"signature", "mini", [](F f) { (*f.b)[7] = 0; }, notCfb},
+      {"beta signature", "mini",
+       [](F f) { f.b->replace(0, 8, "\x0E\x11\xFC\x0D\xD0\xCF\x11\x0E", 8); }, STG_E_OLDFORMAT},
+      {"header cut", "mini", [](F f) { f.b->resize(300); }, header},
+      {"byte order", "mini", [](F f) { f.Put16(28, 0xFEFF); }, header},
+      {"version 5", "mini", [](F f) { f.Put16(26, 5); }, header},
+      {"v3 with 4096", "mini", [](F f) { f.Put16(30, 12); }, header},
+      {"v4 with 512", "v4", [](F f) { f.Put16(30, 9); }, header},
+      {"shift 31", "mini", [](F f) { f.Put16(30, 31); }, header},
+      {"mini shift", "mini", [](F f) { f.Put16(32, 7); }, header},
+      {"cutoff", "mini", [](F f) { f.Put32(56, 8192); }, header},
+      {"FAT count huge", "mini", [](F f) { f.Put32(44, 0x7FFFFFFF); }, bad},
+      {"FAT sector past end", "large", [](F f) { f.Put32(76, 0x00FFFFF0); }, bad},
+      {"FAT sector twice", "large", [](F f) { f.Put32(80, f.U32(76)); }, bad},
+      {"directory past end", "mini", [](F f) { f.Put32(48, 5000); }, bad},
+      {"directory loops", "mini", [](F f) { f.Put32(f.FatEntry(f.U32(48)), f.U32(48)); }, bad},
+      {"stream chain loops", "large",
+       [](F f) { f.Put32(f.FatEntry(f.Start("Data") + 3), f.Start("Data")); }, bad},
+      {"stream chain ends early", "large",
+       [](F f) { f.Put32(f.FatEntry(f.Start("Data") + 3), 0xFFFFFFFE); }, bad},
+      {"chains cross", "large", [](F f) { f.Put32(f.Entry("tail") + 116, f.Start("Data") + 5); },
+       bad},
+      {"mini chains cross", "mini", [](F f) { f.Put32(f.Entry("small") + 116, f.Start("Notes")); },
+       bad},
+      // "Notes" spans several mini sectors; 60 names the mini table's first sector.
+      {"mini chain loops", "mini",
+       [](F f) { f.Put32(f.Sector(f.U32(60)) + 4 * f.Start("Notes") + 4, f.Start("Notes")); }, bad},
+      {"size beyond the file", "large", [](F f) { f.Put32(f.Entry("Data") + 120, 0x7FFFFFF0); },
+       bad},
+      {"v4 size of 2^40", "v4", [](F f) { f.Put32(f.Entry("Large") + 124, 0x100); }, bad},
+      {"tree reaches an entry twice", "nested",
+       [](F f) { f.Put32(f.Entry("Middle") + 68, f.U32(f.Sector(f.U32(48)) + 76)); }, bad},
+      {"child out of range", "nested", [](F f) { f.Put32(f.Entry("Middle") + 76, 0x00FFFFFF); },
+       bad},
+      {"child is unused", "nested", [](F f) { (*f.b)[f.Entry("Side") + 66] = 0; }, bad},
+      {"name length odd", "nested", [](F f) { f.Put16(f.Entry("Side") + 64, 9); }, bad},
+      {"root not a root", "mini", [](F f) { (*f.b)[f.Sector(f.U32(48)) + 66] = 1; }, bad},
+      {"cut inside a stream", "large", [](F f) { f.b->resize(f.b->size() / 2); }, bad},
+      {"v4 cut inside the header sector", "v4", [](F f) { f.b->resize(1000); }, bad},
   };
   TempDir dir;
-  for (Damage& d : damages) {
+  for (const Damage& d : damages) {
     SCOPED_TRACE(d.name);
     std::string bytes = ReadBytes(Sample(d.sample));
     ASSERT_FALSE(bytes.empty());
@@ -305,7 +276,7 @@ TEST(Storage, DifatLoopFailsCleanly) {
 }
 
 TEST(Storage, FailedReadsAndAllocationsFailCleanly) {
-  std::wstring path = Widen(Sample("nested.cfb"));
+  std::wstring path = Widen(Sample("nested"));
   // Every system call of an open and a read failing in turn.
   for (long n = 1;; ++n) {
     qx::platform::FailFileCalls(n, EIO, false);
@@ -327,14 +298,13 @@ TEST(Storage, FailedReadsAndAllocationsFailCleanly) {
   walked = path;
   qxtest::WalkFaults({"StgOpenStorage+OpenStream+Read", [] {
                         IStorage* root = nullptr;
+                        IStream* s = nullptr;
                         HRESULT r =
                             StgOpenStorage(walked.c_str(), nullptr, STGM_READ, nullptr, 0, &root);
-                        if (r != S_OK)
-                          return r == STG_E_INSUFFICIENTMEMORY ? qxtest::FaultCase::kFailed
-                                                               : qxtest::FaultCase::kWrong;
-                        IStream* s = nullptr;
-                        r = root->OpenStream(L"root stream", nullptr, kStreamMode, 0, &s);
-                        root->Release();
+                        if (r == S_OK) {
+                          r = root->OpenStream(L"root stream", nullptr, kStreamMode, 0, &s);
+                          root->Release();
+                        }
                         if (r != S_OK)
                           return r == STG_E_INSUFFICIENTMEMORY ? qxtest::FaultCase::kFailed
                                                                : qxtest::FaultCase::kWrong;
@@ -350,19 +320,8 @@ TEST(Storage, FailedReadsAndAllocationsFailCleanly) {
 
 TEST(StorageStreams, BookOpensWorkbookAndOpensAreCounted) {
   qxtest::ScopedRegistry registry;
-  int h = register_file(Widen(Sample("workbook.cfb")).c_str(), FILETYPE_ANY, true);
+  int h = register_file(Widen(Sample("workbook")).c_str(), FILETYPE_ANY, true);
   ASSERT_NE(h, 0);
-  std::string expected(5000, '\0');
-  {
-    IStorage* root = nullptr;
-    ASSERT_EQ(OpenRoot(Sample("workbook.cfb"), &root), S_OK);
-    IStream* s = nullptr;
-    ASSERT_EQ(root->OpenStream(L"Workbook", nullptr, kStreamMode, 0, &s), S_OK);
-    ULONG got = 0;
-    s->Read(expected.data(), 5000, &got);
-    s->Release();
-    root->Release();
-  }
   EXPECT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Missing"), -1);
   EXPECT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"book"), -1); // the rule is exact
   ASSERT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Book"), h);
@@ -373,7 +332,10 @@ TEST(StorageStreams, BookOpensWorkbookAndOpensAreCounted) {
   ASSERT_EQ(stream_fileopen(h, OPEN_READ, nullptr, L"Summary"), h);
   EXPECT_EQ(stream_lseek(h, 0, 1), 0);
   EXPECT_EQ(stream_read(h, got.data(), 6000), 5000);
-  EXPECT_EQ(got.substr(0, 5000), expected);
+  char line[40]; // as the storage listing gives "Workbook"
+  std::snprintf(line, sizeof line, "Workbook 5000 %016llx",
+                static_cast<unsigned long long>(qxtest::Fnv(got.data(), 5000)));
+  EXPECT_EQ(qxtest::ListFile(Sample("workbook")).back(), line);
   EXPECT_EQ(stream_lseek(h, -10, 2), 4990);
   EXPECT_EQ(stream_lseek(h, -1, 0), -1);
   EXPECT_EQ(stream_lseek(h, 0, 1), 4990);
@@ -392,7 +354,7 @@ TEST(StorageStreams, BookOpensWorkbookAndOpensAreCounted) {
 TEST(StorageStreams, FailedAllocationsLeaveNothingOpen) {
   qxtest::ScopedRegistry registry;
   static int handle;
-  handle = register_file(Widen(Sample("workbook.cfb")).c_str(), FILETYPE_ANY, true);
+  handle = register_file(Widen(Sample("workbook")).c_str(), FILETYPE_ANY, true);
   qxtest::WalkFaults({"stream_fileopen", [] {
                         if (stream_fileopen(handle, OPEN_READ, nullptr, L"Book") != handle)
                           return qxtest::FaultCase::kFailed;
@@ -417,7 +379,7 @@ TEST(StorageStreams, PlainAndDamagedFiles) {
   EXPECT_EQ(stream_close(plain), 0);
   EXPECT_EQ(stream_close(plain), -1);
 
-  std::string bytes = ReadBytes(Sample("mini.cfb"));
+  std::string bytes = ReadBytes(Sample("mini"));
   CfbLayout(&bytes).Put32(44, 0x7FFFFFFF);
   dir.Write("damaged.cfb", bytes);
   int damaged = register_file(dir.Wide("damaged.cfb").c_str(), FILETYPE_ANY, true);
