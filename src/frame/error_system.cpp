@@ -61,12 +61,18 @@ public:
   ~cErrorSystemImpl() override { FreeRecords(); }
 
   bool HaveErrors() override {
-    if (funcs_ && funcs_->IsSuppressed())
-      return false;
+    if (funcs_) [[unlikely]]
+      return HaveErrorsUnlessSuppressed();
     return stored_ > 0;
   }
 
   int NumErrors() override { return stored_; }
+
+  // The host's suppression asked first; out of line, so that HaveErrors()
+  // without host functions is a leaf.
+  [[gnu::noinline]] bool HaveErrorsUnlessSuppressed() {
+    return !funcs_->IsSuppressed() && stored_ > 0;
+  }
 
   bool FirstError() override { return episodeCount_ == 0; }
 
@@ -340,6 +346,10 @@ cErrorSystem* cErrorSystem::Create() { return qx::NewServiceOrNull<cErrorSystemI
 // With no error list (a failed start-up) they do nothing and answer "none".
 
 bool HaveErrors() {
+  // The most frequent question: the library's own list answers it without
+  // a virtual call; any other list is asked through Instance().
+  if (void* own = qx::detail::LibraryService(cErrorSystem::kSlotKey))
+    return static_cast<cErrorSystemImpl*>(static_cast<cErrorSystem*>(own))->HaveErrors();
   cErrorSystem* es = cErrorSystem::Instance();
   return es && es->HaveErrors();
 }

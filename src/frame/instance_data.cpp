@@ -19,6 +19,12 @@ using namespace qx::win;
 namespace qx::detail {
 __thread void** tServiceSlots __attribute__((tls_model("initial-exec"))) = nullptr;
 std::atomic<bool> gThreadStorageInForce{true};
+
+void* SlotFromInstanceData(unsigned int key) {
+  InstanceData* data = GetInstanceData();
+  return data ? data->GetSlot(key) : nullptr;
+}
+
 } // namespace qx::detail
 
 namespace {
@@ -45,6 +51,7 @@ public:
   bool SetSlot(unsigned int key, void* value) override {
     if (key < kDirectSlots) {
       direct_[key] = value;
+      direct_[kDirectSlots + key] = nullptr; // whatever it is, the library did not install it
       return true;
     }
     try {
@@ -74,9 +81,10 @@ public:
 
 private:
   // The services' keys are all small: they live in an array, and other keys
-  // in an ordered map.
-  static constexpr unsigned int kDirectSlots = 16;
-  void* direct_[kDirectSlots] = {};
+  // in an ordered map. The array's second half marks the services the
+  // library installed itself (qx::detail::LibraryService).
+  static constexpr unsigned int kDirectSlots = qx::detail::kServiceSlots;
+  void* direct_[2 * kDirectSlots] = {};
   std::map<unsigned int, void*, std::less<unsigned int>,
            QXAllocator<std::pair<const unsigned int, void*>>>
       others_;
@@ -199,6 +207,11 @@ InstanceData* CreateWithSingletons() {
 }
 
 } // namespace
+
+void qx::detail::MarkLibraryService(InstanceData* data, unsigned int key) {
+  if (void** slots = InstanceDataImpl::ServiceSlots(data); slots && key < kServiceSlots)
+    slots[kServiceSlots + key] = slots[key];
+}
 
 InstanceData::~InstanceData() {}
 

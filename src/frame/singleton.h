@@ -15,11 +15,34 @@
 #include <atomic>
 
 namespace qx::detail {
+/// The services' keys index a fixed slot array: kServiceSlots slots, then as
+/// many marks (LibraryService).
+constexpr unsigned int kServiceSlots = 16;
 /// While per-thread storage is in force: the calling thread's service slots
 /// when its set is one the library made, else null. Kept exact by the frame.
 extern __thread void** tServiceSlots __attribute__((tls_model("initial-exec")));
 /// True while per-thread storage (not the host's) is in force.
 extern std::atomic<bool> gThreadStorageInForce;
+/// SlotFromInstanceData - the context's slot `key` through GetInstanceData():
+/// Instance()'s path when the thread's slots are not at hand, kept out of
+/// line so that the inlined path stays a few loads.
+void* SlotFromInstanceData(unsigned int key);
+/// MarkLibraryService - records that slot `key` of `data` (a set the library
+/// made) holds the service the library created for it. Any later SetSlot on
+/// that key, a host's Instance(p) included, clears the mark.
+void MarkLibraryService(InstanceData* data, unsigned int key);
+
+/// LibraryService - the service in slot `key` of the calling thread's set
+/// when it is the one the library created there and per-thread storage is in
+/// force; null otherwise (a host's object, a host's set or storage), when
+/// Instance() decides. Lets an exported call reach the library's own object
+/// without a virtual call and stay exact for a host's.
+inline void* LibraryService(unsigned int key) {
+  if (gThreadStorageInForce.load(std::memory_order_relaxed))
+    if (void** slots = tServiceSlots)
+      return slots[kServiceSlots + key];
+  return nullptr;
+}
 } // namespace qx::detail
 
 namespace qx {
@@ -35,12 +58,11 @@ template <class Impl> Impl* NewServiceOrNull() noexcept {
 } // namespace qx
 
 template <class Service, unsigned int Key> Service* QXSingleton<Service, Key>::Instance() {
-  static_assert(Key < 16, "service keys index the fast slot array");
+  static_assert(Key < qx::detail::kServiceSlots, "service keys index the fast slot array");
   if (qx::detail::gThreadStorageInForce.load(std::memory_order_relaxed))
     if (void** slots = qx::detail::tServiceSlots)
       return static_cast<Service*>(slots[Key]);
-  InstanceData* data = GetInstanceData();
-  return data ? static_cast<Service*>(data->GetSlot(Key)) : nullptr;
+  return static_cast<Service*>(qx::detail::SlotFromInstanceData(Key));
 }
 
 template <class Service, unsigned int Key> bool QXSingleton<Service, Key>::Instance(Service* p) {
