@@ -2,17 +2,32 @@
 // NULL)) and decimal point (localeconv), read under one lock.
 #include "platform/crt_locale.h"
 
+#include <atomic>
 #include <clocale>
 #include <cstring>
 #include <mutex>
+#include <thread>
 
 namespace qx::platform {
 
 namespace {
 // setlocale's and localeconv's answers are process-wide and may be
 // overwritten by a concurrent setlocale call; read them under one lock and
-// copy them out.
-std::mutex gCrtLocaleLock;
+// copy them out. The sections it guards are a few loads and a short copy,
+// and the number functions take it on every call: a test-and-set lock, a
+// waiting thread yielding, is cheaper than a mutex and its two calls.
+class RuntimeLocaleLock {
+public:
+  void lock() {
+    while (held_.exchange(true, std::memory_order_acquire))
+      std::this_thread::yield();
+  }
+  void unlock() { held_.store(false, std::memory_order_release); }
+
+private:
+  std::atomic<bool> held_{false};
+};
+RuntimeLocaleLock gCrtLocaleLock;
 
 // The calling thread's numeric locale as a test set it (null: none).
 __thread const char* tOverrideName __attribute__((tls_model("initial-exec"))) = nullptr;
@@ -20,7 +35,7 @@ __thread wchar_t tOverridePoint __attribute__((tls_model("initial-exec"))) = L'.
 
 // CopyName - the runtime's name for `category` into `buf`; its full length.
 size_t CopyName(int category, char* buf, size_t size) {
-  std::lock_guard<std::mutex> hold(gCrtLocaleLock);
+  std::lock_guard<RuntimeLocaleLock> hold(gCrtLocaleLock);
   const char* name = std::setlocale(category, nullptr);
   if (!name)
     name = "C";
@@ -33,11 +48,11 @@ size_t CopyName(int category, char* buf, size_t size) {
   return len;
 }
 
-// IsCLocale - the runtime's locale for `category` is the "C" locale.
+// IsCLocale - the runtime's locale for `category` is the "C" locale (the
+// name compared in place, under the lock).
 bool IsCLocale(int category) {
-  char name[16];
-  size_t len = CopyName(category, name, sizeof name);
-  return len < sizeof name && IsCLocaleName(name);
+  std::lock_guard<RuntimeLocaleLock> hold(gCrtLocaleLock);
+  return IsCLocaleName(std::setlocale(category, nullptr));
 }
 
 // DecodeFirst - the first character of UTF-8 `text`; 0 when it does not
@@ -84,7 +99,7 @@ wchar_t CrtDecimalPoint() {
     return tOverridePoint;
   char point[8] = {};
   {
-    std::lock_guard<std::mutex> hold(gCrtLocaleLock);
+    std::lock_guard<RuntimeLocaleLock> hold(gCrtLocaleLock);
     const char* p = std::localeconv()->decimal_point;
     if (p)
       std::strncpy(point, p, sizeof point - 1);
