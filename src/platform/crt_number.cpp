@@ -2,6 +2,7 @@
 #include "platform/crt_number.h"
 
 #include "platform/crt_string.h"
+#include "platform/decimal_to_double.h"
 #include "platform/heap.h"
 
 #include <cerrno>
@@ -96,6 +97,25 @@ double GlibcWcstod(const wchar_t* text, wchar_t** end) { return wcstod_l(text, e
 
 bool IsAsciiDigit(wchar_t c) { return static_cast<uint32_t>(c) - L'0' < 10; }
 
+// AccumulateDigits - w = 10 w + d for each ASCII digit d from p on, modulo
+// 2^64; returns the end of the digits. Four at a time while there are four
+// (one multiplication on the chain instead of four); never reads past the
+// first unit that is not a digit.
+[[gnu::always_inline]] inline const wchar_t* AccumulateDigits(const wchar_t* p, uint64_t* w) {
+  uint64_t v = *w;
+  while (IsAsciiDigit(p[0]) && IsAsciiDigit(p[1]) && IsAsciiDigit(p[2]) && IsAsciiDigit(p[3])) {
+    uint64_t four =
+        (static_cast<uint64_t>(p[0] - L'0') * 10 + static_cast<uint64_t>(p[1] - L'0')) * 100 +
+        static_cast<uint64_t>(p[2] - L'0') * 10 + static_cast<uint64_t>(p[3] - L'0');
+    v = v * 10000 + four;
+    p += 4;
+  }
+  for (; IsAsciiDigit(*p); ++p)
+    v = v * 10 + static_cast<uint64_t>(*p - L'0');
+  *w = v;
+  return p;
+}
+
 // Narrow - appends the units [from, to) (ASCII) to buf at *n.
 void Narrow(const wchar_t* from, const wchar_t* to, char* buf, size_t* n) {
   for (const wchar_t* p = from; p < to; ++p)
@@ -107,8 +127,9 @@ void Narrow(const wchar_t* from, const wchar_t* to, char* buf, size_t* n) {
 // needs glibc (no digits, hexadecimal, inf, nan, results near the range
 // bounds). When the significant digits form an integer w <= 2^53 and the
 // decimal exponent e is within -22..22, w * 10^e (or w / 10^-e) is one
-// correctly rounded operation on exact operands; otherwise std::from_chars
-// converts a narrow copy.
+// correctly rounded operation on exact operands; other significands of up
+// to 19 digits go to DecimalToDouble, and what it leaves to std::from_chars
+// on a narrow copy.
 bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
   static const double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
@@ -121,27 +142,28 @@ bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
     negative = *p++ == L'-';
   if (p[0] == L'0' && (p[1] == L'x' || p[1] == L'X'))
     return false; // hexadecimal
-  // One scan: the digits' spans, and w and the scale while they fit.
+  // One scan: the digits' spans, the count of significant digits (from the
+  // first that is not 0) and w, their value modulo 2^64 (exact up to 19).
   uint64_t w = 0;
-  int digits = 0, scale = 0;
   const wchar_t* const integerBegin = p;
-  for (; IsAsciiDigit(*p); ++p) {
-    unsigned d = static_cast<unsigned>(*p - L'0');
-    if ((w | d) != 0 && ++digits <= 19)
-      w = w * 10 + d;
-  }
+  while (*p == L'0')
+    ++p;
+  const wchar_t* significant = p;
+  p = AccumulateDigits(p, &w);
+  long digits = p - significant;
   const wchar_t* const integerEnd = p;
   const wchar_t *fractionBegin = p, *fractionEnd = p;
   if (*p == L'.') {
     fractionBegin = ++p;
-    for (; IsAsciiDigit(*p); ++p) {
-      unsigned d = static_cast<unsigned>(*p - L'0');
-      --scale;
-      if ((w | d) != 0 && ++digits <= 19)
-        w = w * 10 + d;
-    }
+    if (digits == 0)
+      while (*p == L'0')
+        ++p;
+    significant = p;
+    p = AccumulateDigits(p, &w);
+    digits += p - significant;
     fractionEnd = p;
   }
+  const long scale = fractionBegin - fractionEnd;
   if (integerEnd == integerBegin && fractionEnd == fractionBegin)
     return false; // no digit: nothing, inf or nan; glibc decides
   const wchar_t *exponentBegin = p, *exponentEnd = p;
@@ -162,31 +184,33 @@ bool FastWcstod(const wchar_t* text, double* value, const wchar_t** end) {
     }
   }
   double v;
-  if (w == 0) {
+  const long e = scale + exponent;
+  if (digits == 0) {
     v = 0.0; // every digit is 0
-  } else if (digits <= 19 && w <= (uint64_t{1} << 53) && scale + exponent >= -22 &&
-             scale + exponent <= 22) {
-    int e = scale + exponent;
+  } else if (digits <= 19 && w <= (uint64_t{1} << 53) && e >= -22 && e <= 22) {
     v = e >= 0 ? static_cast<double>(w) * kPowers[e] : static_cast<double>(w) / kPowers[-e];
   } else {
-    constexpr size_t kMax = 400;
-    const size_t length =
-        static_cast<size_t>((integerEnd - integerBegin) + (fractionEnd - fractionBegin) +
-                            (exponentEnd - exponentBegin));
-    if (length > kMax)
-      return false;
-    char buf[kMax + 8]; // the point and 'e' come on top
-    size_t n = 0;
-    Narrow(integerBegin, integerEnd, buf, &n);
-    buf[n++] = '.';
-    Narrow(fractionBegin, fractionEnd, buf, &n);
-    if (exponentEnd != exponentBegin) {
-      buf[n++] = 'e';
-      Narrow(exponentBegin + (*exponentBegin == L'+'), exponentEnd, buf, &n);
+    if (digits > 19 || e < -400 || e > 400 ||
+        !qx::platform::DecimalToDouble(w, static_cast<int>(e), &v)) {
+      constexpr size_t kMax = 400;
+      const size_t length =
+          static_cast<size_t>((integerEnd - integerBegin) + (fractionEnd - fractionBegin) +
+                              (exponentEnd - exponentBegin));
+      if (length > kMax)
+        return false;
+      char buf[kMax + 8]; // the point and 'e' come on top
+      size_t n = 0;
+      Narrow(integerBegin, integerEnd, buf, &n);
+      buf[n++] = '.';
+      Narrow(fractionBegin, fractionEnd, buf, &n);
+      if (exponentEnd != exponentBegin) {
+        buf[n++] = 'e';
+        Narrow(exponentBegin + (*exponentBegin == L'+'), exponentEnd, buf, &n);
+      }
+      auto [ptr, ec] = std::from_chars(buf, buf + n, v, std::chars_format::general);
+      if (ec != std::errc() || ptr != buf + n)
+        return false;
     }
-    auto [ptr, ec] = std::from_chars(buf, buf + n, v, std::chars_format::general);
-    if (ec != std::errc() || ptr != buf + n)
-      return false;
     if (v == 0 || !(std::fabs(v) >= 2 * DBL_MIN && std::fabs(v) <= DBL_MAX))
       return false; // near the bounds glibc decides about the range error
   }
