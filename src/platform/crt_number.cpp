@@ -2,7 +2,7 @@
 #include "platform/crt_number.h"
 
 #include "platform/crt_string.h"
-#include "platform/decimal_to_double.h"
+#include "platform/decimal_scaling.h"
 #include "platform/heap.h"
 
 #include <cerrno>
@@ -231,6 +231,36 @@ double PointWcstod(const wchar_t* text, wchar_t** end) {
   return GlibcWcstod(text, end);
 }
 
+// Scientific - std::to_chars(first, last, value, scientific, precision):
+// printf's "%.*e" text without the '#' flag. Up to 17 significant digits
+// come from DoubleToDecimal when it decides them.
+std::to_chars_result Scientific(char* first, char* last, double value, int precision) {
+  uint64_t digits;
+  int exponent;
+  if (precision > 16 || last - first < 32 ||
+      !qx::platform::DoubleToDecimal(value, precision + 1, &digits, &exponent))
+    return std::to_chars(first, last, value, std::chars_format::scientific, precision);
+  char text[20] = {};
+  char* end = std::to_chars(text, text + sizeof text, digits).ptr; // precision + 1 digits
+  char* o = first;
+  if (std::signbit(value))
+    *o++ = '-';
+  *o++ = text[0];
+  if (precision > 0) {
+    *o++ = '.';
+    for (const char* c = text + 1; c < end; ++c)
+      *o++ = *c;
+  }
+  *o++ = 'e';
+  *o++ = exponent < 0 ? '-' : '+';
+  const int magnitude = exponent < 0 ? -exponent : exponent;
+  if (magnitude >= 100)
+    *o++ = static_cast<char>('0' + magnitude / 100);
+  *o++ = static_cast<char>('0' + magnitude / 10 % 10);
+  *o++ = static_cast<char>('0' + magnitude % 10);
+  return {o, std::errc()};
+}
+
 // GeneralFromScientific - printf's "%.*g" made from the "%.*e" digits (the
 // style-e conversion decides the exponent X; with P > X >= -4 the fixed
 // form rounds at the same digit, so the digits are the same). Writes into
@@ -240,7 +270,7 @@ int GeneralFromScientific(double value, int precision, char* out) {
   if (p > 400 || !std::isfinite(value))
     return -1;
   char sci[480];
-  auto r = std::to_chars(sci, sci + sizeof sci, value, std::chars_format::scientific, p - 1);
+  auto r = Scientific(sci, sci + sizeof sci, value, p - 1);
   if (r.ec != std::errc())
     return -1;
   const char* c = sci;
@@ -394,7 +424,9 @@ int FormatDouble(wchar_t* out, size_t size, char conversion, int width, int prec
       r = {local + n, std::errc()};
   }
   if (r.ec != std::errc())
-    r = std::to_chars(first, last, value, format, precision);
+    r = format == std::chars_format::scientific
+            ? Scientific(first, last, value, precision)
+            : std::to_chars(first, last, value, format, precision);
   if (r.ec != std::errc()) {
     heap = static_cast<char*>(qx::platform::HeapAllocate(size + 64));
     if (heap) {

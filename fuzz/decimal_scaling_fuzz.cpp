@@ -1,8 +1,10 @@
-// DecimalToDouble against std::from_chars: for any significand and decimal
-// exponent (and for the digits of a double's midpoint with its neighbour,
-// where the interval must refuse or round to even), an accepted result is
-// the correctly rounded one.
-#include "platform/decimal_to_double.h"
+// Both directions of decimal scaling against the standard library's exact
+// conversions. DecimalToDouble against std::from_chars: for any significand
+// and decimal exponent (and for the digits of a double's midpoint with its
+// neighbour), an accepted result is the correctly rounded one.
+// DoubleToDecimal against std::to_chars' "%.*e" digits, for any double and
+// digit count, including doubles that are decimal ties at some digit.
+#include "platform/decimal_scaling.h"
 
 #include <charconv>
 #include <cmath>
@@ -31,6 +33,25 @@ void Compare(uint64_t w, int q) {
   Check(std::isnormal(got));
 }
 
+// CompareDigits - DoubleToDecimal(value, digits) is refused or gives the
+// digits and exponent of to_chars' scientific form.
+void CompareDigits(double value, int digits) {
+  uint64_t significand;
+  int exponent;
+  if (!qx::platform::DoubleToDecimal(value, digits, &significand, &exponent))
+    return;
+  char want[64], got[64];
+  auto r = std::to_chars(want, want + sizeof want, std::fabs(value), std::chars_format::scientific,
+                         digits - 1);
+  *r.ptr = 0;
+  char text[24];
+  std::snprintf(text, sizeof text, "%llu", static_cast<unsigned long long>(significand));
+  Check(std::strlen(text) == static_cast<size_t>(digits));
+  std::snprintf(got, sizeof got, "%c%s%se%c%02d", text[0], digits > 1 ? "." : "", text + 1,
+                exponent < 0 ? '-' : '+', exponent < 0 ? -exponent : exponent);
+  Check(std::strcmp(want, got) == 0);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -44,6 +65,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // The midpoint between a double and the next: its 17 to 19 leading digits.
   double d;
   std::memcpy(&d, data, sizeof d);
+  const int digitCount = 1 + data[8] % 17;
+  CompareDigits(d, digitCount);
+  // A short decimal (a tie at some digit when it is exact in binary).
+  CompareDigits(static_cast<double>(w % 100000) / (1 << (data[9] % 12)), digitCount);
   d = std::fabs(d);
   if (!std::isfinite(d) || d == 0)
     return 0;
