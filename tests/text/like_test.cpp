@@ -1,6 +1,5 @@
 // Like: the documented cases, the error it records and long inputs
-// (fuzz/like_fuzz.cpp compares it with the recursive rules of
-// common/like_oracle.h).
+// (fuzz/like_fuzz.cpp compares it with the recursive rules of its model).
 #include "common/thread_runner.h"
 #include "qxutil/frame.h"
 #include "qxutil/text.h"

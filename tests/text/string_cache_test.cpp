@@ -2,7 +2,6 @@
 // stay inside the block (fuzz/string_cache_fuzz.cpp runs random steps
 // against a plain model, with the heap failing growths).
 #include "common/fault_walk.h"
-#include "common/string_cache_model.h"
 #include "common/thread_runner.h"
 #include "qxutil/text.h"
 
@@ -13,10 +12,6 @@
 #include <string>
 
 namespace {
-
-using qxtest::CacheStep;
-using qxtest::CompareCache;
-using qxtest::StringCacheModel;
 
 wchar_t* W(const wchar_t* s) { return const_cast<wchar_t*>(s); }
 
@@ -54,21 +49,19 @@ TEST(StringCache, NeverGrowsBeyond65500BytesOf16BitUnits) {
   name.resize(32747);
   EXPECT_EQ(CacheString(&cache, name.data(), nullptr, 0, false), 1u); // 65500 bytes
   ffree(&cache);
-  // Growth to (n + end + 2 x dataSize + 2) x 2 bytes: the model refuses at
-  // the same entry as the cache.
-  for (int dataSize : {0, 3}) {
-    StringCacheModel model(dataSize);
-    size_t count = 0;
-    for (int i = 0; i == 0 || model.entries().size() > count; ++i) {
-      count = model.entries().size();
-      unsigned char data[3] = {1, 2, 3};
-      std::wstring entry = L"entry" + std::to_wstring(i) + std::wstring(90, L'x');
-      ASSERT_EQ(CacheStep(&cache, &model, entry, data, false, false), "") << i;
-    }
-    EXPECT_GT(count, 300u);
-    EXPECT_EQ(CompareCache(cache, model), "");
-    ffree(&cache);
-  }
+  // Growth to (n + end + 2 x dataSize + 2) x 2 bytes: after a first entry
+  // that ends at unit 32005, a name of 738 units is refused, 737 fit.
+  int data = 9, out = 0;
+  name.resize(32000);
+  ASSERT_EQ(CacheString(&cache, name.data(), &data, 3, false), 1u);
+  name.resize(738);
+  EXPECT_EQ(CacheString(&cache, name.data(), &data, 3, false), 0u);
+  name.resize(737);
+  EXPECT_EQ(CacheString(&cache, name.data(), &data, 3, false), 32005u);
+  EXPECT_TRUE(GetCachedStructure(cache, name.data(), &out, 3));
+  EXPECT_EQ(out, 9);
+  EXPECT_EQ(CacheString(&cache, W(L"x"), &data, 3, false), 0u);
+  ffree(&cache);
 }
 
 TEST(StringCache, ReadsStayInsideTheBlock) {
