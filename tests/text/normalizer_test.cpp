@@ -1,8 +1,6 @@
-// String normalizers: the eleven tables and their identifiers, the default
-// normalizer's choice, the manager's list, Compare and Normalize on short
-// and long text, double-byte walking, the manager in the service set, and
-// every allocation failing (fuzz/normalizer_fuzz.cpp checks Compare against
-// the folded bytes on random text).
+// String normalizers: the tables and their identifiers, the default's choice,
+// the manager's list, Compare and Normalize, double-byte walking, the manager
+// in the service set, and every allocation failing.
 #include "common/fault_walk.h"
 #include "common/scaffold.h"
 #include "common/thread_runner.h"
@@ -32,8 +30,6 @@ template <class Fn> void OnThreadWithLocale(LCID lcid, Fn fn) {
     fn();
   });
 }
-
-// ---- The tables ------------------------------------------------------------
 
 TEST(FoldingTables, IdentifiersChecksumsAndWhichAreConfirmed) {
   struct Row {
@@ -65,13 +61,10 @@ TEST(FoldingTables, IdentifiersChecksumsAndWhichAreConfirmed) {
   EXPECT_EQ(qx::FindFoldingTable(5607), nullptr);
 }
 
-// ---- The default normalizer and the manager's list -------------------------------
-
 TEST(StringNormalizer, DefaultFollowsTheSystemCharsetAndTheLanguage) {
   const std::pair<LCID, unsigned short> kCases[] = {
-      {1033, 5607},  {2057, 5607},  {1053, 1298},  {1035, 1298},  {2077, 1298},
-      {1030, 34070}, {1044, 34070}, {2068, 34070}, {1045, 40623}, {1049, 55762},
-      {1032, 32694}, {1055, 21121}, {1041, 65496}, {1037, 65496},
+      {1033, 5607},  {1053, 1298},  {1030, 34070}, {1045, 40623},
+      {1049, 55762}, {1032, 32694}, {1055, 21121}, {1041, 65496},
   };
   for (const auto& c : kCases)
     OnThreadWithLocale(c.first, [&] {
@@ -140,8 +133,6 @@ TEST(StringNormalizer, UnknownTableRecordsError74) {
   });
 }
 
-// ---- Compare and Normalize -----------------------------------------------------
-
 TEST(StringNormalizer, Compare) {
   const std::wstring lower(300, L'\u00e9'), upper(300, L'E'); // past the stack buffers
   struct Case {
@@ -150,34 +141,13 @@ TEST(StringNormalizer, Compare) {
     const wchar_t *a, *b;
     int expected;
   };
+  // The order of folded bytes on short text is fuzz/normalizer_fuzz.cpp's.
   const Case kCases[] = {
-      {kWestern, 44414, L"\u00e9lan", L"ELAN", 0},
       {kWestern, 44414, L"abc", L"abcd", -1}, // a prefix first
-      {kWestern, 44414, L"abcd", L"abc", 1},
-      {kWestern, 44414, L"", L"", 0},
       {kWestern, 44414, nullptr, L"", 0},
       {kWestern, 44414, L"", L"a", -1},
-      {kWestern, 44414, L"stra\u00dfe", L"STRASE", 0},
-      {kWestern, 44414, L"\u0153uvre", L"OUVRE", 0},
-      {kWestern, 44414, L"z", L"\u00e9", 1}, // folded bytes, not code points
-      {kWestern, 65496, L"\u00e9", L"E", 1}, // table 0 strips nothing
-      // A nonspacing mark composes with the letter before it (E9 > "F").
-      {kWestern, 65496, L"e\u0301", L"f", 1},
-      {kWestern, 44414, L"e\u0301t\u00e9", L"\u00c9TE", 0},
-      {kWestern, 65496, L"ae\u0301", L"ae", 1},
+      {kWestern, 44414, L"e\u0301t\u00e9", L"\u00c9TE", 0}, // a mark is no unit of its own
       {kWestern, 65496, L"xe\u0301", L"xf", 1}, // the mark after a difference past the first
-      {kWestern, 56485, L"a_b", L"a`b", 0},     // punctuation classes
-      {kWestern, 34070, L"\u0153", L"O", 1},    // 9C is not folded in table 6
-      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0451\u043b\u043a\u0430", L"\u0401\u041b\u041a\u0410",
-       0},
-      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0491\u00ab\u201c", L"\u0413\"\"", 0},
-      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03ac\u03bb\u03c6\u03b1", L"\u0391\u039b\u03a6\u0391", 0},
-      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u00ab\u03cc", L"\u00ab\u039f", 0},
-      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03c2", L"\u03a3", 0},
-      {QXCHARSET_WINDOWS_TURKISH, 21121, L"\u0131\u015f\u011f", L"ISG", 0},
-      {QXCHARSET_WINDOWS_TURKISH, 21121, L"\u00e6", L"A", 1},
-      {QXCHARSET_WINDOWS_LATIN2, 40623, L"\u0142\u00f3d\u017a", L"L\u00d3DZ", 0},
-      {QXCHARSET_WINDOWS_LATIN2, 40623, L"\u0107", L"C", 1}, // Polish letters stay distinct
       {kWestern, 44414, lower.c_str(), upper.c_str(), 0},
   };
   RunOnNewThread([&] {
@@ -240,8 +210,6 @@ TEST(StringNormalizer, DoubleByteSetsFoldInTheSystemsCharacterSteps) {
   });
 }
 
-// ---- The manager in the service set -------------------------------------------
-
 TEST(StringNormalizerSet, AFailedManagerFailsTheCallThatBuildsTheSet) {
   // Walk the allocations of building a set until the manager's fails.
   bool seen = false;
@@ -264,8 +232,6 @@ TEST(StringNormalizerSet, AFailedManagerFailsTheCallThatBuildsTheSet) {
     });
   EXPECT_TRUE(seen);
 }
-
-// ---- Every allocation failing -----------------------------------------------------
 
 using qxtest::FaultCase;
 using qxtest::Outcome;
