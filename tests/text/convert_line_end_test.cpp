@@ -1,9 +1,7 @@
 // Line-end rewriting between LF and the system charset's line end: one-unit
 // systems, the spare units of the output buffer, and a failed growth.
-#include "common/thread_runner.h"
 #include "platform/heap.h"
-#include "qxutil/text.h"
-#include "qxutil/winlocale.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +9,8 @@
 #include <string>
 
 namespace {
+
+using qxtest::Repeat;
 
 using Result = std::optional<std::wstring>;
 
@@ -21,13 +21,6 @@ Result Take(wchar_t* buffer) {
   std::wstring text = buffer;
   ffree(&buffer);
   return text;
-}
-
-template <class Fn> void InUSEnglish(Fn fn) {
-  qxtest::RunOnNewThread([&] {
-    ASSERT_TRUE(SetThreadLocale(1033)); // system charset WindowsLatin1: CR LF
-    fn();
-  });
 }
 
 // A system charset chosen by the test, through a stand-in cCharsetInfo.
@@ -47,13 +40,6 @@ template <class Fn> void WithSystemCharset(QXCHARSET cs, Fn fn) {
     delete original;
     fn();
   });
-}
-
-std::wstring Repeat(const std::wstring& s, int n) {
-  std::wstring out;
-  for (int i = 0; i < n; ++i)
-    out += s;
-  return out;
 }
 
 // LF to the one-unit line ends (fuzz/convert_fuzz.cpp holds both directions
@@ -81,7 +67,7 @@ TEST(LineEndRewriting, OneUnitLineEnds) {
 // Each line break needs one spare unit but CR LF pairs, which cost none: a
 // text of them never grows its buffer of 40 spare units.
 TEST(ConvertLFToPlatformCRLF, PairsTakeNoSpareUnits) {
-  InUSEnglish([&] {
+  qxtest::InLocale(1033, [&] {
     std::wstring pairs = Repeat(L"\r\n", 300);
     wchar_t* out = ConvertLFToPlatformCRLF(pairs.data());
     ASSERT_NE(out, nullptr);
@@ -94,7 +80,7 @@ TEST(ConvertLFToPlatformCRLF, PairsTakeNoSpareUnits) {
 // A failed growth returns null and frees the first buffer (the fault walk
 // covers the first allocation).
 TEST(LineEndRewriting, FailedGrowth) {
-  InUSEnglish([] {
+  qxtest::InLocale(1033, [] {
     std::wstring many = Repeat(L"\n", 60); // grows once
     system_charset();                      // the services are built now
     qx::platform::FailAllocations(2, false);

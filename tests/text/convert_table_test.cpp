@@ -1,9 +1,7 @@
 // Byte-to-byte translation tables: the table rules and the converter's
 // ten-slot cache. The maps themselves are pinned by gen_charset_maps.py
 // --check; fuzz/convert_fuzz.cpp checks the round trip over pairs of maps.
-#include "common/thread_runner.h"
-#include "qxutil/text.h"
-#include "qxutil/winlocale.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -17,14 +15,8 @@ constexpr QXCHARSET k437 = QXCHARSET_CODEPAGE_437;
 
 QXCHARSET Cs(int v) { return static_cast<QXCHARSET>(v); }
 
-// OnFreshThread - runs `fn` with a new set of services in the US English
-// locale (system charset WindowsLatin1).
-template <class Fn> void OnFreshThread(Fn fn) {
-  qxtest::RunOnNewThread([&] {
-    ASSERT_TRUE(SetThreadLocale(1033));
-    fn();
-  });
-}
+// OnFreshThread - runs `fn` with a new set of services (WindowsLatin1).
+template <class Fn> void OnFreshThread(Fn fn) { qxtest::InLocale(1033, fn); }
 
 // How a table is made from two maps, through ConvertCharset. The maps' own
 // rules are pinned by gen_charset_maps.py --check.

@@ -1,10 +1,7 @@
 // 8-bit and multi-byte text <=> wide text, and the wide copies, as tables
 // with sentinel-filled buffers (fuzz/convert_fuzz.cpp compares
 // ConvertSystemToMBCSChar with WideCharToMultiByte on random text).
-#include "common/scaffold.h"
-#include "common/thread_runner.h"
-#include "qxutil/text.h"
-#include "qxutil/winlocale.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -26,10 +23,7 @@ template <size_t N> std::string B(const char (&s)[N]) { return std::string(s, N 
 // InLocales - runs `fn(lcid)` on a fresh thread in each of the two locales.
 template <class Fn> void InLocales(Fn fn) {
   for (LCID lcid : {kEnglishUS, kJapanese})
-    qxtest::RunOnNewThread([&] {
-      ASSERT_TRUE(SetThreadLocale(lcid));
-      fn(lcid);
-    });
+    qxtest::InLocale(lcid, [&] { fn(lcid); });
 }
 
 // Written - `buf` starts with `written` and nothing after it was touched.

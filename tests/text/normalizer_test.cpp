@@ -2,12 +2,11 @@
 // the manager's list, Compare and Normalize, double-byte walking, the manager
 // in the service set, and every allocation failing.
 #include "common/fault_walk.h"
-#include "common/scaffold.h"
-#include "common/thread_runner.h"
 #include "platform/heap.h"
 #include "qxutil/frame.h"
 #include "qxutil/text.h"
 #include "text/normalization_table.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -19,17 +18,10 @@ namespace {
 
 using qx::FoldingTable;
 using qxtest::RunOnNewThread;
-using qxtest::ScopedThreadLocale;
 
 constexpr QXCHARSET kWestern = QXCHARSET_WINDOWS_LATIN1;
 
-// On a new thread whose set is built for `lcid`.
-template <class Fn> void OnThreadWithLocale(LCID lcid, Fn fn) {
-  RunOnNewThread([&] {
-    ScopedThreadLocale locale(lcid);
-    fn();
-  });
-}
+using qxtest::InLocale;
 
 TEST(FoldingTables, IdentifiersChecksumsAndWhichAreConfirmed) {
   struct Row {
@@ -67,7 +59,7 @@ TEST(StringNormalizer, DefaultFollowsTheSystemCharsetAndTheLanguage) {
       {1049, 55762}, {1032, 32694}, {1055, 21121}, {1041, 65496},
   };
   for (const auto& c : kCases)
-    OnThreadWithLocale(c.first, [&] {
+    InLocale(c.first, [&] {
       StringNormalizer* n = GetDefaultNormalizer();
       ASSERT_NE(n, nullptr) << c.first;
       EXPECT_EQ(n->GetId(), c.second) << c.first;
@@ -83,7 +75,7 @@ TEST(StringNormalizer, RequestDefaultNormalizerChoosesTheLanguageOnce) {
       {7227, 1298},  {8251, 1298},  {9275, 1298},  {1031, 5607},  {0, 5607},
   };
   for (const auto& l : kLanguages)
-    OnThreadWithLocale(1033, [&] {
+    InLocale(1033, [&] {
       EXPECT_TRUE(RequestDefaultNormalizer(l.first));
       EXPECT_EQ(GetDefaultNormalizer()->GetId(), l.second) << l.first;
       EXPECT_FALSE(RequestDefaultNormalizer(1053)); // the default stays
@@ -92,7 +84,7 @@ TEST(StringNormalizer, RequestDefaultNormalizerChoosesTheLanguageOnce) {
 }
 
 TEST(StringNormalizer, GetNormalizerKeepsOneNormalizerPerRequest) {
-  OnThreadWithLocale(1033, [] {
+  InLocale(1033, [] {
     StringNormalizer* western = GetNormalizer(kWestern, 44414);
     ASSERT_NE(western, nullptr);
     EXPECT_EQ(western->GetId(), 5607);
@@ -196,14 +188,14 @@ TEST(StringNormalizer, DoubleByteSetsFoldInTheSystemsCharacterSteps) {
   // the pair is stepped over.
   const std::pair<LCID, std::wstring> kSystems[] = {{1033, L"\u30a2A"}, {1041, L"\u30c2A"}};
   for (const auto& system : kSystems)
-    OnThreadWithLocale(system.first, [&] {
+    InLocale(system.first, [&] {
       wchar_t text[] = L"\u30c2a";
       GetNormalizer(QXCHARSET_WINDOWS_JAPANESE, 65496)->Normalize(text);
       EXPECT_EQ(std::wstring(text), system.second) << system.first;
     });
   // A table that breaks a pair (lead byte 8A of U+6F22 folds to "S") would
   // make the text longer: it is left as it was.
-  OnThreadWithLocale(1033, [] {
+  InLocale(1033, [] {
     wchar_t text[] = L"\u6f22x";
     GetNormalizer(QXCHARSET_WINDOWS_JAPANESE, 44414)->Normalize(text);
     EXPECT_EQ(std::wstring(text), L"\u6f22x");
@@ -283,7 +275,7 @@ const FaultCase kAllocatingCalls[] = {
 };
 
 TEST(FaultWalk, NormalizerCallsThatAllocate) {
-  OnThreadWithLocale(1033, [] {
+  InLocale(1033, [] {
     for (const FaultCase& c : kAllocatingCalls)
       EXPECT_GT(qxtest::WalkFaults(c).faults, 0) << c.name;
   });

@@ -1,7 +1,7 @@
 // quotestring and unquotestring as tables: into another buffer and in
 // place, with sentinel-filled buffers (fuzz/quote_fuzz.cpp tries every size
 // on arbitrary text).
-#include "text/wide_test_support.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 

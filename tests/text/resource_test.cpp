@@ -4,12 +4,10 @@
 // the service set.
 #include "common/fault_walk.h"
 #include "common/recording_services.h"
-#include "common/scaffold.h"
-#include "common/thread_runner.h"
 #include "platform/heap.h"
 #include "platform/modules.h"
 #include "platform/string_module.h"
-#include "qxutil/text.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -21,17 +19,11 @@ namespace {
 
 using qx::platform::AllocationCalls;
 using qx::platform::FailAllocations;
+using qxtest::Repeat;
 
 const std::string kModulePath = QXTEST_STRINGS_PATH;
 const std::wstring kModule(kModulePath.begin(), kModulePath.end());
 const std::wstring kAlphabet = L"abcdefghijklmnopqrstuvwxyz";
-
-std::wstring Repeat(const std::wstring& s, int n) {
-  std::wstring out;
-  while (n-- > 0)
-    out += s;
-  return out;
-}
 
 std::wstring Missing(int id) {
   return L"The string resource (" + std::to_wstring(id) + L") could not be accessed.";

@@ -1,6 +1,6 @@
 // The three tokenisers: lists with quotes and brackets, strtok in both
 // modes, and the positional form.
-#include "text/wide_test_support.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Case, character classes and the in-place edits.
-#include "text/wide_test_support.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 

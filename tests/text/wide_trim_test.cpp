@@ -1,7 +1,7 @@
 // White space, trimming and line ends.
 #include "platform/heap.h"
 #include "qxutil/frame.h"
-#include "text/wide_test_support.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
