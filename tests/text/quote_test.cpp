@@ -1,6 +1,5 @@
-// quotestring and unquotestring as tables: into another buffer and in
-// place, with sentinel-filled buffers (fuzz/quote_fuzz.cpp tries every size
-// on arbitrary text).
+// quotestring and unquotestring: into another buffer and in place, with
+// sentinel-filled buffers.
 #include "text/text_support.h"
 
 #include <gtest/gtest.h>
@@ -19,17 +18,11 @@ struct QuoteCase {
   const wchar_t* inPlace; // quoting in place
 };
 
+// quote_fuzz holds single-unit quotes at every size from 3 to the rules.
 // clang-format off
 const QuoteCase kQuoteCases[] = {
-    {L"it's", 20, L"'", L"'it''s'", L"'it''s'"},
     {L"it's", 8, L"'", L"'it''s'", L"'it''s'"}, // exact fit: the last doubling has room
-    {L"it's", 7, L"'", L"'it'''", L"'it'''"},
     {L"it's", 6, L"'", L"'it'", L"'it''"}, // in place the doubling finds no room
-    {L"ab'", 6, L"'", L"'ab'", L"'ab''"},
-    {L"a'bc", 7, L"'", L"'a''b'", L"'a''b'"},   // in place: "c" is dropped for the copy
-    {L"a'b'c", 8, L"'", L"'a''b'", L"'a''b''"}, // in place: "c" dropped, then no room
-    {L"''", 8, L"'", L"''''''", L"''''''"}, {L"abc", 3, L"'", L"''", L"''"},
-    {L"abcdef", 5, L"'", L"'ab'", L"'ab'"}, {L"", 3, L"'", L"''", L"''"},
     {L"a\"b", 9, L"\"x", L"\"a\"\"b\"", L"\"a\"\"b\""}, // only the first unit quotes
     {L"abc", 2, L"'", L"", L""}, {L"abc", 1, L"'", L"", L""},
     {L"abcdef", 5, L"", L"abcd", L"abcd"}, {L"abcdef", 5, nullptr, L"abcd", L"abcd"}, // a copy
@@ -67,14 +60,10 @@ TEST(Unquote, Table) {
     const wchar_t* out;
     unsigned int touched; // units written
   } cases[] = {
-      {L"'it''s'", 20, L"'", L"it's", 5},
-      {L"'ab'cd", 20, L"'", L"ab", 3}, // what follows the closing quote is dropped
-      {L"'ab", 20, L"'", L"ab", 3}, {L"''", 20, L"'", L"", 1}, {L"''''", 20, L"'", L"'", 2},
-      {L"'it''s'", 3, L"'", L"it", 3}, {L"'it''s'", 4, L"'", L"it'", 4},
-      {L"'it''s'", 1, L"'", L"", 1}, {L"'it''s'", 0, L"'", L"", 0},
+      {L"'it''s'", 3, L"'", L"it", 3},
       {L"ab'", 5, L"'", L"ab'", 5}, // not quoted: strcpyn, which fills the size
       {L"'a'", 5, L"", L"'a'", 5},  // no quote character: strcpyn
-      {L"\"a\"\"b\"", 9, L"\"", L"a\"b", 4}, {L"", 4, L"'", L"", 4}, {nullptr, 4, L"'", L"", 4},
+      {L"'it''s'", 0, L"'", L"", 0}, {nullptr, 4, L"'", L"", 4},
   };
   // clang-format on
   for (const auto& c : cases) {
