@@ -69,10 +69,9 @@ TEST(StringNormalizer, DefaultFollowsTheSystemCharsetAndTheLanguage) {
 }
 
 TEST(StringNormalizer, RequestDefaultNormalizerChoosesTheLanguageOnce) {
+  // The two lists' ends; the system locale's language when given none.
   const std::pair<int, unsigned short> kLanguages[] = {
-      {1030, 34070}, {1044, 34070}, {1083, 34070}, {2068, 34070}, {4155, 34070}, {6203, 34070},
-      {1035, 1298},  {1053, 1298},  {2077, 1298},  {2107, 1298},  {3131, 1298},  {5179, 1298},
-      {7227, 1298},  {8251, 1298},  {9275, 1298},  {1031, 5607},  {0, 5607},
+      {1030, 34070}, {6203, 34070}, {1035, 1298}, {9275, 1298}, {1031, 5607}, {0, 5607},
   };
   for (const auto& l : kLanguages)
     InLocale(1033, [&] {
