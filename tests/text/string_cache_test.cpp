@@ -1,6 +1,6 @@
-// String caches: the edge cases, the 65,500-byte bound and reads that must
-// stay inside the block (fuzz/string_cache_fuzz.cpp runs random steps
-// against a plain model, with the heap failing growths).
+// String caches: the 65,500-byte bound, reads that must stay inside the
+// block, and failed growths (string_cache_fuzz holds insertion, sorting,
+// folded names and data to a plain model).
 #include "common/fault_walk.h"
 #include "common/thread_runner.h"
 #include "qxutil/text.h"
@@ -14,31 +14,6 @@
 namespace {
 
 wchar_t* W(const wchar_t* s) { return const_cast<wchar_t*>(s); }
-
-std::wstring NameAt(wchar_t* cache, unsigned offset, int dataSize, int* data = nullptr) {
-  wchar_t name[64];
-  GetCachedString(cache, offset, name, 64, data, dataSize);
-  return name;
-}
-
-TEST(StringCache, SortedInsertionAndCaseInsensitiveNames) {
-  wchar_t* cache = nullptr;
-  int beta = 2, alpha = 1, again = 11, data = 0;
-  EXPECT_EQ(CacheString(&cache, W(L"beta"), &beta, 4, true), 1u);
-  EXPECT_EQ(CacheString(&cache, W(L"Alpha"), &alpha, 4, true), 1u);
-  EXPECT_EQ(NameAt(cache, 11, 4), L"beta"); // moved up by 4 + 5 + 1 units
-  // The same name in other letters: the data is replaced, the name kept.
-  EXPECT_EQ(CacheString(&cache, W(L"ALPHA"), &again, 4, true), 1u);
-  EXPECT_EQ(NameAt(cache, 1, 4, &data), L"Alpha");
-  EXPECT_EQ(data, 11);
-  // Unsorted: at the end; an empty name is refused.
-  EXPECT_EQ(CacheString(&cache, W(L"a"), nullptr, 4, false), 20u);
-  EXPECT_EQ(CacheString(&cache, W(L""), nullptr, 4, false), 0u);
-  EXPECT_TRUE(GetCachedStructure(cache, W(L"BETA"), &data, 4));
-  EXPECT_EQ(data, 2);
-  EXPECT_FALSE(GetCachedStructure(cache, W(L"gamma"), &data, 4));
-  ffree(&cache);
-}
 
 TEST(StringCache, NeverGrowsBeyond65500BytesOf16BitUnits) {
   // The first entry takes (n + 2 x dataSize) x 2 + 6 bytes.
