@@ -6,7 +6,9 @@
 // page, ConvertSystemToMBCSChar must equal WideCharToMultiByte with
 // WC_COMPOSITECHECK on text rich in nonspacing marks. The byte table of a
 // pair of members with maps must send no byte to 0 or 255, and a byte whose
-// character both maps hold to a byte with that character and back.
+// character both maps hold to a byte with that character and back. The
+// line-end rewriters must give what the plain rules below give (the system's
+// line end is CR LF), on text rich in CR and LF.
 #include "platform/codepage.h"
 #include "qxutil/text.h"
 #include "qxutil/winlocale.h"
@@ -16,6 +18,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -82,6 +85,39 @@ void SameAsCompositeCheck(const uint8_t* data, size_t n) {
   Check(ok == (got > 0) && ours == theirs);
 }
 
+// LineEnds - `text` with CR LF and CR made LF (toLF), or every CR LF, CR and
+// LF made CR LF; null when it holds no CR (toLF) or no CR or LF.
+std::optional<std::wstring> LineEnds(const std::wstring& text, bool toLF) {
+  std::wstring out;
+  bool rewritten = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    wchar_t c = text[i];
+    if (c != L'\r' && (toLF || c != L'\n')) {
+      out += c;
+      continue;
+    }
+    rewritten = true;
+    if (c == L'\r' && i + 1 < text.size() && text[i + 1] == L'\n')
+      ++i;
+    out += toLF ? L"\n" : L"\r\n";
+  }
+  return rewritten ? std::optional<std::wstring>(out) : std::nullopt;
+}
+
+void CheckLineEnds(const uint8_t* data, size_t n) {
+  std::wstring text;
+  for (size_t i = 0; i < n; ++i)
+    text += L"\r\n\nab\u3042"[data[i] % 6];
+  for (bool toLF : {false, true}) {
+    wchar_t* out =
+        toLF ? ConvertPlatformCRLFToLF(text.data()) : ConvertLFToPlatformCRLF(text.data());
+    std::optional<std::wstring> want = LineEnds(text, toLF);
+    Check(want ? out && *want == out : !out);
+    if (out)
+      ffree(&out);
+  }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -129,9 +165,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Check(table[0] == '_');
     CheckRoundTrip(from, to, table);
   }
-  if (wchar_t* out = ConvertPlatformCRLFToLF(wide.data()))
-    ffree(&out);
-  if (wchar_t* out = ConvertLFToPlatformCRLF(wide.data()))
-    ffree(&out);
+  CheckLineEnds(data, size);
   return 0;
 }

@@ -1,10 +1,10 @@
-// Like against the recursive rules it must reproduce (tests/common/
-// like_oracle.h): the result, *match and the error recorded must agree.
+// Like against the recursive rules it must reproduce (models/like_oracle.h):
+// the result, *match and the error recorded must agree.
 // Input: byte 0 picks the escape, the rest is the pattern, a 0xFF byte, and
 // the subject, each byte mapped onto a small alphabet so that wildcards,
 // escapes and repeats are common. Sizes are bounded so the oracle stays
 // fast.
-#include "common/like_oracle.h"
+#include "models/like_oracle.h"
 #include "qxutil/frame.h"
 #include "qxutil/text.h"
 

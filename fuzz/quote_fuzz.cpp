@@ -1,6 +1,8 @@
 // quotestring and unquotestring on arbitrary text at every size from 3 (0
 // for unquoting), into another buffer and in place: nothing is written past
-// the size, a quoted result is quote, content, quote, and unquoting it
+// the size, the text is what the plain rules below give (quoting into
+// another buffer and unquoting also write no unit after the terminator but
+// for a plain copy, which fills the size), and unquoting a quoted result
 // gives back a prefix of the source (all of it when there was room).
 #include "qxutil/text.h"
 
@@ -25,6 +27,56 @@ void Check(bool ok) {
     std::abort();
 }
 
+// Quoted - the quoting rules: into another buffer the content's units, a
+// doubled quote whole or not at all, while size - 3 units hold them; in
+// place the source cut to size - 3 units, its quotes doubled while room
+// remains, and after that each doubling pushing out the content's last unit.
+std::wstring Quoted(const std::wstring& src, unsigned int size, wchar_t q, bool inPlace) {
+  size_t room = size - 3;
+  std::wstring body = inPlace ? src.substr(0, room) : L"";
+  if (inPlace) {
+    room -= body.size();
+    for (size_t i = 0; i < body.size(); i += 2) {
+      if (body[i] != q) {
+        --i;
+        continue;
+      }
+      body.insert(i, 1, q);
+      if (room > 0)
+        --room;
+      else
+        body.pop_back();
+    }
+  } else {
+    for (wchar_t c : src) {
+      size_t need = c == q ? 2 : 1;
+      if (need > room)
+        break;
+      body.append(need, c);
+      room -= need;
+    }
+  }
+  return q + body + q;
+}
+
+// Unquoted - a quoted source's content up to its closing quote, a doubled
+// quote as one; any other source as it stands; cut to size - 1 units.
+std::wstring Unquoted(const std::wstring& src, unsigned int size, wchar_t q) {
+  std::wstring out = src;
+  if (!src.empty() && src[0] == q) {
+    out.clear();
+    for (size_t i = 1; i < src.size(); ++i) {
+      if (src[i] == q && (i + 1 == src.size() || src[i + 1] != q))
+        break;
+      out += src[i];
+      i += src[i] == q;
+    }
+  }
+  return out.substr(0, size ? size - 1 : 0);
+}
+
+size_t gTouched; // one past the last unit the last Guarded call saw written
+
 // Runs `fn` on a buffer of `size` units pre-filled with `init` (cut to the
 // size, terminated if it fits) and sentinels; returns the text written.
 template <class Fn> std::wstring Guarded(unsigned int size, const std::wstring& init, Fn fn) {
@@ -36,6 +88,9 @@ template <class Fn> std::wstring Guarded(unsigned int size, const std::wstring& 
   fn(buf.data());
   for (size_t i = size; i < buf.size(); ++i)
     Check(buf[i] == kSentinel);
+  gTouched = size;
+  while (gTouched > 0 && buf[gTouched - 1] == kSentinel)
+    --gTouched;
   size_t n = 0;
   while (n < size && buf[n])
     ++n;
@@ -63,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       std::wstring out = Guarded(n, inPlace ? src : L"", [&](wchar_t* buf) {
         Check(quotestring(buf, inPlace ? buf : src.c_str(), n, quote) == buf);
       });
-      Check(out.size() >= 2 && out.front() == q && out.back() == q);
+      Check(out == Quoted(src, n, q, inPlace) && (inPlace || gTouched == out.size() + 1));
       if (n > full.size())
         Check(out == full);
       std::wstring back =
@@ -78,6 +133,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (unsigned int n = 0; n <= src.size() + 2; ++n) {
     std::wstring a =
         Guarded(n, L"", [&](wchar_t* buf) { unquotestring(buf, src.c_str(), n, quote); });
+    bool plain = src.empty() || src[0] != q;
+    Check(a == Unquoted(src, n, q) && gTouched == (plain ? n : n ? a.size() + 1 : 0));
     if (src.size() < n) {
       std::wstring b = Guarded(n, src, [&](wchar_t* buf) { unquotestring(buf, buf, n, quote); });
       Check(a == b);

@@ -1,11 +1,11 @@
 // Long random runs of string caches against a plain list
-// (tests/common/string_cache_model.h): the input picks the data size, then
+// (models/string_cache_model.h): the input picks the data size, then
 // for each step the name (letters that fold and units that do not, short or
 // long enough to reach the 65,500-byte bound), the data, sorted or unsorted
 // insertion, and whether the heap fails the growth. After every step the
 // result must match; the whole cache is read back every few steps and at the
 // end.
-#include "common/string_cache_model.h"
+#include "models/string_cache_model.h"
 
 #include <cstddef>
 #include <cstdint>

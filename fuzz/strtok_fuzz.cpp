@@ -1,6 +1,6 @@
 // The tokenisers on arbitrary text: the list tokeniser (brackets on and
-// off) must always end, return tokens inside the text and leave *next on
-// the terminator; the positional tokeniser must report exactly the list
+// off) must give the tokens and the places of the plain rules below and
+// leave *next on the terminator; the positional tokeniser must report exactly the list
 // tokeniser's tokens (with brackets) as positions; the DBCS-mode strtok
 // (the fuzzer pins a Japanese locale) must return tokens free of
 // delimiters, in order, until it reports the end.
@@ -26,20 +26,58 @@ void Check(bool ok) {
     std::abort();
 }
 
+bool Trimmable(wchar_t c) { return c <= L' ' || c == 0x7F; } // for this alphabet
+
+// Token - the list tokeniser's rules from `at`: white space and unprintable
+// units skipped; the token ends at the first delimiter outside quotes (a
+// doubled quote stays inside) and, with `brackets`, outside () and []
+// nesting, where quotes open only at depth 0 and a closer at depth 0 is
+// ordinary; then trimmed. Sets *start and *next (past the delimiter).
+std::wstring Token(const std::wstring& s, const wchar_t* delims, bool brackets, size_t at,
+                   size_t* start, size_t* next) {
+  while (at < s.size() && Trimmable(s[at]))
+    ++at;
+  size_t i = *start = at;
+  wchar_t quote = 0;
+  for (int depth = 0; i < s.size(); ++i) {
+    wchar_t c = s[i];
+    if (quote) {
+      if (c == quote && i + 1 < s.size() && s[i + 1] == quote)
+        ++i;
+      else if (c == quote)
+        quote = 0;
+    } else if (brackets && (c == L'(' || c == L'[')) {
+      ++depth;
+    } else if (brackets && (c == L')' || c == L']') && depth > 0) {
+      --depth;
+    } else if (depth == 0 && std::wcschr(delims, c)) {
+      break;
+    } else if (depth == 0 && std::wcschr(L"\"'`", c)) {
+      quote = c;
+    }
+  }
+  *next = i < s.size() ? i + 1 : i;
+  while (i > at && Trimmable(s[i - 1]))
+    --i;
+  return s.substr(at, i - at);
+}
+
 std::vector<std::wstring> ListTokens(std::wstring text, const wchar_t* delims, bool brackets) {
   std::vector<std::wstring> tokens;
+  const std::wstring original = text;
   wchar_t* const begin = text.data();
-  wchar_t* const end = begin + text.size();
   wchar_t* next = nullptr;
-  for (wchar_t* p = begin;; p = next) {
-    wchar_t* token = qxStrtok(p, delims, brackets, &next);
-    Check(next >= p && next <= end);
-    if (!token) {
-      Check(next == end || *next == 0);
+  for (size_t at = 0;;) {
+    size_t start = 0, after = 0;
+    std::wstring want = Token(original, delims, brackets, at, &start, &after);
+    wchar_t* token = qxStrtok(begin + at, delims, brackets, &next);
+    if (start == original.size()) {
+      Check(!token && next == begin + start);
       break;
     }
-    Check(token >= begin && token < end + 1 && next > p);
+    Check(token == begin + start && next == begin + after && want == token);
     tokens.push_back(token);
+    at = after;
   }
   return tokens;
 }

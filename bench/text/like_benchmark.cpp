@@ -1,12 +1,12 @@
 // Like against SQLite's LIKE (case-sensitive) and against the naive
-// recursion it replaces (tests/common/like_oracle.h), in one run.
+// recursion it replaces (fuzz/models/like_oracle.h), in one run.
 //
 // SQLite is measured two ways: a prepared "SELECT ?1 LIKE ?2" statement with
 // PRAGMA case_sensitive_like=ON, rebound and stepped per iteration (what an
 // SQL user pays), and sqlite3_strglob with the pattern translated to GLOB
 // syntax ("%" -> "*", "_" -> "?"), which runs the same matching core
 // without the statement machinery (the matching alone).
-#include "common/like_oracle.h"
+#include "../../fuzz/models/like_oracle.h"
 #include "qxutil/text.h"
 
 #include <benchmark/benchmark.h>

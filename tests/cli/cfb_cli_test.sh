@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
-# End-to-end test of 'qxutil cfb': the tree of a sample, a nested stream
-# and the "Book" rule through cat, an output left as it was when the stream
-# is missing, and the exit codes for files that are not compound files or
-# are damaged.
+# 'qxutil cfb' end to end: list, cat (nested, "Book", v4), a missing stream
+# leaving the output as it was, and the exit codes of bad files.
 # Usage: cfb_cli_test.sh QXUTIL SAMPLE_DIR
 set -euo pipefail
 qxutil=$1

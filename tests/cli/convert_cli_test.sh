@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# End-to-end test of 'qxutil convert': round trips, --strict leaving the
-# target untouched, line ends, and the exit code for unknown names.
+# 'qxutil convert' end to end: round trips, line ends, --strict leaving the
+# target untouched, and the exit code for unknown names.
 # Usage: convert_cli_test.sh QXUTIL SAMPLE
 set -euo pipefail
 qxutil=$1

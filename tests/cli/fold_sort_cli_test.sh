@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# End-to-end test of 'qxutil fold' and 'qxutil sort': folding, the order of
-# the default, Swedish and Danish tables, stability, --unique, runs merged
-# from temporary files, lines kept byte for byte, and the errors.
+# 'qxutil fold' and 'qxutil sort' end to end: tables and languages,
+# stability, --unique, merged runs, lines kept byte for byte, the errors.
 # Usage: fold_sort_cli_test.sh QXUTIL
 set -euo pipefail
 qxutil=$1

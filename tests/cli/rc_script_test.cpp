@@ -40,16 +40,15 @@ Result Read(const Files& files, std::vector<std::string> includeDirs = {}) {
 
 std::string Table(const std::string& body) { return "STRINGTABLE\nBEGIN\n" + body + "\nEND\n"; }
 
+// The forms tests/text/resource_strings.rc uses (a comma after the number,
+// braces, memory flags, LANGUAGE, literals joined across lines) are read
+// into the test module the text tests and strings_cli_test.sh read.
 TEST(RcScript, ReadsStringTablesAsTheResourceCompilerDoes) {
   const struct {
     const char* what;
     std::string script;
     Strings strings;
   } kCases[] = {
-      {"numbers, with and without a comma", Table("2, \"b\"\n1 \"a\""), {{1, L"a"}, {2, L"b"}}},
-      {"braces, memory flags and LANGUAGE",
-       "STRINGTABLE DISCARDABLE MOVEABLE\nLANGUAGE 9, 1\n{ 3 \"c\" }",
-       {{3, L"c"}}},
       {"keywords in any letter case", "stringtable begin 4 \"d\" end", {{4, L"d"}}},
       {"escapes", Table(R"(1 "\n\r\t\a\\\"\x41\101\q\x")"), {{1, L"\n\r\t\x08\\\"AA\\q\\x"}}},
       {"wide escapes take four hex digits",
@@ -58,7 +57,6 @@ TEST(RcScript, ReadsStringTablesAsTheResourceCompilerDoes) {
             L"Ag\u1234"
             L"5"}}},
       {"doubled quotes", Table(R"(1 "say ""hi""" 2 L"""")"), {{1, L"say \"hi\""}, {2, L"\""}}},
-      {"literals joined across lines", Table("1 \"a\" L\"b\"\n   \"c\""), {{1, L"abc"}}},
       {"identifier expressions",
        "#define B 10\n#define C (B * 2 + 1)\n" +
            Table("C \"x\"\nB|0x100 \"y\"\n-(-3) \"z\"\n010L \"o\""),

@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
-# End-to-end test of 'qxutil strings': the module qxutil_add_string_module
-# made from tests/text/resource_strings.rc lists as written, a compiled
-# source builds into a module that lists the same, a failed compile leaves
-# its output untouched, and the errors have their exit codes.
+# 'qxutil strings' end to end: the test module lists as written, a source
+# compiled by hand lists the same, a failed compile keeps its output.
 # Usage: strings_cli_test.sh QXUTIL MODULE NOT_A_STRING_MODULE SOURCE_DIR CXX
 set -euo pipefail
 qxutil=$1

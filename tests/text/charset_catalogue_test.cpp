@@ -1,8 +1,6 @@
 // The character-set catalogue and the system charset.
-#include "common/thread_runner.h"
-#include "qxutil/text.h"
-#include "qxutil/winlocale.h"
 #include "text/charset_catalogue.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -126,8 +124,7 @@ TEST(SystemCharset, ChosenFromTheLocalesAnsiCodePageWhenTheSetIsBuilt) {
   };
   // clang-format on
   for (const Case& c : cases) {
-    qxtest::RunOnNewThread([&] {
-      ASSERT_TRUE(SetThreadLocale(c.lcid));
+    qxtest::InLocale(c.lcid, [&] {
       EXPECT_EQ(system_charset(), c.expected) << c.lcid;
       EXPECT_EQ(Str2CS(L"ANSI"), c.expected);
       // Fixed once: a later change of locale does not move it.

@@ -1,15 +1,12 @@
-// String normalizers: the eleven tables and their identifiers, the default
-// normalizer's choice, the manager's list, Compare and Normalize on short
-// and long text, double-byte walking, the manager in the service set, and
-// every allocation failing (fuzz/normalizer_fuzz.cpp checks Compare against
-// the folded bytes on random text).
+// String normalizers: the tables and their identifiers, the default's choice,
+// the manager's list, Compare and Normalize on long text, the manager in the
+// service set, and every allocation failing.
 #include "common/fault_walk.h"
-#include "common/scaffold.h"
-#include "common/thread_runner.h"
 #include "platform/heap.h"
 #include "qxutil/frame.h"
 #include "qxutil/text.h"
 #include "text/normalization_table.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -21,19 +18,10 @@ namespace {
 
 using qx::FoldingTable;
 using qxtest::RunOnNewThread;
-using qxtest::ScopedThreadLocale;
 
 constexpr QXCHARSET kWestern = QXCHARSET_WINDOWS_LATIN1;
 
-// On a new thread whose set is built for `lcid`.
-template <class Fn> void OnThreadWithLocale(LCID lcid, Fn fn) {
-  RunOnNewThread([&] {
-    ScopedThreadLocale locale(lcid);
-    fn();
-  });
-}
-
-// ---- The tables ------------------------------------------------------------
+using qxtest::InLocale;
 
 TEST(FoldingTables, IdentifiersChecksumsAndWhichAreConfirmed) {
   struct Row {
@@ -65,16 +53,13 @@ TEST(FoldingTables, IdentifiersChecksumsAndWhichAreConfirmed) {
   EXPECT_EQ(qx::FindFoldingTable(5607), nullptr);
 }
 
-// ---- The default normalizer and the manager's list -------------------------------
-
 TEST(StringNormalizer, DefaultFollowsTheSystemCharsetAndTheLanguage) {
   const std::pair<LCID, unsigned short> kCases[] = {
-      {1033, 5607},  {2057, 5607},  {1053, 1298},  {1035, 1298},  {2077, 1298},
-      {1030, 34070}, {1044, 34070}, {2068, 34070}, {1045, 40623}, {1049, 55762},
-      {1032, 32694}, {1055, 21121}, {1041, 65496}, {1037, 65496},
+      {1033, 5607},  {1053, 1298},  {1030, 34070}, {1045, 40623},
+      {1049, 55762}, {1032, 32694}, {1055, 21121}, {1041, 65496},
   };
   for (const auto& c : kCases)
-    OnThreadWithLocale(c.first, [&] {
+    InLocale(c.first, [&] {
       StringNormalizer* n = GetDefaultNormalizer();
       ASSERT_NE(n, nullptr) << c.first;
       EXPECT_EQ(n->GetId(), c.second) << c.first;
@@ -84,13 +69,12 @@ TEST(StringNormalizer, DefaultFollowsTheSystemCharsetAndTheLanguage) {
 }
 
 TEST(StringNormalizer, RequestDefaultNormalizerChoosesTheLanguageOnce) {
+  // The two lists' ends; the system locale's language when given none.
   const std::pair<int, unsigned short> kLanguages[] = {
-      {1030, 34070}, {1044, 34070}, {1083, 34070}, {2068, 34070}, {4155, 34070}, {6203, 34070},
-      {1035, 1298},  {1053, 1298},  {2077, 1298},  {2107, 1298},  {3131, 1298},  {5179, 1298},
-      {7227, 1298},  {8251, 1298},  {9275, 1298},  {1031, 5607},  {0, 5607},
+      {1030, 34070}, {6203, 34070}, {1035, 1298}, {9275, 1298}, {1031, 5607}, {0, 5607},
   };
   for (const auto& l : kLanguages)
-    OnThreadWithLocale(1033, [&] {
+    InLocale(1033, [&] {
       EXPECT_TRUE(RequestDefaultNormalizer(l.first));
       EXPECT_EQ(GetDefaultNormalizer()->GetId(), l.second) << l.first;
       EXPECT_FALSE(RequestDefaultNormalizer(1053)); // the default stays
@@ -99,7 +83,7 @@ TEST(StringNormalizer, RequestDefaultNormalizerChoosesTheLanguageOnce) {
 }
 
 TEST(StringNormalizer, GetNormalizerKeepsOneNormalizerPerRequest) {
-  OnThreadWithLocale(1033, [] {
+  InLocale(1033, [] {
     StringNormalizer* western = GetNormalizer(kWestern, 44414);
     ASSERT_NE(western, nullptr);
     EXPECT_EQ(western->GetId(), 5607);
@@ -140,8 +124,6 @@ TEST(StringNormalizer, UnknownTableRecordsError74) {
   });
 }
 
-// ---- Compare and Normalize -----------------------------------------------------
-
 TEST(StringNormalizer, Compare) {
   const std::wstring lower(300, L'\u00e9'), upper(300, L'E'); // past the stack buffers
   struct Case {
@@ -150,34 +132,13 @@ TEST(StringNormalizer, Compare) {
     const wchar_t *a, *b;
     int expected;
   };
+  // The order of folded bytes on short text is fuzz/normalizer_fuzz.cpp's.
   const Case kCases[] = {
-      {kWestern, 44414, L"\u00e9lan", L"ELAN", 0},
       {kWestern, 44414, L"abc", L"abcd", -1}, // a prefix first
-      {kWestern, 44414, L"abcd", L"abc", 1},
-      {kWestern, 44414, L"", L"", 0},
       {kWestern, 44414, nullptr, L"", 0},
       {kWestern, 44414, L"", L"a", -1},
-      {kWestern, 44414, L"stra\u00dfe", L"STRASE", 0},
-      {kWestern, 44414, L"\u0153uvre", L"OUVRE", 0},
-      {kWestern, 44414, L"z", L"\u00e9", 1}, // folded bytes, not code points
-      {kWestern, 65496, L"\u00e9", L"E", 1}, // table 0 strips nothing
-      // A nonspacing mark composes with the letter before it (E9 > "F").
-      {kWestern, 65496, L"e\u0301", L"f", 1},
-      {kWestern, 44414, L"e\u0301t\u00e9", L"\u00c9TE", 0},
-      {kWestern, 65496, L"ae\u0301", L"ae", 1},
+      {kWestern, 44414, L"e\u0301t\u00e9", L"\u00c9TE", 0}, // a mark is no unit of its own
       {kWestern, 65496, L"xe\u0301", L"xf", 1}, // the mark after a difference past the first
-      {kWestern, 56485, L"a_b", L"a`b", 0},     // punctuation classes
-      {kWestern, 34070, L"\u0153", L"O", 1},    // 9C is not folded in table 6
-      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0451\u043b\u043a\u0430", L"\u0401\u041b\u041a\u0410",
-       0},
-      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0491\u00ab\u201c", L"\u0413\"\"", 0},
-      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03ac\u03bb\u03c6\u03b1", L"\u0391\u039b\u03a6\u0391", 0},
-      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u00ab\u03cc", L"\u00ab\u039f", 0},
-      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03c2", L"\u03a3", 0},
-      {QXCHARSET_WINDOWS_TURKISH, 21121, L"\u0131\u015f\u011f", L"ISG", 0},
-      {QXCHARSET_WINDOWS_TURKISH, 21121, L"\u00e6", L"A", 1},
-      {QXCHARSET_WINDOWS_LATIN2, 40623, L"\u0142\u00f3d\u017a", L"L\u00d3DZ", 0},
-      {QXCHARSET_WINDOWS_LATIN2, 40623, L"\u0107", L"C", 1}, // Polish letters stay distinct
       {kWestern, 44414, lower.c_str(), upper.c_str(), 0},
   };
   RunOnNewThread([&] {
@@ -190,57 +151,15 @@ TEST(StringNormalizer, Compare) {
   });
 }
 
-TEST(StringNormalizer, NormalizeRoundTrips) {
-  const std::wstring longText = std::wstring(400, L'\u00e9') + L"x";
-  const std::wstring longFolded = std::wstring(400, L'E') + L"X";
-  struct Case {
-    QXCHARSET cs;
-    unsigned short id;
-    std::wstring in, out;
-  };
-  const Case kCases[] = {
-      {kWestern, 44414, L"\u00e9lan, stra\u00dfe", L"ELAN, STRASE"},
-      {kWestern, 44414, L"", L""},
-      // Characters the set cannot hold come back as its best fit or "?".
-      {kWestern, 44414, L"\u03a9 \u4e00 \u0416", L"O ? ?"},
-      {kWestern, 65496, L"\u00e9t\u00e9", L"\u00e9T\u00e9"},
-      {kWestern, 41909, L"\u00e6\u00f8\u00e5", L"[\\]"},
-      {QXCHARSET_WINDOWS_CYRILLIC, 55762, L"\u0451\u0436 \u00e9", L"\u0401\u0416 E"},
-      {QXCHARSET_WINDOWS_GREEK, 32694, L"\u03ac\u03b5", L"\u0386\u0388"},
-      {kWestern, 44414, longText, longFolded}, // a heap buffer
-  };
-  RunOnNewThread([&] {
-    for (const Case& c : kCases) {
-      std::vector<wchar_t> text(c.in.begin(), c.in.end());
-      text.push_back(0);
-      GetNormalizer(c.cs, c.id)->Normalize(text.data());
-      EXPECT_EQ(std::wstring(text.data()), c.out) << c.id;
-    }
+// Short text, double-byte sets on either system included, is normalizer_fuzz's.
+TEST(StringNormalizer, NormalizeLongText) {
+  InLocale(1033, [] {
+    std::wstring text = std::wstring(400, L'\u00e9') + L"x"; // a heap buffer
+    GetNormalizer(kWestern, 44414)->Normalize(text.data());
+    EXPECT_EQ(text, std::wstring(400, L'E') + L"X");
     GetDefaultNormalizer()->Normalize(nullptr);
   });
 }
-
-TEST(StringNormalizer, DoubleByteSetsFoldInTheSystemsCharacterSteps) {
-  // U+30C2 is 83 61 in code page 932: on a single-byte system every byte is
-  // mapped, the trail byte 61 too (83 41 is U+30A2); on a Japanese system
-  // the pair is stepped over.
-  const std::pair<LCID, std::wstring> kSystems[] = {{1033, L"\u30a2A"}, {1041, L"\u30c2A"}};
-  for (const auto& system : kSystems)
-    OnThreadWithLocale(system.first, [&] {
-      wchar_t text[] = L"\u30c2a";
-      GetNormalizer(QXCHARSET_WINDOWS_JAPANESE, 65496)->Normalize(text);
-      EXPECT_EQ(std::wstring(text), system.second) << system.first;
-    });
-  // A table that breaks a pair (lead byte 8A of U+6F22 folds to "S") would
-  // make the text longer: it is left as it was.
-  OnThreadWithLocale(1033, [] {
-    wchar_t text[] = L"\u6f22x";
-    GetNormalizer(QXCHARSET_WINDOWS_JAPANESE, 44414)->Normalize(text);
-    EXPECT_EQ(std::wstring(text), L"\u6f22x");
-  });
-}
-
-// ---- The manager in the service set -------------------------------------------
 
 TEST(StringNormalizerSet, AFailedManagerFailsTheCallThatBuildsTheSet) {
   // Walk the allocations of building a set until the manager's fails.
@@ -264,8 +183,6 @@ TEST(StringNormalizerSet, AFailedManagerFailsTheCallThatBuildsTheSet) {
     });
   EXPECT_TRUE(seen);
 }
-
-// ---- Every allocation failing -----------------------------------------------------
 
 using qxtest::FaultCase;
 using qxtest::Outcome;
@@ -317,7 +234,7 @@ const FaultCase kAllocatingCalls[] = {
 };
 
 TEST(FaultWalk, NormalizerCallsThatAllocate) {
-  OnThreadWithLocale(1033, [] {
+  InLocale(1033, [] {
     for (const FaultCase& c : kAllocatingCalls)
       EXPECT_GT(qxtest::WalkFaults(c).faults, 0) << c.name;
   });

@@ -2,7 +2,7 @@
 // both modes, with the cases where DBCS walking or narrowing changes the
 // answer.
 #include "platform/heap.h"
-#include "text/wide_test_support.h"
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 

@@ -16,11 +16,4 @@
 #define IDS_SYSTEM_ERROR 59
 #define IDD_ABOUT 100
 
-// Next default values for new objects
-#ifdef APSTUDIO_INVOKED
-#ifndef APSTUDIO_READONLY_SYMBOLS
-#define _APS_NEXT_RESOURCE_VALUE 101
-#endif
-#endif
-
 #endif

@@ -1,9 +1,9 @@
 // The SQL LIKE matcher as a direct transcription of its recursive rules:
-// exponential, for tests, benchmarks and fuzzing only. Like must give the
+// exponential, for benchmarks and fuzzing only. Like must give the
 // same result, the same *match and record error 61 exactly when this
 // reports a malformed pattern.
-#ifndef QXUTIL_TESTS_COMMON_LIKE_ORACLE_H
-#define QXUTIL_TESTS_COMMON_LIKE_ORACLE_H
+#ifndef QXUTIL_FUZZ_MODELS_LIKE_ORACLE_H
+#define QXUTIL_FUZZ_MODELS_LIKE_ORACLE_H
 
 namespace qxtest {
 
@@ -79,4 +79,4 @@ inline bool LikeOracle(const wchar_t* s, const wchar_t* p, const wchar_t* escape
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_COMMON_LIKE_ORACLE_H
+#endif // QXUTIL_FUZZ_MODELS_LIKE_ORACLE_H

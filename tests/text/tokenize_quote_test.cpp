@@ -1,6 +1,6 @@
-// The three tokenisers: lists with quotes and brackets, strtok in both
-// modes, and the positional form.
-#include "text/wide_test_support.h"
+// The three tokenisers (lists with quotes and brackets, strtok in both
+// modes, the positional form) and quoting, into another buffer and in place.
+#include "text/text_support.h"
 
 #include <gtest/gtest.h>
 
@@ -17,24 +17,13 @@ struct ListCase {
   std::vector<std::wstring> tokens;
 };
 
+// strtok_fuzz holds the tokens and places of "," ";" and a mark as
+// delimiters to the plain rules.
 const ListCase kListCases[] = {
     {L" a, (b,c) ,d", L",", true, {L"a", L"(b,c)", L"d"}},
     {L" a, (b,c) ,d", L",", false, {L"a", L"(b", L"c)", L"d"}},
-    {L"'x,y',z", L",", false, {L"'x,y'", L"z"}},
-    {L"\"a,b\",`c,d`", L",", false, {L"\"a,b\"", L"`c,d`"}},
-    {L"'it''s,x',y", L",", false, {L"'it''s,x'", L"y"}}, // a doubled quote stays inside
-    {L",x", L",", false, {L"", L"x"}},                   // a delimiter first: empty token
-    {L"a,,b", L",", false, {L"a", L"", L"b"}},
-    {L"f(a,[b,c]),g", L",", true, {L"f(a,[b,c])", L"g"}},
-    {L"a),b", L",", true, {L"a)", L"b"}},             // a closer at depth 0 is ordinary
-    {L"(a,b", L",", true, {L"(a,b"}},                 // unclosed: to the end
-    {L"a'b,c", L",", false, {L"a'b,c"}},              // unclosed quote: to the end
-    {L"(a,'b)',c),d", L",", true, {L"(a,'b)',c),d"}}, // quotes open only at depth 0
-    {L"(a)b),c", L")", true, {L"(a)b", L",c"}},       // the closer to depth 0 is not a delimiter
-    {L"x ; \x01y\x02 ", L";", false, {L"x", L"y"}},
+    {L"(a)b),c", L")", true, {L"(a)b", L",c"}},     // the closer to depth 0 is not a delimiter
     {L"a\"b\"c", L"\"", false, {L"a", L"b", L"c"}}, // delimiters come before quotes
-    {L"  \t ", L",", false, {}},
-    {L"", L",", false, {}},
 };
 
 TEST(ListTokens, Table) {
@@ -55,21 +44,14 @@ TEST(ListTokens, Table) {
   }
 }
 
-TEST(ListTokens, NextPointsPastTheDelimiter) {
-  wchar_t text[] = L"  ab , cd";
-  wchar_t* next = nullptr;
-  wchar_t* token = qxStrtok(text, L",", false, &next);
-  EXPECT_EQ(token, text + 2);
-  EXPECT_STREQ(token, L"ab");
-  EXPECT_EQ(next, text + 6);
-  EXPECT_EQ(text[4], 0); // trailing blank zeroed by rtrim
-  EXPECT_EQ(text[5], 0); // the delimiter
-  wchar_t* keep = text;
+TEST(ListTokens, NullArguments) {
+  wchar_t text[] = L"a,b";
+  wchar_t* next = text;
   EXPECT_EQ(qxStrtok(nullptr, L",", false, &next), nullptr);
   EXPECT_EQ(qxStrtok(text, nullptr, false, &next), nullptr);
   EXPECT_EQ(qxStrtok(text, L",", false, nullptr), nullptr);
-  EXPECT_EQ(next, text + 6);
-  EXPECT_EQ(keep[0], L' ');
+  EXPECT_EQ(next, text);
+  EXPECT_STREQ(text, L"a,b");
 }
 
 TEST(StrtokTokens, BothModes) {
@@ -117,13 +99,10 @@ struct PositionCase {
 };
 
 TEST(PositionTokens, Table) {
+  // With the list's quotes the tokens are the list tokeniser's (strtok_fuzz).
   const PositionCase cases[] = {
-      {L" a , (b,c)", nullptr, {{1, 2, 4}, {5, 10, 10}}, 10},
-      {L"'x,y' ,z", nullptr, {{0, 5, 7}, {7, 8, 8}}, 8},
       {L"'x,y',z", L"", {{0, 2, 3}, {3, 5, 6}, {6, 7, 7}}, 7}, // no quote characters
-      {L"#x,y#,z", L"#", {{0, 5, 6}, {6, 7, 7}}, 7},
-      {L",a,", nullptr, {{0, 0, 1}, {1, 2, 3}}, 3}, // empty token first; none after the last
-      {L"f(a,[b]) , 'q''r,s' ", nullptr, {{0, 8, 10}, {11, 19, 20}}, 20},
+      {L"#x,y# ,z", L"#", {{0, 5, 7}, {7, 8, 8}}, 8},
       {L"  ", nullptr, {}, 2},
   };
   for (const PositionCase& c : cases) {
@@ -153,6 +132,79 @@ TEST(PositionTokens, BadArgumentsWriteNothing) {
   EXPECT_TRUE(qxStrtok(zero, 0, L",", &ts, &te, &next, nullptr));
   EXPECT_EQ(te, 3u);
   EXPECT_EQ(next, 4u);
+}
+
+using qxtest::Buffer;
+
+struct QuoteCase {
+  const wchar_t* src;
+  unsigned int size;
+  const wchar_t* quote;
+  const wchar_t* copy;    // quoting into another buffer
+  const wchar_t* inPlace; // quoting in place
+};
+
+// quote_fuzz holds single-unit quotes at every size from 3 to the rules.
+// clang-format off
+const QuoteCase kQuoteCases[] = {
+    {L"it's", 8, L"'", L"'it''s'", L"'it''s'"}, // exact fit: the last doubling has room
+    {L"it's", 6, L"'", L"'it'", L"'it''"}, // in place the doubling finds no room
+    {L"a\"b", 9, L"\"x", L"\"a\"\"b\"", L"\"a\"\"b\""}, // only the first unit quotes
+    {L"abc", 2, L"'", L"", L""}, {L"abc", 1, L"'", L"", L""},
+    {L"abcdef", 5, L"", L"abcd", L"abcd"}, {L"abcdef", 5, nullptr, L"abcd", L"abcd"}, // a copy
+};
+// clang-format on
+
+TEST(Quote, Table) {
+  for (const QuoteCase& c : kQuoteCases) {
+    SCOPED_TRACE(testing::Message() << "'" << c.src << "' size " << c.size);
+    auto copy = Buffer(c.size);
+    EXPECT_EQ(quotestring(copy.data(), c.src, c.size, c.quote), copy.data());
+    EXPECT_EQ(copy.Text(), c.copy);
+    EXPECT_EQ(copy.TouchedUpTo(), std::wstring(c.copy).size() + 1); // no fill after it
+
+    auto inPlace = Buffer(c.size, c.src);
+    EXPECT_EQ(quotestring(inPlace.data(), inPlace.data(), c.size, c.quote), inPlace.data());
+    EXPECT_EQ(inPlace.Text(), c.inPlace);
+    EXPECT_TRUE(inPlace.UntouchedFrom(c.size));
+  }
+  auto zero = Buffer(0);
+  quotestring(zero.data(), L"abc", 0, L"'");
+  EXPECT_EQ(zero.TouchedUpTo(), 0u);
+  auto nullSource = Buffer(4);
+  quotestring(nullSource.data(), nullptr, 4, L"'");
+  EXPECT_EQ(nullSource.Text(), L"''");
+  EXPECT_EQ(quotestring(nullptr, L"a", 4, L"'"), nullptr);
+}
+
+TEST(Unquote, Table) {
+  // clang-format off
+  const struct {
+    const wchar_t* src;
+    unsigned int size;
+    const wchar_t* quote;
+    const wchar_t* out;
+    unsigned int touched; // units written
+  } cases[] = {
+      {L"'it''s'", 3, L"'", L"it", 3},
+      {L"ab'", 5, L"'", L"ab'", 5}, // not quoted: strcpyn, which fills the size
+      {L"'a'", 5, L"", L"'a'", 5},  // no quote character: strcpyn
+      {L"'it''s'", 0, L"'", L"", 0}, {nullptr, 4, L"'", L"", 4},
+  };
+  // clang-format on
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << "'" << (c.src ? c.src : L"(null)") << "' size " << c.size);
+    auto buf = Buffer(c.size);
+    EXPECT_EQ(unquotestring(buf.data(), c.src, c.size, c.quote), buf.data());
+    EXPECT_EQ(buf.Text(), c.out);
+    EXPECT_EQ(buf.TouchedUpTo(), c.touched);
+    if (!c.src)
+      continue;
+    std::wstring inPlace = std::wstring(c.src) + std::wstring(c.size + 1, L'\0');
+    unquotestring(inPlace.data(), inPlace.data(), c.size, c.quote);
+    EXPECT_STREQ(inPlace.c_str(), c.size ? c.out : c.src); // size 0 writes nothing
+  }
+  EXPECT_EQ(unquotestring(nullptr, L"'a'", 4, L"'"), nullptr);
 }
 
 } // namespace

@@ -1,9 +1,8 @@
 // A string cache kept as a plain list, and the checks that compare a real
-// cache with it: shared by tests/text/string_cache_test.cpp (short runs) and
-// fuzz/string_cache_fuzz.cpp (long ones). Each check returns "" when the two
-// agree, else what differs.
-#ifndef QXUTIL_TESTS_COMMON_STRING_CACHE_MODEL_H
-#define QXUTIL_TESTS_COMMON_STRING_CACHE_MODEL_H
+// cache with it (fuzz/string_cache_fuzz.cpp). Each check returns "" when the
+// two agree, else what differs.
+#ifndef QXUTIL_FUZZ_MODELS_STRING_CACHE_MODEL_H
+#define QXUTIL_FUZZ_MODELS_STRING_CACHE_MODEL_H
 
 #include "platform/heap.h"
 #include "qxutil/text.h"
@@ -175,4 +174,4 @@ inline std::string CompareCache(wchar_t* cache, const StringCacheModel& model) {
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_COMMON_STRING_CACHE_MODEL_H
+#endif // QXUTIL_FUZZ_MODELS_STRING_CACHE_MODEL_H
