@@ -6,7 +6,7 @@
 // SQL user pays), and sqlite3_strglob with the pattern translated to GLOB
 // syntax ("%" -> "*", "_" -> "?"), which runs the same matching core
 // without the statement machinery (the matching alone).
-#include "../../fuzz/models/like_oracle.h"
+#include "models/like_oracle.h"
 #include "qxutil/text.h"
 
 #include <benchmark/benchmark.h>
