@@ -7,7 +7,7 @@
 // of the sentinel-filled buffer (with a guard after the stated size) must
 // agree. Each unit converted alone without best fit must come back.
 #include "common/code_pages.h"
-#include "common/platform_codepage_compare.h"
+#include "models/platform_codepage_compare.h"
 
 #include <cstddef>
 #include <cstdint>
