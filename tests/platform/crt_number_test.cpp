@@ -1,7 +1,6 @@
-// The runtime's number parsers in qx::crt: the 32-bit contracts of wcstol
-// and wcstoul (long is 32 bits wide on Windows), the 64-bit parsers, and
-// wcstod with the runtime locale's decimal point (fuzz/number_parse_fuzz.cpp
-// compares the full stop's reading with glibc's).
+// The runtime's number parsers in qx::crt: wcstol and wcstoul (long is 32
+// bits wide on Windows), the 64-bit parsers, and wcstod with the runtime
+// locale's point (fuzz/number_parse_fuzz.cpp compares the full stop's).
 #include "platform/crt_number.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,6 @@
-// The streaming UTF-8 codec as tables (overlong forms, surrogates, truncated
-// sequences, U+10FFFF and above it; output buffers with a sentinel after the
-// room each call asks for): the replacement rules for ill-formed input,
-// surrogate pairs, and the same results however the input is cut in chunks.
+// The streaming UTF-8 codec as tables: the replacement rules for ill-formed
+// input, surrogate pairs, the room each call asks for, and the same results
+// however the input is cut in chunks.
 #include "platform/utf8.h"
 
 #include <gtest/gtest.h>
