@@ -59,7 +59,6 @@ const MbCase kMbCases[] = {
      kNoTranslation, kView, 1},
     // Pages without Windows' additions: undefined bytes are the default character.
     {"28593 undefined byte", 28593, 0, "\xA5", {'?'}, 1},
-    {"857 undefined byte", 857, 0, "\xD5", {'?'}, 1},
     {"28591 C1 and 0xFF", 28591, 0, "\x80\xFF", {0x0080, 0x00FF}, 2},
     {"437 keeps controls, 0xE6 is micro", 437, 0, "\x1A\x7F\xE6", {0x001A, 0x007F, 0x00B5}, 3},
     {"864 percent", 864, 0, "%", {0x066A}, 1},
