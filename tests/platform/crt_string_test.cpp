@@ -295,6 +295,8 @@ TEST(CrtTokens, PositionIsPerThread) {
   EXPECT_EQ(std::wstring(qx::crt::wcstok(nullptr, L" ")), L"y");
 }
 
+// The range's ends and the digit scripts; fuzz/crt_integer_fuzz.cpp holds
+// _wtoi and _wtol to wcstol's reading in base 10 on random text.
 struct IntCase {
   const wchar_t* text; // null: EINVAL
   int32_t expected;
@@ -303,15 +305,8 @@ struct IntCase {
 
 // clang-format off
 const IntCase kIntCases[] = {
-    {L"3;2;0", 3, 0}, {L"  -42abc", -42, 0}, {L"+7", 7, 0}, {L"\t\n\v\f\r 12", 12, 0},
-    {L"\u00a012", 12, 0}, {L"\u300012", 12, 0}, // no-break and ideographic space are white space
-    {L"\u008512", 0, 0},                          // next line is not
-    {L"- 5", 0, 0}, {L"+-5", 0, 0}, {L"", 0, 0}, {L"abc", 0, 0}, {L"0x1A", 0, 0},
-    {L"12\u0301", 12, 0}, {L"000000000000000000000012", 12, 0},
     {L"2147483647", INT32_MAX, 0}, {L"2147483648", INT32_MAX, ERANGE},
     {L"-2147483648", INT32_MIN, 0}, {L"-2147483649", INT32_MIN, ERANGE},
-    {L"99999999999999999999999", INT32_MAX, ERANGE},
-    {L"-99999999999999999999999x", INT32_MIN, ERANGE},
     {L"1\u0968", 12, 0},                                  // ASCII then Devanagari
     {L"\u1811", 1, 0},                                    // Mongolian
     {L"7:", 7, 0}, {L"\u0669\u066a", 9, 0},               // the unit after a 9 is no digit
