@@ -4,10 +4,10 @@
 // marks, best-fit characters, NULs, high and lead bytes), so the texts run
 // to thousands of units and the runs meet the 16-unit blocks and the spans
 // of the output checks everywhere. Both directions are compared with their
-// reference forms (tests/common/codepage_compare.h) for the exact size, a
+// reference forms (fuzz/models/platform_codepage_compare.h) for the exact size, a
 // larger one and short sizes taken from the input.
 #include "common/code_pages.h"
-#include "common/platform_codepage_compare.h"
+#include "models/platform_codepage_compare.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -5,14 +5,19 @@
 // every output size from 0 up to a small bound, and the exact and a larger
 // size, the count, the last error, the used-default flag and every element
 // of the sentinel-filled buffer (with a guard after the stated size) must
-// agree. Each unit converted alone without best fit must come back.
+// agree. Each unit converted alone without best fit must come back. Once,
+// before the first input, every code of every page is decoded and converted
+// back, and the page's counts of valid codes and shared units must hold.
 #include "common/code_pages.h"
-#include "common/platform_codepage_compare.h"
+#include "models/platform_codepage_compare.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
+#include <map>
+#include <string>
+#include <utility>
 #include <vector>
 
 using namespace qx::win;
@@ -51,9 +56,80 @@ wchar_t Unit(uint8_t low, uint8_t high) {
   return static_cast<wchar_t>(low | high << 8);
 }
 
+void Check(bool ok) {
+  if (!ok) {
+    std::abort();
+  }
+}
+
+struct PageCounts {
+  UINT cp;
+  int validCodes;  // bytes and pairs that MB_ERR_INVALID_CHARS accepts
+  int sharedUnits; // units that two or more valid codes decode to
+};
+
+// The published table plus Windows' additions (C1 controls, user-defined
+// rows), as counted in the data's README; in the order of kAllPages.
+const PageCounts kPageCounts[] = {
+    {437, 256, 0},    {850, 256, 0},   {852, 256, 0},   {855, 256, 0},    {857, 253, 0},
+    {860, 256, 0},    {861, 256, 0},   {863, 256, 0},   {864, 250, 0},    {865, 256, 0},
+    {869, 247, 0},    {874, 248, 0},   {1250, 256, 0},  {1251, 256, 0},   {1252, 256, 0},
+    {1253, 253, 0},   {1254, 256, 0},  {1255, 246, 0},  {1256, 256, 0},   {1257, 254, 0},
+    {1258, 256, 0},   {28591, 256, 0}, {28592, 256, 0}, {28593, 249, 0},  {28594, 256, 0},
+    {28595, 256, 0},  {28596, 211, 0}, {28597, 253, 0}, {28598, 220, 0},  {28599, 256, 0},
+    {932, 9796, 396}, {936, 24069, 0}, {949, 17365, 0}, {950, 19849, 10},
+};
+
+// EveryCode - decodes every code (a byte, or a lead byte and a trail byte)
+// of a page: the counts above. Back without best fit, each unit a valid code
+// gives converts to a code that decodes to it, and (best fit or not) a unit
+// that only one code gives, to that code.
+void EveryCode(const PageCounts& page) {
+  std::map<wchar_t, std::pair<std::vector<std::string>, int>> codesOf; // all codes, valid ones
+  for (int b = 0; b < 256; ++b) {
+    const bool lead = IsDBCSLeadByteEx(page.cp, static_cast<BYTE>(b));
+    for (int trail = lead ? 1 : 0; trail < (lead ? 256 : 1); ++trail) {
+      const char bytes[2] = {static_cast<char>(b), static_cast<char>(trail)};
+      const int len = lead ? 2 : 1;
+      wchar_t w[2] = {};
+      Check(MultiByteToWideChar(page.cp, 0, bytes, len, w, 2) == 1);
+      bool ok = MultiByteToWideChar(page.cp, MB_ERR_INVALID_CHARS, bytes, len, w, 2) == 1;
+      codesOf[w[0]].first.emplace_back(bytes, len);
+      codesOf[w[0]].second += ok;
+    }
+  }
+  int valid = 0, shared = 0;
+  for (const auto& [unit, codes] : codesOf) {
+    valid += codes.second;
+    shared += codes.second > 1;
+    char back[4] = {'#', '#', '#', '#'};
+    if (codes.second > 0) {
+      BOOL used = TRUE;
+      int n = WideCharToMultiByte(page.cp, WC_NO_BEST_FIT_CHARS, &unit, 1, back, 4, nullptr, &used);
+      wchar_t again = 0;
+      Check(!used && MultiByteToWideChar(page.cp, 0, back, n, &again, 1) == 1 && again == unit &&
+            back[n] == '#');
+    }
+    if (codes.first.size() == 1 && unit != '?' && unit != 0x30FB) {
+      int n = WideCharToMultiByte(page.cp, 0, &unit, 1, back, 2, nullptr, nullptr);
+      Check(std::string(back, static_cast<size_t>(n)) == codes.first[0]);
+    }
+  }
+  Check(valid == page.validCodes && shared == page.sharedUnits);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool everyCode = [] {
+    Check(std::size(kPageCounts) == std::size(kAllPages));
+    for (size_t i = 0; i < std::size(kPageCounts); ++i) {
+      Check(kPageCounts[i].cp == kAllPages[i]);
+      EveryCode(kPageCounts[i]);
+    }
+    return true;
+  }();
+  (void)everyCode;
   if (size < 2 || size > 2048) {
     return 0;
   }

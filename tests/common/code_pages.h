@@ -1,10 +1,5 @@
-//===- common/code_pages.h - The code pages the tests walk -------*- C++ -*-===//
-//
 // The one list of every Windows code page the library converts; a test in
-// tests/platform checks it against the generated tables, so a page added
-// there is walked by every test that takes the list.
-//
-//===----------------------------------------------------------------------===//
+// tests/platform checks it against the generated tables.
 #ifndef QXUTIL_TESTS_COMMON_CODE_PAGES_H
 #define QXUTIL_TESTS_COMMON_CODE_PAGES_H
 

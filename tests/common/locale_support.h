@@ -1,6 +1,5 @@
-// Helpers of the locale tests: a fresh thread with a pinned locale and
-// clock, the calling thread's runtime numeric locale, and a guarded text
-// buffer.
+// Helpers of the locale tests: a fresh thread with a pinned locale and clock,
+// the calling thread's runtime numeric locale, and a guarded text buffer.
 #ifndef QXUTIL_TESTS_COMMON_LOCALE_SUPPORT_H
 #define QXUTIL_TESTS_COMMON_LOCALE_SUPPORT_H
 

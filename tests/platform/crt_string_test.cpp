@@ -1,6 +1,7 @@
-// The Microsoft C-runtime string functions in qx::crt: classification, case
-// folding and comparison in the "C" and a changed runtime locale, reversal,
-// the two-argument wcstok, and integer reading with _wtoi and _wtol.
+// The runtime locale's queries, and the Microsoft C-runtime string functions
+// in qx::crt: classification, case folding and comparison in the "C" and a
+// changed runtime locale, reversal, wcstok, and _wtoi and _wtol.
+#include "platform/crt_locale.h"
 #include "platform/crt_string.h"
 
 #include "common/scaffold.h"
@@ -9,11 +10,13 @@
 
 #include <cerrno>
 #include <climits>
+#include <clocale>
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -21,7 +24,74 @@ using CrtLocale = qxtest::ScopedRuntimeLocale;
 
 constexpr wchar_t kSentinel = 0x7777;
 
-// ---- Classification ---------------------------------------------------------
+using qx::platform::CrtDecimalPoint;
+using qx::platform::CrtLocaleIsC;
+using qx::platform::CrtLocaleName;
+using qx::platform::CrtNumericLocaleIsC;
+using qx::platform::IsCLocaleName;
+using qx::platform::SetThreadNumericLocaleOverride;
+
+TEST(CrtLocale, OneRuleForTheCLocale) {
+  const struct {
+    const char* name;
+    bool isC;
+  } cases[] = {{nullptr, true},  {"C", true},      {"POSIX", true},       {"C.UTF-8", false},
+               {"c", false},     {"posix", false}, {"", false},           {"CC", false},
+               {"de_DE", false}, {"C ", false},    {"POSIX.UTF-8", false}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(IsCLocaleName(c.name), c.isC) << (c.name ? c.name : "(null)");
+    if (!c.name)
+      continue;
+    // The numeric locale of a thread reads the same name by the same rule.
+    SetThreadNumericLocaleOverride(c.name, L',');
+    EXPECT_EQ(CrtNumericLocaleIsC(), c.isC) << c.name;
+    EXPECT_EQ(CrtDecimalPoint(), L',') << c.name;
+    SetThreadNumericLocaleOverride(nullptr, 0);
+  }
+}
+
+TEST(CrtLocale, CategoriesAreReadSeparately) {
+  ASSERT_TRUE(CrtNumericLocaleIsC());
+  ASSERT_TRUE(CrtLocaleIsC());
+  {
+    qxtest::ScopedRuntimeLocale numeric("C.UTF-8", LC_NUMERIC);
+    ASSERT_TRUE(numeric.ok());
+    EXPECT_FALSE(CrtNumericLocaleIsC());
+    EXPECT_TRUE(CrtLocaleIsC());
+    EXPECT_EQ(CrtDecimalPoint(), L'.');
+  }
+  {
+    qxtest::ScopedRuntimeLocale numeric("POSIX", LC_NUMERIC);
+    EXPECT_TRUE(CrtNumericLocaleIsC());
+  }
+  qxtest::ScopedRuntimeLocale ctype("C.UTF-8");
+  char name[4];
+  EXPECT_EQ(CrtLocaleName(name, sizeof name), 7u); // the full length
+  EXPECT_STREQ(name, "C.U");                       // cut to fit
+  EXPECT_FALSE(CrtLocaleIsC());
+  EXPECT_TRUE(CrtNumericLocaleIsC());
+}
+
+TEST(CrtLocale, ReadsFromManyThreadsAtOnce) {
+  // The runtime keeps one copy of these answers for the process (and
+  // rewrites them on each localeconv call): every read goes through the lock.
+  constexpr int kThreads = 4, kRounds = 2000;
+  std::vector<std::thread> threads;
+  std::vector<int> wrong(kThreads, 0);
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([t, &wrong] {
+      for (int i = 0; i < kRounds; ++i) {
+        char name[16];
+        bool right = CrtNumericLocaleIsC() && CrtLocaleIsC() && CrtDecimalPoint() == L'.' &&
+                     CrtLocaleName(name, sizeof name) == 1 && name[0] == 'C';
+        wrong[t] += !right;
+      }
+    });
+  for (std::thread& t : threads)
+    t.join();
+  for (int t = 0; t < kThreads; ++t)
+    EXPECT_EQ(wrong[t], 0) << "thread " << t;
+}
 
 struct ClassCase {
   uint32_t c;
@@ -84,8 +154,7 @@ TEST(CrtClass, AsciiRangeInAnyLocale) {
   }
 }
 
-// ---- Case: "C" folds ASCII only; a changed locale uses Windows' simple mapping
-
+// "C" folds ASCII only; a changed locale uses Windows' simple mapping.
 TEST(CrtCase, TowupperAndTowlower) {
   // clang-format off
   const struct {
@@ -93,11 +162,9 @@ TEST(CrtCase, TowupperAndTowlower) {
     wint_t c, upper, lower;
   } cases[] = {
       {"C", L'a', L'A', L'a'}, {"C", L'Z', L'Z', L'z'}, {"C", 0xE9, 0xE9, 0xE9},
-      {"C", 0xC9, 0xC9, 0xC9}, {"C", 0xFF21, 0xFF21, 0xFF21}, {"C", WEOF, WEOF, WEOF},
+      {"C", 0xC9, 0xC9, 0xC9}, {"C", WEOF, WEOF, WEOF},
       {"C.UTF-8", 0xE9, 0xC9, 0xE9}, {"C.UTF-8", 0xC9, 0xC9, 0xE9},
-      {"C.UTF-8", 0xFF21, 0xFF21, 0xFF41}, {"C.UTF-8", 0x10041, 0x10041, 0x10041},
-      {"C.UTF-8", 0x131, 0x131, 0x131}, {"C.UTF-8", 0x130, 0x130, 0x130}, // no Turkish rule
-      {"C.UTF-8", WEOF, WEOF, WEOF}};
+      {"C.UTF-8", 0x10041, 0x10041, 0x10041}, {"C.UTF-8", WEOF, WEOF, WEOF}};
   // clang-format on
   for (const auto& t : cases) {
     CrtLocale locale(t.locale);
@@ -106,8 +173,6 @@ TEST(CrtCase, TowupperAndTowlower) {
     EXPECT_EQ(qx::crt::towlower(t.c), t.lower) << t.locale << " " << t.c;
   }
 }
-
-// ---- _wcsicmp and _wcsnicmp ---------------------------------------------------
 
 struct CompareCase {
   const char* locale;
@@ -124,19 +189,14 @@ const CompareCase kCompareCases[] = {
     // The unchanged "C" locale: ASCII A-Z fold to lower case, nothing else.
     {"C", L"abc", L"ABC", kAll, 0}, {"C", L"abc", L"ABD", kAll, 'c' - 'd'},
     {"C", L"_", L"A", kAll, '_' - 'a'}, // lower-case folding: '_' sorts before letters
-    {"C", L"A", L"_", kAll, 'a' - '_'}, {"C", L"[", L"a", kAll, '[' - 'a'},
     {"C", L"abc", L"ab", kAll, 'c'}, {"C", L"", L"a", kAll, -'a'}, {"C", L"", L"", kAll, 0},
-    {"C", L"\u00e9", L"\u00c9", kAll, 0xE9 - 0xC9}, // accented letters do not fold
-    {"C", L"\uff21", L"\uff41", kAll, 0xFF21 - 0xFF41},
     {"C", L"STRA\u00dfE", L"strasse", kAll, 0xDF - 's'},
     {"C", L"\uffff", L"a", kAll, 0xFFFF - 'a'}, // units compare unsigned
     // A changed runtime locale: Windows' simple case mapping, still to lower case.
     {"C.UTF-8", L"abc", L"ABC", kAll, 0}, {"C.UTF-8", L"_", L"A", kAll, '_' - 'a'},
     {"C.UTF-8", L"\u00e9t\u00e9", L"\u00c9T\u00c9", kAll, 0},
-    {"C.UTF-8", L"\uff21", L"\uff41", kAll, 0}, {"C.UTF-8", L"\u00ff", L"\u0178", kAll, 0},
     {"C.UTF-8", L"\u0131", L"I", kAll, 0x131 - 'i'},        // dotless i does not fold to i
     {"C.UTF-8", L"\u03a3", L"\u03c2", kAll, 0x3C3 - 0x3C2}, // sigma, not final sigma
-    {"C.UTF-8", L"\u00b5", L"\u039c", kAll, 0xB5 - 0x3BC},  // micro sign is not Greek mu
     {"C.UTF-8", L"STRA\u00dfE", L"strasse", kAll, 0xDF - 's'},
     // _wcsnicmp stops after the count, or at a terminator.
     {"C", L"abcX", L"ABCy", 3, 0}, {"C", L"abcX", L"ABCy", 4, 'x' - 'y'},
@@ -176,11 +236,9 @@ TEST(CrtCompare, NullArgumentsGiveNlsCmpError) {
   }
 }
 
-// ---- _wcsrev and wcstok ---------------------------------------------------------
-
 TEST(CrtReverse, ReversesUnitsInPlace) {
-  const std::pair<const wchar_t*, const wchar_t*> cases[] = {
-      {L"", L""}, {L"a", L"a"}, {L"ab", L"ba"}, {L"abc", L"cba"}, {L"a\u0301b", L"b\u0301a"}};
+  const std::pair<const wchar_t*, const wchar_t*> cases[] = {{L"", L""},
+                                                             {L"a\u0301b", L"b\u0301a"}};
   for (const auto& [text, reversed] : cases) {
     qxtest::Guarded<wchar_t> buf(8, kSentinel);
     wmemcpy(buf.data(), text, wcslen(text) + 1);
@@ -237,8 +295,8 @@ TEST(CrtTokens, PositionIsPerThread) {
   EXPECT_EQ(std::wstring(qx::crt::wcstok(nullptr, L" ")), L"y");
 }
 
-// ---- _wtoi and _wtol ------------------------------------------------------------
-
+// The range's ends and the digit scripts; fuzz/crt_integer_fuzz.cpp holds
+// _wtoi and _wtol to wcstol's reading in base 10 on random text.
 struct IntCase {
   const wchar_t* text; // null: EINVAL
   int32_t expected;
@@ -247,16 +305,8 @@ struct IntCase {
 
 // clang-format off
 const IntCase kIntCases[] = {
-    {L"3;2;0", 3, 0}, {L"  -42abc", -42, 0}, {L"+7", 7, 0}, {L"\t\n\v\f\r 12", 12, 0},
-    {L"\u00a012", 12, 0}, {L"\u300012", 12, 0}, // no-break and ideographic space are white space
-    {L"\u008512", 0, 0},                          // next line is not
-    {L"- 5", 0, 0}, {L"+-5", 0, 0}, {L"", 0, 0}, {L"abc", 0, 0}, {L"0x1A", 0, 0},
-    {L"12\u0301", 12, 0}, {L"000000000000000000000012", 12, 0},
     {L"2147483647", INT32_MAX, 0}, {L"2147483648", INT32_MAX, ERANGE},
     {L"-2147483648", INT32_MIN, 0}, {L"-2147483649", INT32_MIN, ERANGE},
-    {L"99999999999999999999999", INT32_MAX, ERANGE},
-    {L"-99999999999999999999999x", INT32_MIN, ERANGE},
-    {L"\u0661\u0662", 12, 0}, {L"\uff11\uff12", 12, 0}, // Arabic-Indic and fullwidth digits
     {L"1\u0968", 12, 0},                                  // ASCII then Devanagari
     {L"\u1811", 1, 0},                                    // Mongolian
     {L"7:", 7, 0}, {L"\u0669\u066a", 9, 0},               // the unit after a 9 is no digit

@@ -1,8 +1,6 @@
-// The built-in locale database: GetLocaleInfoW (a conformance table, the
-// LOCALE_RETURN_NUMBER form, and the buffer contract over every value of
-// every locale), the thread, user and system locales, locale names and
-// validity, and the helpers other platform code uses. Expected values are
-// Windows 7's, as the locale data records them.
+// The built-in locale database (Windows 7's values): GetLocaleInfoW, the
+// thread, user and system locales, locale names and validity, and the helpers
+// other platform code uses. fuzz/locale_db_fuzz.cpp walks every locale.
 #include "platform/locale_db.h"
 #include "qxutil/winlocale.h"
 
@@ -33,8 +31,6 @@ private:
   qxtest::ScopedThreadLocale thread_{GetThreadLocale()};
 };
 
-// ---- GetLocaleInfoW ---------------------------------------------------------
-
 struct InfoCase {
   LCID lcid;
   LCTYPE type;
@@ -46,33 +42,21 @@ struct InfoCase {
 
 // clang-format off
 const InfoCase kInfoCases[] = {
-    // Values of the requested locales.
-    {1033, LOCALE_SDECIMAL, L".", 2}, {1033, LOCALE_SLONGDATE, L"dddd, MMMM dd, yyyy", 20},
-    {1033, LOCALE_SSHORTDATE, L"M/d/yyyy", 9}, {1033, LOCALE_S1159, L"AM", 3},
-    {1031, LOCALE_SDECIMAL, L",", 2}, {1031, LOCALE_STHOUSAND, L".", 2},
-    {1031, LOCALE_SSHORTDATE, L"dd.MM.yyyy", 11}, {1031, LOCALE_SCURRENCY, L"\u20AC", 2},
-    {1031, LOCALE_SMONTHNAME3, L"M\u00E4rz", 5},
-    {1031, LOCALE_SDAYNAME7, L"Sonntag", 8}, // 7 is Sunday
-    {1031, LOCALE_ILANGUAGE, L"0407", 5}, {1036, LOCALE_SMONTHNAME12, L"d\u00E9cembre", 9},
+    // Values of the requested locales (pictures, names and code pages: the
+    // date formats, LocaleNames, LocaleCodePage and ReturnNumber read them).
+    {1033, LOCALE_SDECIMAL, L".", 2}, {1031, LOCALE_SDECIMAL, L",", 2},
+    {1031, LOCALE_STHOUSAND, L".", 2}, {1031, LOCALE_SCURRENCY, L"\u20AC", 2},
     {1036, LOCALE_STHOUSAND, L"\u00A0", 2}, // no-break space
-    {1041, LOCALE_IDEFAULTANSICODEPAGE, L"932", 4}, {1041, LOCALE_SSHORTDATE, L"yyyy/MM/dd", 11},
     {1041, LOCALE_S1159, L"\u5348\u524D", 3},
     {1025, LOCALE_SCURRENCY, L"\u0631.\u0633.\u200F", 6}, // RLM kept
-    {1025, LOCALE_IDEFAULTANSICODEPAGE, L"1256", 5},
-    {1081, LOCALE_IDEFAULTANSICODEPAGE, L"0", 2}, // Unicode only
-    {1081, LOCALE_IDEFAULTCODEPAGE, L"1", 2}, {1081, LOCALE_SGROUPING, L"3;2;0", 6},
-    {1034, LOCALE_SNAME, L"es-ES_tradnl", 13},
+    {1081, LOCALE_SGROUPING, L"3;2;0", 6}, {1034, LOCALE_SNAME, L"es-ES_tradnl", 13},
     // The invariant locale: its name is empty.
     {LOCALE_INVARIANT, LOCALE_SNAME, L"", 1}, {LOCALE_INVARIANT, LOCALE_ILANGUAGE, L"007f", 5},
     {LOCALE_INVARIANT, LOCALE_SENGLANGUAGE, L"Invariant Language", 19},
     // Empty values return just the terminator.
-    {1033, LOCALE_SMONTHNAME13, L"", 1}, {1031, LOCALE_S1159, L"", 1, kUntouched, 1},
-    // Buffer sizes: probe, exact fit, one short, none.
-    {1033, LOCALE_SLONGDATE, nullptr, 20, kUntouched, 0},
-    {1033, LOCALE_SLONGDATE, L"dddd, MMMM dd, yyyy", 20, kUntouched, 20},
+    {1033, LOCALE_SMONTHNAME13, L"", 1},
+    // Buffer sizes (the fuzz target checks the rest of the contract).
     {1033, LOCALE_SLONGDATE, nullptr, 0, ERROR_INSUFFICIENT_BUFFER, 19},
-    {1036, LOCALE_STHOUSAND, nullptr, 0, ERROR_INSUFFICIENT_BUFFER, 1},
-    {1033, LOCALE_SMONTHNAME13, nullptr, 1, kUntouched, 0},
     {1033, LOCALE_SDECIMAL, nullptr, 0, ERROR_INVALID_PARAMETER, -1},
     // Flags: no user overrides exist, so LOCALE_NOUSEROVERRIDE changes nothing.
     {1031, LOCALE_SDECIMAL | LOCALE_NOUSEROVERRIDE, L",", 2},
@@ -89,11 +73,8 @@ const InfoCase kInfoCases[] = {
     {0x0009, LOCALE_SNAME, L"en-US", 6}, {0x000A, LOCALE_SNAME, L"es-ES", 6},
     {0x0004, LOCALE_SNAME, L"zh-CN", 6}, {0x0014, LOCALE_SNAME, L"nb-NO", 6},
     // Unknown LCIDs (sr-Cyrl-CS is left out); the LCID is checked before the LCTYPE.
-    {0x1234, LOCALE_SDECIMAL, nullptr, 0, ERROR_INVALID_PARAMETER},
     {0x0C1A, LOCALE_SDECIMAL, nullptr, 0, ERROR_INVALID_PARAMETER},
-    {LOCALE_CUSTOM_DEFAULT, LOCALE_SDECIMAL, nullptr, 0, ERROR_INVALID_PARAMETER},
     {LOCALE_CUSTOM_UNSPECIFIED, LOCALE_SDECIMAL, nullptr, 0, ERROR_INVALID_PARAMETER},
-    {0x00100409, LOCALE_SDECIMAL, nullptr, 0, ERROR_INVALID_PARAMETER},
     {0x1234, 0x7777, nullptr, 0, ERROR_INVALID_PARAMETER},
 };
 // clang-format on
@@ -137,8 +118,7 @@ TEST_F(LocaleDb, ReturnNumber) {
     DWORD value;
   } cases[] = {
       {1033, LOCALE_IDIGITS, 2}, {1041, LOCALE_IDEFAULTANSICODEPAGE, 932},
-      {1081, LOCALE_IDEFAULTANSICODEPAGE, 0}, {LOCALE_INVARIANT, LOCALE_ILANGUAGE, 0x007F},
-      {3084, LOCALE_INEGCURR, 15},       // two digits
+      {LOCALE_INVARIANT, LOCALE_ILANGUAGE, 0x007F},
       {1031, LOCALE_ILANGUAGE, 0x0407},  // read as hexadecimal
       {1033, LOCALE_IFIRSTDAYOFWEEK, 6}, // Sunday, counted from Monday
   };
@@ -155,57 +135,6 @@ TEST_F(LocaleDb, ReturnNumber) {
     EXPECT_TRUE(buf.UntouchedFrom(1));
   }
 }
-
-// Every value of every locale obeys the buffer contract: the probe's length is what a
-// fetch returns, the text has no embedded terminator, one character less fails and
-// writes nothing, and integer values read back as LOCALE_RETURN_NUMBER gives them.
-// Every locale's name leads back to it.
-TEST_F(LocaleDb, EveryLocaleHonoursTheBufferContractAndItsName) {
-  // clang-format off
-  const struct {
-    LCTYPE type;
-    bool numeric;
-  } kTypes[] = {
-      {LOCALE_IDEFAULTANSICODEPAGE, true}, {LOCALE_IDEFAULTCODEPAGE, true},
-      {LOCALE_SDECIMAL, false}, {LOCALE_STHOUSAND, false}, {LOCALE_SLONGDATE, false},
-      {LOCALE_S1159, false},
-      {LOCALE_SMONTHNAME13, false}, {LOCALE_SABBREVDAYNAME7, false}, {LOCALE_SNAME, false},
-      {LOCALE_SNATIVEDIGITS, false}, {LOCALE_ICALENDARTYPE, true}, {LOCALE_IFIRSTDAYOFWEEK, true},
-      {LOCALE_SCURRENCY, false}, {LOCALE_INEGCURR, true}};
-  // clang-format on
-  int locales = 0;
-  for (LCID lcid = 1; lcid <= 0xFFFF; ++lcid) {
-    if (ConvertDefaultLocale(lcid) != lcid || !IsValidLocale(lcid, LCID_SUPPORTED))
-      continue;
-    ++locales;
-    WCHAR name[LOCALE_NAME_MAX_LENGTH];
-    ASSERT_GT(LCIDToLocaleName(lcid, name, LOCALE_NAME_MAX_LENGTH, 0), 0) << lcid;
-    EXPECT_EQ(LocaleNameToLCID(name, 0), lcid) << lcid;
-    for (const auto& t : kTypes) {
-      SCOPED_TRACE(testing::Message() << "lcid " << lcid << " type 0x" << std::hex << t.type);
-      int need = GetLocaleInfoW(lcid, t.type, nullptr, 0);
-      ASSERT_GE(need, 1);
-      ASSERT_LE(need, kBufChars);
-      qxtest::Guarded<WCHAR> buf(kBufChars, kSentinel);
-      // need - 1 == 0 is the probe again; any other short size fails.
-      ASSERT_EQ(GetLocaleInfoW(lcid, t.type, buf.data(), need - 1), need == 1 ? 1 : 0);
-      EXPECT_TRUE(buf.UntouchedFrom(0));
-      ASSERT_EQ(GetLocaleInfoW(lcid, t.type, buf.data(), need), need);
-      EXPECT_EQ(std::wcslen(buf.data()), static_cast<size_t>(need - 1));
-      EXPECT_TRUE(buf.UntouchedFrom(need));
-      if (t.numeric) {
-        DWORD value = 0;
-        WCHAR number[1];
-        ASSERT_EQ(GetLocaleInfoW(lcid, t.type | LOCALE_RETURN_NUMBER, number, 1), 1);
-        std::memcpy(&value, number, sizeof value);
-        EXPECT_EQ(value, std::wcstoul(buf.data(), nullptr, 10));
-      }
-    }
-  }
-  EXPECT_EQ(locales, 142);
-}
-
-// ---- Thread, user and system locales ---------------------------------------------
 
 TEST_F(LocaleDb, SetThreadLocale) {
   // clang-format off
@@ -284,8 +213,6 @@ TEST(LocaleFromCrtName, RuntimeNames) {
   for (const auto& c : cases)
     EXPECT_EQ(qx::platform::LocaleFromCrtName(c.name), c.lcid) << (c.name ? c.name : "(null)");
 }
-
-// ---- Validity, names and code pages ------------------------------------------------
 
 TEST(LocaleValidity, IsValidLocale) {
   // clang-format off
@@ -377,7 +304,6 @@ TEST(LocaleNames, MonthsAndDays) {
   using qx::platform::LocaleDayName;
   using qx::platform::LocaleMonthName;
   EXPECT_EQ(LocaleDayName(1031, 0, false), u"Sonntag"); // SYSTEMTIME counts from Sunday
-  EXPECT_EQ(LocaleDayName(1031, 1, false), u"Montag");
   EXPECT_EQ(LocaleDayName(1033, 6, true), u"Sat");
   EXPECT_EQ(LocaleDayName(1033, 7, false), u"");
   EXPECT_EQ(LocaleDayName(1033, -1, false), u"");

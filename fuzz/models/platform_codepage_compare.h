@@ -3,9 +3,9 @@
 // through the general code: for the probe, the exact size, a larger one and
 // short ones, the count, the last error, the used-default flag and every
 // element of a sentinel-filled buffer (with a guard after the stated size)
-// must agree. Shared by tests/platform and fuzz/codepage_fuzz.cpp.
-#ifndef QXUTIL_TESTS_COMMON_PLATFORM_CODEPAGE_COMPARE_H
-#define QXUTIL_TESTS_COMMON_PLATFORM_CODEPAGE_COMPARE_H
+// must agree. Shared by the code-page fuzz targets.
+#ifndef QXUTIL_FUZZ_MODELS_PLATFORM_CODEPAGE_COMPARE_H
+#define QXUTIL_FUZZ_MODELS_PLATFORM_CODEPAGE_COMPARE_H
 
 #include "platform/codepage.h"
 #include "platform/codepage_reference.h"
@@ -92,4 +92,4 @@ inline int EncodeDiffers(UINT cp, DWORD flags, const wchar_t* src, int srclen, L
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_COMMON_PLATFORM_CODEPAGE_COMPARE_H
+#endif // QXUTIL_FUZZ_MODELS_PLATFORM_CODEPAGE_COMPARE_H
