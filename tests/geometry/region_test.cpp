@@ -136,32 +136,4 @@ TEST(Regions, NullStandsForNoRegion) {
     rgn_destroy(h);
 }
 
-// The union fallback, through the heap's fault hook: in rgn_unionrect the
-// first allocation is the temporary region of r, the second the storage of
-// the union.
-TEST(Regions, AUnionThatFailsBecomesTheBoundingBoxPlusTheRectangle) {
-  const LRECT first{0, 0, 2, 2}, second{6, 6, 8, 8}, added{10, 0, 11, 1};
-  struct Case {
-    const char* what;
-    long nth;
-    bool persistent;
-    PixelSet want;
-  } cases[] = {
-      {"no failure", 0, false, Pixels(first) | Pixels(second) | Pixels(added)},
-      {"the union fails once", 2, false, Pixels({0, 0, 8, 8}) | Pixels(added)},
-      {"both unions fail", 2, true, Pixels({0, 0, 8, 8})},
-      {"no temporary region", 1, false, Pixels({0, 0, 8, 8})},
-  };
-  for (const Case& c : cases) {
-    HRGN g = rgn_create(&first);
-    ASSERT_EQ(rgn_unionrect(g, &second), g);
-    FailAllocations(c.nth, c.persistent);
-    HRGN result = rgn_unionrect(g, &added);
-    FailAllocations(0, false);
-    EXPECT_EQ(result, g) << c.what;
-    EXPECT_EQ(PixelsOf(g), c.want) << c.what;
-    rgn_destroy(g);
-  }
-}
-
 } // namespace
