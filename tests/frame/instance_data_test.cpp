@@ -96,8 +96,6 @@ TEST(InstanceData, HostKeysAreKeptAndNeverDeleted) {
   });
 }
 
-// ---- Host storage ----------------------------------------------------------
-
 // A host storage keyed by thread, like a host that keeps one set per
 // document would key it by document.
 std::mutex gHostLock;

@@ -1,7 +1,7 @@
 // qxTimeSpan, qxTime, qxDateTime and ParseTimeString: ranges and parts,
-// arithmetic that refuses to leave the range, literals, and text both ways.
-// The scripted steps are call tables (common/frame_call_table.h): each row
-// runs in order on the objects of its test.
+// arithmetic that refuses to leave the range, literals, and text both ways
+// (call tables: each row runs in order on the objects of its test). Random
+// spans, times and date-times against their ticks are datetime_fuzz's.
 #include "common/frame_call_table.h"
 #include "common/locale_support.h"
 
@@ -31,10 +31,6 @@ template <class T> long long Ticks(T* p) { return p ? Own(p)->Ticks() : kNoObjec
 // Day - the date of a date-time as a literal.
 template <class T> long Day(const T& d) { return DateToLiteral(d->Date()); }
 
-// -- qxTimeSpan
-
-// The parts, literals and order of random spans, times and date-times
-// against their ticks are fuzz/datetime_fuzz.cpp's.
 TEST(TimeSpan, Totals) {
   auto s = Own(CreateTimeSpan(-90 * kMinute));
   EXPECT_DOUBLE_EQ(s->TotalHours(), -1.5);
@@ -176,8 +172,6 @@ TEST(Compare, NullsAndOrder) {
                CALL(d->Equals(first.get()), true), CALL(d->Equals(nullptr), false)});
 }
 
-// -- qxTime
-
 TEST(Time, RangesPartsAndLiterals) {
   for (qxTime* bad :
        {CreateTime(24, 0, 0), CreateTime(0, 60, 0), CreateTime(0, 0, 60), CreateTime(-1, 0, 0),
@@ -279,8 +273,6 @@ TEST(ParseTimeString, Forms) {
     EXPECT_EQ(h, 14);
   });
 }
-
-// -- qxDateTime
 
 TEST(DateTime, RangesPartsAndLiterals) {
   for (qxDateTime* bad :
