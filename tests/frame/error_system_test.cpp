@@ -1,7 +1,6 @@
 // The error list: merging, the 30-record bound, episodes, the host's
 // callbacks and reporting. Template expansion and its cut to the size are
 // fuzz/error_template_fuzz.cpp's.
-#include "common/error_host.h"
 #include "common/guarded_write.h"
 #include "qxutil/frame.h"
 
@@ -36,7 +35,25 @@ protected:
   }
 };
 
-using HostFuncs = qxtest::ErrorHost;
+// HostFuncs - a host's callbacks that record the reports and the episode
+// counts asked for context, and answer as the test sets.
+struct HostFuncs : cErrorFuncs {
+  void Report(const wchar_t* text) override { reports.push_back(text); }
+  bool IsSuppressed() override { return suppressed; }
+  bool KeepDuplicates() override {
+    ++keepDuplicatesCalls;
+    return keepDuplicates;
+  }
+  const wchar_t* GetContext(int episodeCount) override {
+    contextCalls.push_back(episodeCount);
+    return context;
+  }
+  std::vector<std::wstring> reports;
+  std::vector<int> contextCalls;
+  int keepDuplicatesCalls = 0;
+  bool suppressed = false, keepDuplicates = false;
+  const wchar_t* context = nullptr;
+};
 
 TEST_F(ErrorList, SameNumberMergesUnlessTheHostKeepsDuplicates) {
   Set(42, L"first", nullptr, eErrorLevelWarning);
