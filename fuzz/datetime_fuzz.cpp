@@ -86,7 +86,8 @@ void CheckArithmetic(long long a, long long b, int months) {
     return v >= (high == LLONG_MAX ? LLONG_MIN : 0) && v <= high;
   };
   // Step - one call on a fresh object of ticks `from`: it must give the
-  // exact result `to` when that lies in [low, high], else refuse.
+  // exact result `to` when that lies in the object's range (up to `high`,
+  // from the most negative span or from 0), else refuse.
   auto step = [&](auto make, long long from, int128 to, int128 high, auto call) {
     std::unique_ptr<std::remove_pointer_t<decltype(make(0LL))>> x(make(from));
     Check(x != nullptr);
