@@ -1,12 +1,12 @@
 // ClipLine, ClipPoly, LineIntersection and CrossDLines against the exact
-// references of tests/geometry (clip_checks.h). Input: the bytes of one
+// references of models/clip_checks.h. Input: the bytes of one
 // case: a rectangle of a hard kind, points near its edges, at the 32-bit
 // extremes or on a tiny grid, and a polyline of up to 8 points. Each input
 // is read eight times, rotated by 0 to 7 bytes, so that even the short run
 // of the test suite compares well over a million segments. The same bytes
 // also make a long walk on a small grid round a small rectangle: runs of
 // many points in one region, which ClipPoly passes over several at a time.
-#include "geometry/clip_checks.h"
+#include "models/clip_checks.h"
 
 #include <algorithm>
 #include <cstdio>

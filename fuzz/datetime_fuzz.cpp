@@ -7,11 +7,15 @@
 #include "platform/time32.h"
 #include "qxutil/locale.h"
 
+#include <algorithm>
+#include <chrono>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -73,6 +77,60 @@ void CheckObjects(long long a, long long b) {
   Check(dateTime->DayNumber() * kDay + dateTime->Hours() * kHour == at - at % kHour);
 }
 
+// CheckArithmetic - span, time-of-day and date-time arithmetic on ticks `a`
+// and `b` against exact 128-bit sums: a result out of range is refused and
+// leaves the object as it was; AddMonths keeps the day or the month's last.
+void CheckArithmetic(long long a, long long b, int months) {
+  using int128 = __int128;
+  auto fits = [](int128 v, int128 high) {
+    return v >= (high == LLONG_MAX ? LLONG_MIN : 0) && v <= high;
+  };
+  // Step - one call on a fresh object of ticks `from`: it must give the
+  // exact result `to` when that lies in the object's range (up to `high`,
+  // from the most negative span or from 0), else refuse.
+  auto step = [&](auto make, long long from, int128 to, int128 high, auto call) {
+    std::unique_ptr<std::remove_pointer_t<decltype(make(0LL))>> x(make(from));
+    Check(x != nullptr);
+    const bool ok = fits(to, high);
+    Check(call(x.get()) == ok && x->Ticks() == (ok ? static_cast<long long>(to) : from));
+  };
+  std::unique_ptr<qxTimeSpan> span(CreateTimeSpan(b));
+  auto makeSpan = [](long long t) { return CreateTimeSpan(t); };
+  step(makeSpan, a, int128{a} + b, LLONG_MAX, [&](qxTimeSpan* x) { return x->Add(span.get()); });
+  step(makeSpan, a, int128{a} - b, LLONG_MAX,
+       [&](qxTimeSpan* x) { return x->Subtract(span.get()); });
+  step(makeSpan, a, -int128{a}, LLONG_MAX, [](qxTimeSpan* x) { return x->Negate(); });
+  step(makeSpan, a, a < 0 ? -int128{a} : a, LLONG_MAX, [](qxTimeSpan* x) { return x->Duration(); });
+
+  // A span of at most two days either way, so that times of day often stay.
+  const long long shortTicks = b % (2 * kDay);
+  std::unique_ptr<qxTimeSpan> shortSpan(CreateTimeSpan(shortTicks));
+  const long long inDay = static_cast<long long>(static_cast<unsigned long long>(a) % kDay);
+  auto makeTime = [](long long t) { return CreateTime(t); };
+  step(makeTime, inDay, int128{inDay} + shortTicks, kDay - 1,
+       [&](qxTime* x) { return x->Add(shortSpan.get()); });
+  step(makeTime, inDay, int128{inDay} - shortTicks, kDay - 1,
+       [&](qxTime* x) { return x->Subtract(shortSpan.get()); });
+
+  const long long at =
+      static_cast<long long>(static_cast<unsigned long long>(a) % (kMaxDateTime + 1));
+  auto makeDateTime = [](long long t) { return CreateDateTime(t); };
+  step(makeDateTime, at, int128{at} + b, kMaxDateTime,
+       [&](qxDateTime* x) { return x->Add(span.get()); });
+  step(makeDateTime, at, int128{at} - b, kMaxDateTime,
+       [&](qxDateTime* x) { return x->Subtract(span.get()); });
+  using namespace std::chrono;
+  static const sys_days epoch{year{1} / January / 1};
+  const year_month_day ymd{epoch + days{at / kDay}};
+  const long long target = int{ymd.year()} * 12LL + unsigned{ymd.month()} - 1 + months;
+  const year_month last =
+      year{static_cast<int>(target / 12)} / month{static_cast<unsigned>(target % 12 + 1)};
+  const unsigned day = std::min(unsigned{ymd.day()}, unsigned{(last / std::chrono::last).day()});
+  const long long moved = (sys_days{last / day} - epoch).count() * kDay + at % kDay;
+  step(makeDateTime, at, target >= 12 && target < 120000 ? int128{moved} : int128{-1}, kMaxDateTime,
+       [&](qxDateTime* x) { return x->AddMonths(months); });
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -97,6 +155,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::memcpy(&a, data + 1, sizeof a);
     std::memcpy(&b, data + 9, sizeof b);
     CheckObjects(a, b);
+    CheckArithmetic(a, b, static_cast<int16_t>(data[1] | data[2] << 8));
   }
 
   int hours = -1, minutes = -1;

@@ -1,4 +1,4 @@
-// Regions against the bitmap model of tests/geometry (region_model.h).
+// Regions against the bitmap model of models/region_model.h.
 // Input: a list of operations on three regions, each a byte naming the
 // operation and the regions, then a rectangle on the model's grid:
 // rgn_unionrect (sometimes with the union made to fail, where the model
@@ -6,7 +6,7 @@
 // mode, and SetRectRgn. After each one the changed region's pixels, kind
 // and bounding boxes (GetRgnBox's and rgn_bounding_rect's), and the
 // equality of every pair, must match the model.
-#include "geometry/region_model.h"
+#include "models/region_model.h"
 #include "platform/heap.h"
 
 #include <cstdlib>

@@ -17,11 +17,21 @@ namespace qxtest {
 /// (written by the thread that ends; read after joining it).
 using DestructionLog = std::vector<std::string>;
 
-/// RecordingErrorSystem - an empty error list that records its destruction.
-class RecordingErrorSystem final : public cErrorSystem {
+/// Recording - a stand-in for `Service` that logs `name` when destroyed.
+template <class Service> class Recording : public Service {
 public:
-  explicit RecordingErrorSystem(DestructionLog* log) : log_(log) {}
-  ~RecordingErrorSystem() override { log_->push_back("cErrorSystem"); }
+  Recording(DestructionLog* log, const char* name) : log_(log), name_(name) {}
+  ~Recording() override { log_->push_back(name_); }
+
+private:
+  DestructionLog* log_;
+  const char* name_;
+};
+
+/// RecordingErrorSystem - an empty error list that records its destruction.
+class RecordingErrorSystem final : public Recording<cErrorSystem> {
+public:
+  explicit RecordingErrorSystem(DestructionLog* log) : Recording(log, "cErrorSystem") {}
   bool HaveErrors() override { return false; }
   int NumErrors() override { return 0; }
   bool FirstError() override { return true; }
@@ -43,26 +53,20 @@ public:
   eErrorMode GetQXErrorMode() override { return eErrorModeDefault; }
 
 private:
-  DestructionLog* log_;
   GUID guid_{};
 };
 
-class RecordingCheckEsc final : public cCheckEsc {
+class RecordingCheckEsc final : public Recording<cCheckEsc> {
 public:
-  explicit RecordingCheckEsc(DestructionLog* log) : log_(log) {}
-  ~RecordingCheckEsc() override { log_->push_back("cCheckEsc"); }
+  explicit RecordingCheckEsc(DestructionLog* log) : Recording(log, "cCheckEsc") {}
   void SetCallback(cCheckEscCallback*) override {}
   bool Check() override { return false; }
   bool CheckForUpdate(bool) override { return false; }
-
-private:
-  DestructionLog* log_;
 };
 
-class RecordingLocaleInfo final : public cLocaleInfo {
+class RecordingLocaleInfo final : public Recording<cLocaleInfo> {
 public:
-  explicit RecordingLocaleInfo(DestructionLog* log) : log_(log) {}
-  ~RecordingLocaleInfo() override { log_->push_back("cLocaleInfo"); }
+  explicit RecordingLocaleInfo(DestructionLog* log) : Recording(log, "cLocaleInfo") {}
   bool Refresh() override { return true; }
   LCID UpdateLocale() override { return 1033; }
   bool GetLocaleInt(LCTYPE, unsigned int*) override { return false; }
@@ -81,43 +85,29 @@ public:
   void GetTimeFormat(bool, wchar_t*, unsigned int) override {}
   void GetTimeInfo(bool, bool*, short*, const wchar_t**, const wchar_t**, const wchar_t**,
                    const wchar_t**) override {}
-
-private:
-  DestructionLog* log_;
 };
 
-class RecordingCharsetInfo final : public cCharsetInfo {
+class RecordingCharsetInfo final : public Recording<cCharsetInfo> {
 public:
-  explicit RecordingCharsetInfo(DestructionLog* log) : log_(log) {}
-  ~RecordingCharsetInfo() override { log_->push_back("cCharsetInfo"); }
+  explicit RecordingCharsetInfo(DestructionLog* log) : Recording(log, "cCharsetInfo") {}
   QXCHARSET GetSystemCharset() override { return QXCHARSET_NEUTRAL; }
-
-private:
-  DestructionLog* log_;
 };
 
 /// RecordingNormalizerManager - a manager without normalizers that records
 /// its destruction.
-class RecordingNormalizerManager final : public StringNormalizerManager {
+class RecordingNormalizerManager final : public Recording<StringNormalizerManager> {
 public:
-  explicit RecordingNormalizerManager(DestructionLog* log) : log_(log) {}
-  ~RecordingNormalizerManager() override { log_->push_back("StringNormalizerManager"); }
+  explicit RecordingNormalizerManager(DestructionLog* log)
+      : Recording(log, "StringNormalizerManager") {}
   StringNormalizer* GetDefaultNormalizer() override { return nullptr; }
   StringNormalizer* GetNormalizer(QXCHARSET, unsigned short) override { return nullptr; }
   bool RequestDefaultNormalizer(int) override { return false; }
-
-private:
-  DestructionLog* log_;
 };
 
-class RecordingCharsetConverter final : public cCharsetConverter {
+class RecordingCharsetConverter final : public Recording<cCharsetConverter> {
 public:
-  explicit RecordingCharsetConverter(DestructionLog* log) : log_(log) {}
-  ~RecordingCharsetConverter() override { log_->push_back("cCharsetConverter"); }
+  explicit RecordingCharsetConverter(DestructionLog* log) : Recording(log, "cCharsetConverter") {}
   bool GetConversionTable(QXCHARSET, QXCHARSET, int*, unsigned char**) override { return false; }
-
-private:
-  DestructionLog* log_;
 };
 
 /// ReplaceWithRecorders - swaps the calling context's services for

@@ -54,7 +54,6 @@ TEST(InstanceData, ThreadExitDestroysTheSetInOrderUnlessAutoDestroyIsCleared) {
     kept->ClearAutoDestroy();
   });
   EXPECT_TRUE(keptLog.empty());
-  // Adopt it here and destroy it explicitly, as a host would.
   DestroySet(kept, GetInstanceData());
   EXPECT_EQ(keptLog, expected);
 }
@@ -96,10 +95,7 @@ TEST(InstanceData, HostKeysAreKeptAndNeverDeleted) {
   });
 }
 
-// ---- Host storage ----------------------------------------------------------
-
-// A host storage keyed by thread, like a host that keeps one set per
-// document would key it by document.
+// A host storage keyed by thread (a host may key it by document).
 std::mutex gHostLock;
 std::map<std::thread::id, InstanceData*> gHostSets;
 int gSecondGetterCalls = 0;
@@ -175,7 +171,6 @@ TEST(ExternalStorage, AStorageThatKeepsNothingGetsAFreshSetEachCall) {
     EXPECT_NE(first, second);
     EXPECT_NE(first->GetSlot(cErrorSystem::kSlotKey), nullptr);
     EXPECT_NE(first->GetSlot(cCheckEsc::kSlotKey), nullptr);
-    // Nobody keeps them: destroy both here.
     InstanceData* own = GetInstanceData();
     DestroySet(first, own);
     DestroySet(second, own);

@@ -1,6 +1,7 @@
 // Platform and arithmetic utilities: exact 32-bit arithmetic, rounding
 // conversions, the NaN pattern, CRC-16, time, random numbers, the system
-// clock and module loading.
+// clock, module loading, and the relays (escape polling to the host's
+// callback, start-up calls to loaded companion modules only).
 #include "common/frame_call_table.h"
 #include "platform/clock.h"
 #include "platform/crt_random.h"
@@ -16,6 +17,9 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <vector>
+
+#include <dlfcn.h>
 
 using namespace qx::win;
 using qxtest::ExpectCalls;
@@ -147,7 +151,7 @@ TEST(Time, HundredthsFollowTheTickCountAndSleepWaits) {
   Sleep100(kNaN);
 }
 
-TEST(Random, MicrosoftGeneratorAndRange) {
+TEST(Random, TheRuntimesGeneratorAndRange) {
   qx::crt::srand(1);
   ExpectCalls({CALL(qx::crt::rand(), 41), CALL(qx::crt::rand(), 18467), CALL(qx::crt::rand(), 6334),
                CALL(random_number(1), 0), CALL(random_number(0), 0)});
@@ -166,8 +170,6 @@ TEST(Platform, WindowsNtNoMetafilesAndTheDefaultRotatableFont) {
                CALL(InitLiterals(), true)});
   EXPECT_STREQ(GetDefaultRotatableFont(), L"Arial");
 }
-
-// ---- The system clock ---------------------------------------------------------
 
 int gSetCalls = 0;
 long long gSetSeconds[2];
@@ -228,8 +230,6 @@ TEST(DateTime, SetDateTimeRefusesImpossibleDates) {
   EXPECT_EQ(gSetCalls, 0); // the clock was never asked
 }
 
-// ---- Module loading ----------------------------------------------------------
-
 TEST(LoadQXLibrary, LoadsFromTheDirectoryOfTheBesideModule) {
   const std::string path = QXTEST_BESIDE_PATH;
   HMODULE anchor = LoadLibraryW(std::wstring(path.begin(), path.end()).c_str());
@@ -252,6 +252,58 @@ TEST(LoadQXLibrary, LoadsFromTheDirectoryOfTheBesideModule) {
   EXPECT_FALSE(LoadQXLibrary(nullptr, L"libqxtest_beside.so", h));
   EXPECT_FALSE(LoadQXLibrary(L"", nullptr, h));
   FreeLibrary(anchor);
+}
+
+TEST(CheckEsc, RelaysToTheCallbackWithTheUpdateFlag) {
+  struct Host : cCheckEscCallback {
+    bool Check(bool forUpdate) override {
+      calls.push_back(forUpdate);
+      return true;
+    }
+    std::vector<bool> calls;
+  } host;
+  EXPECT_FALSE(CheckEsc());
+  EXPECT_FALSE(CheckEsc4Update(true));
+  InitCheckEscCallback(&host);
+  EXPECT_TRUE(CheckEsc());
+  EXPECT_TRUE(CheckEsc4Update(true));
+  EXPECT_TRUE(CheckEsc4Update(false));
+  EXPECT_EQ(host.calls, (std::vector<bool>{false, true, false}));
+  InitCheckEscCallback(nullptr);
+  EXPECT_FALSE(CheckEsc());
+  EXPECT_EQ(host.calls.size(), 3u);
+}
+
+TEST(Companions, RelaysNeverLoadAModule) {
+  ASSERT_EQ(dlopen(QXTEST_COMPANION_PATH, RTLD_LAZY | RTLD_NOLOAD), nullptr);
+  UtilDllEnsureInit();
+  UtilDllForceTerm();
+  EXPECT_EQ(GetModuleHandleW(L"libqxkernel.so"), nullptr);
+  EXPECT_EQ(dlopen(QXTEST_COMPANION_PATH, RTLD_LAZY | RTLD_NOLOAD), nullptr);
+}
+
+TEST(Companions, EnsureInitCallsAndForceTermOnlyLooksUp) {
+  void* module = dlopen(QXTEST_COMPANION_PATH, RTLD_NOW);
+  ASSERT_NE(module, nullptr) << dlerror();
+  auto* inits = static_cast<int*>(dlsym(module, "gEnsureInitCalls"));
+  auto* terms = static_cast<int*>(dlsym(module, "gForceTermCalls"));
+  ASSERT_TRUE(inits && terms);
+  EXPECT_NE(GetModuleHandleW(L"libqxkernel.so"), nullptr);
+  UtilDllEnsureInit();
+  EXPECT_EQ(*inits, 1);
+  UtilDllForceTerm();
+  EXPECT_EQ(*terms, 0);
+  dlclose(module);
+}
+
+TEST(Modules, LookupFailuresSetTheLastError) {
+  EXPECT_EQ(GetModuleHandleW(L"libnot-loaded-anywhere.so"), nullptr);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+  HMODULE self = GetModuleHandleW(nullptr);
+  ASSERT_NE(self, nullptr);
+  EXPECT_EQ(GetProcAddress(self, "no_such_export_here"), nullptr);
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PROC_NOT_FOUND));
+  EXPECT_EQ(GetProcAddress(nullptr, "x"), nullptr);
 }
 
 } // namespace

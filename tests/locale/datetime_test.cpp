@@ -1,7 +1,7 @@
 // qxTimeSpan, qxTime, qxDateTime and ParseTimeString: ranges and parts,
-// arithmetic that refuses to leave the range, literals, and text both ways.
-// The scripted steps are call tables (common/frame_call_table.h): each row
-// runs in order on the objects of its test.
+// arithmetic that refuses to leave the range, literals, and text both ways
+// (call tables: each row runs in order on the objects of its test). Random
+// spans, times and date-times against their ticks are datetime_fuzz's.
 #include "common/frame_call_table.h"
 #include "common/locale_support.h"
 
@@ -31,10 +31,6 @@ template <class T> long long Ticks(T* p) { return p ? Own(p)->Ticks() : kNoObjec
 // Day - the date of a date-time as a literal.
 template <class T> long Day(const T& d) { return DateToLiteral(d->Date()); }
 
-// -- qxTimeSpan
-
-// The parts, literals and order of random spans, times and date-times
-// against their ticks are fuzz/datetime_fuzz.cpp's.
 TEST(TimeSpan, Totals) {
   auto s = Own(CreateTimeSpan(-90 * kMinute));
   EXPECT_DOUBLE_EQ(s->TotalHours(), -1.5);
@@ -138,27 +134,18 @@ TEST(TimeSpan, Text) {
   });
 }
 
-TEST(TimeSpan, ArithmeticRefusesToLeaveTheRange) {
-  auto a = Own(CreateTimeSpan(5 * kHour));
+// Sums, negation and their overflow are compared exactly in datetime_fuzz.
+TEST(TimeSpan, ScalingParsingAndTimesOfDay) {
+  auto a = Own(CreateTimeSpan(9 * kHour));
   auto b = Own(CreateTimeSpan(-7 * kHour));
-  auto max = Own(CreateTimeSpan(LLONG_MAX));
-  auto min = Own(CreateTimeSpan(LLONG_MIN));
-  auto one = Own(CreateTimeSpan(1LL));
   auto day = Own(CreateTimeSpan(kDay));
-  ExpectCalls({CALL(a->Add(b.get()), true), CALL(a->Ticks(), -2 * kHour), CALL(a->Duration(), true),
-               CALL(a->Ticks(), 2 * kHour), CALL(a->Subtract(b.get()), true),
-               CALL(a->Ticks(), 9 * kHour), CALL(a->Multiply(-0.5), true),
-               CALL(a->Ticks(), -4.5 * kHour), CALL(a->Divide(-3), true),
-               CALL(a->Ticks(), 1.5 * kHour), CALL(a->Divide(0), false),
-               CALL(a->Multiply(NAN), false), CALL(a->Multiply(1e300), false),
-               CALL(a->Add(nullptr), false), CALL(a->Ticks(), 1.5 * kHour)});
-  ExpectCalls({CALL(max->Add(one.get()), false), CALL(min->Subtract(one.get()), false),
-               CALL(min->Negate(), false), CALL(min->Duration(), false),
-               CALL(min->Ticks(), LLONG_MIN), CALL(max->Negate(), true),
-               CALL(max->Ticks(), -LLONG_MAX), CALL(a->Parse(L"1:00"), true),
-               CALL(a->Ticks(), kHour), CALL(a->Parse(L"nonsense"), false), CALL(a->Ticks(), kHour),
-               CALL(Ticks(a->ToTime()), kHour), CALL(Ticks(b->ToTime()), kNoObject),
-               CALL(Ticks(day->ToTime()), kNoObject)});
+  ExpectCalls(
+      {CALL(a->Multiply(-0.5), true), CALL(a->Ticks(), -4.5 * kHour), CALL(a->Divide(-3), true),
+       CALL(a->Ticks(), 1.5 * kHour), CALL(a->Divide(0), false), CALL(a->Multiply(NAN), false),
+       CALL(a->Multiply(1e300), false), CALL(a->Add(nullptr), false), CALL(a->Ticks(), 1.5 * kHour),
+       CALL(a->Parse(L"1:00"), true), CALL(a->Ticks(), kHour), CALL(a->Parse(L"nonsense"), false),
+       CALL(a->Ticks(), kHour), CALL(Ticks(a->ToTime()), kHour),
+       CALL(Ticks(b->ToTime()), kNoObject), CALL(Ticks(day->ToTime()), kNoObject)});
 }
 
 TEST(Compare, NullsAndOrder) {
@@ -175,8 +162,6 @@ TEST(Compare, NullsAndOrder) {
                CALL(qxDateTime::Compare(nullptr, nullptr), QX_CMP_EQUAL),
                CALL(d->Equals(first.get()), true), CALL(d->Equals(nullptr), false)});
 }
-
-// -- qxTime
 
 TEST(Time, RangesPartsAndLiterals) {
   for (qxTime* bad :
@@ -198,7 +183,6 @@ TEST(Time, ArithmeticStaysInTheDay) {
   auto t = Own(CreateTime(23, 0, 0));
   auto hour = Own(CreateTimeSpan(kHour));
   auto almost = Own(CreateTimeSpan(kHour - 1));
-  auto twoHours = Own(CreateTimeSpan(2 * kHour));
   auto early = Own(CreateTime(1, 0, 0));
   auto at22 = Own(CreateTime(22, 0, 0)), at2 = Own(CreateTime(2, 0, 0));
   qxDATE leap{2024, 2, 29}, bad{2023, 2, 29}, year0{0, 3, 1};
@@ -206,9 +190,8 @@ TEST(Time, ArithmeticStaysInTheDay) {
   // end is before the start.
   ExpectCalls(
       {CALL(t->Add(hour.get()), false), CALL(t->Hours(), 23), CALL(t->Add(almost.get()), true),
-       CALL(t->Ticks(), 863999999999LL), CALL(t->Subtract(hour.get()), true), CALL(t->Hours(), 22),
-       CALL(Ticks(early->Difference(t.get())), kHour - (863999999999LL - kHour)),
-       CALL(early->Subtract(twoHours.get()), false),
+       CALL(t->Ticks(), 863999999999LL),
+       CALL(Ticks(early->Difference(t.get())), kHour - 863999999999LL),
        CALL(early->IsBetween(at22.get(), at2.get()), true),
        CALL(early->IsBetween(at2.get(), at22.get()), false),
        CALL(early->IsBetween(early.get(), early.get()), false), CALL(early->Set(4, 5, 6, 7), true),
@@ -279,8 +262,6 @@ TEST(ParseTimeString, Forms) {
     EXPECT_EQ(h, 14);
   });
 }
-
-// -- qxDateTime
 
 TEST(DateTime, RangesPartsAndLiterals) {
   for (qxDateTime* bad :

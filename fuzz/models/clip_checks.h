@@ -1,11 +1,11 @@
 // What the clipping and intersection functions must do on any input,
-// checked against the exact references (exact_reference.h); shared by the
-// line tests and the clip fuzzer. Each check returns "" when the call
-// behaves, otherwise what went wrong.
-#ifndef QXUTIL_TESTS_GEOMETRY_CLIP_CHECKS_H
-#define QXUTIL_TESTS_GEOMETRY_CLIP_CHECKS_H
+// checked against the exact references (exact_reference.h), for the clip
+// fuzzer. Each check returns "" when the call behaves, otherwise what went
+// wrong.
+#ifndef QXUTIL_FUZZ_MODELS_CLIP_CHECKS_H
+#define QXUTIL_FUZZ_MODELS_CLIP_CHECKS_H
 
-#include "geometry/exact_reference.h"
+#include "exact_reference.h"
 #include "geometry/geometry_text.h"
 #include "qxutil/geometry.h"
 
@@ -131,4 +131,4 @@ inline std::string CheckIntersection(const LPNT& a, const LPNT& b, const LPNT& c
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_GEOMETRY_CLIP_CHECKS_H
+#endif // QXUTIL_FUZZ_MODELS_CLIP_CHECKS_H

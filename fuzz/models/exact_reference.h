@@ -1,6 +1,6 @@
 // Exact references for the clipping and intersection functions, written
 // with rational numbers in 128-bit integers and no floating point, for the
-// line tests and the clip fuzzer:
+// clip fuzzer:
 //
 //  * ReferenceClipLine: Cohen-Sutherland with each quotient exact and
 //    rounded half away from zero. It flags a step as ambiguous when the
@@ -12,8 +12,8 @@
 //    evaluated as a rational point a + t (b - a).
 //  * ReferenceIntersection: Cramer's rule on rationals, and for parallel
 //    segments the shared end point nearest a.
-#ifndef QXUTIL_TESTS_GEOMETRY_EXACT_REFERENCE_H
-#define QXUTIL_TESTS_GEOMETRY_EXACT_REFERENCE_H
+#ifndef QXUTIL_FUZZ_MODELS_EXACT_REFERENCE_H
+#define QXUTIL_FUZZ_MODELS_EXACT_REFERENCE_H
 
 #include "qxutil/geometry.h"
 
@@ -251,4 +251,4 @@ inline Meeting ReferenceIntersection(const LPNT& a, const LPNT& b, const LPNT& c
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_GEOMETRY_EXACT_REFERENCE_H
+#endif // QXUTIL_FUZZ_MODELS_EXACT_REFERENCE_H

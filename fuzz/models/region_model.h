@@ -1,10 +1,10 @@
-// A model of regions as bitmaps on a small grid, for the region tests and
-// the region fuzzer: the pixels of a rectangle (corners in either order,
-// right and bottom edges outside), unions, intersections, bounding boxes
-// and kinds computed pixel by pixel, and a reader that finds which grid
-// pixels an HRGN covers by intersecting it with each pixel in turn.
-#ifndef QXUTIL_TESTS_GEOMETRY_REGION_MODEL_H
-#define QXUTIL_TESTS_GEOMETRY_REGION_MODEL_H
+// A model of regions as bitmaps on a small grid, for the region fuzzer: the
+// pixels of a rectangle (corners in either order, right and bottom edges
+// outside), unions, intersections, bounding boxes and kinds computed pixel
+// by pixel, and a reader that finds which grid pixels an HRGN covers by
+// intersecting it with each pixel in turn.
+#ifndef QXUTIL_FUZZ_MODELS_REGION_MODEL_H
+#define QXUTIL_FUZZ_MODELS_REGION_MODEL_H
 
 #include "platform/region.h"
 #include "qxutil/geometry.h"
@@ -84,4 +84,4 @@ inline PixelSet PixelsOf(HRGN g, HRGN probe = nullptr) {
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_GEOMETRY_REGION_MODEL_H
+#endif // QXUTIL_FUZZ_MODELS_REGION_MODEL_H
