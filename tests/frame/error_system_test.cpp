@@ -2,6 +2,7 @@
 // callbacks and reporting. Template expansion and its cut to the size are
 // fuzz/error_template_fuzz.cpp's.
 #include "common/guarded_write.h"
+#include "common/recording_services.h"
 #include "qxutil/frame.h"
 
 #include <gtest/gtest.h>
@@ -54,6 +55,19 @@ struct HostFuncs : cErrorFuncs {
   bool suppressed = false, keepDuplicates = false;
   const wchar_t* context = nullptr;
 };
+
+// HaveErrors asks whichever list is installed: a host's list put in with
+// Instance(p), then the library's own list put back.
+TEST_F(ErrorList, HaveErrorsAsksTheListInstalled) {
+  Set(1, L"kept");
+  cErrorSystem* own = cErrorSystem::Instance();
+  qxtest::DestructionLog log;
+  qxtest::RecordingErrorSystem host(&log);
+  ASSERT_TRUE(cErrorSystem::Instance(&host));
+  EXPECT_FALSE(HaveErrors());
+  ASSERT_TRUE(cErrorSystem::Instance(own));
+  EXPECT_TRUE(HaveErrors());
+}
 
 TEST_F(ErrorList, SameNumberMergesUnlessTheHostKeepsDuplicates) {
   Set(42, L"first", nullptr, eErrorLevelWarning);
