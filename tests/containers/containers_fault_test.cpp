@@ -4,9 +4,8 @@
 // it was before the call. The checks read the containers without
 // allocating (Count, Contains, GetBounds, GetPoints), so they hold while
 // every allocation fails.
+#include "common/containers_keyed.h"
 #include "common/fault_walk.h"
-#include "common/integer_list_model.h"
-#include "common/queue_model.h"
 #include "qxutil/containers.h"
 
 #include <gtest/gtest.h>
@@ -53,7 +52,8 @@ template <class T> QXList<T>* Build(const Runs& runs) {
   return list.release();
 }
 
-// A change: from `start`, the operation (as in qxtest::Apply) gives `after`;
+// A change: from `start`, the operation ('a' Add(x), 'r' AddRange(x, y),
+// 'd' Remove(x), 'c' Clear()) gives `after`;
 // unfaulted, each row also pins the plain behaviour of the change.
 struct ListChange {
   const char* name;
@@ -94,7 +94,12 @@ template <class T, size_t I> FaultCase::Outcome Change() {
   std::unique_ptr<QXList<T>> list(Build<T>(c.start));
   if (!list)
     return FaultCase::kFailed;
-  if (!qxtest::Apply(list.get(), c.kind, c.x, c.y))
+  const T x = static_cast<T>(c.x), y = static_cast<T>(c.y);
+  const bool ok = c.kind == 'a'   ? list->Add(x)
+                  : c.kind == 'r' ? list->AddRange(x, y)
+                  : c.kind == 'd' ? list->Remove(x)
+                                  : list->Clear();
+  if (!ok)
     return Holds(list.get(), c.start) ? FaultCase::kFailed : FaultCase::kWrong;
   return Holds(list.get(), c.after) ? FaultCase::kComplete : FaultCase::kWrong;
 }
