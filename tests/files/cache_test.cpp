@@ -1,6 +1,7 @@
 // The block cache: lookups, replacement order, write-back of a whole file
 // on eviction, valid lengths. Reads, writes past the end and chsize2 through
-// caches of every size are compared with a model in differential_test.cpp.
+// caches of every size are compared with a model in
+// fuzz/files_differential_fuzz.cpp.
 #include "common/files_scope.h"
 #include "common/temp_dir.h"
 #include "platform/file_seam.h"
