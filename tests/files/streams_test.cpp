@@ -1,16 +1,13 @@
 // The text streams: line ends, Ctrl-Z and read-back in fgets2 and fgetc2,
 // double-byte characters across fgets2's 40-byte pieces, each character
-// set's line end on writing, the format buffer, the pass-throughs, and a
-// differential run over every character set with a code page against the
-// conversion functions applied to the whole text.
+// set's line end on writing, the format buffer and the pass-throughs. Random
+// text written and read back in every character set is fuzz/streams_fuzz.cpp.
 #include "common/files_scope.h"
 #include "common/stream_file.h"
 #include "common/temp_dir.h"
-#include "platform/unicode.h"
 #include "qxutil/files.h"
 
 #include <gtest/gtest.h>
-#include <random>
 
 namespace {
 
@@ -168,85 +165,6 @@ TEST_F(Streams, FormatsIntoOneThousandTwentyFourUnits) {
   CloseStream(f);
   EXPECT_EQ(dir_.Read("t.txt"),
             "n\xe9=42;narrow!\r\n" + std::string(1023, 'y') + "1099511627776|  2.8|%");
-}
-
-// Differential: random multi-line text in each character set with a code
-// page, written through a mix of fputs2, fputc2 and fprintf2, must be on
-// disk what converting each line gives, and read back by fgets2 (random
-// buffer sizes) and fgetc2 as the text.
-std::vector<wchar_t> Alphabet(QXCHARSET cs) {
-  std::vector<wchar_t> out;
-  auto tryBytes = [&](const char* bytes, unsigned len) {
-    wchar_t w[4] = {};
-    if (!ConvertMBCSCharToSystem(bytes, len, cs, w, 2) || w[1] != 0 || w[0] < 0x20 ||
-        qx::platform::IsNonSpacingMark(w[0]))
-      return;
-    char back[4] = {};
-    if (ConvertSystemToMBCSChar(w, back, cs, 4, false) &&
-        std::string(back) == std::string(bytes, len))
-      out.push_back(w[0]);
-  };
-  for (int b = 0x20; b < 0x100; ++b) {
-    char one[2] = {static_cast<char>(b), 0};
-    tryBytes(one, 1);
-  }
-  if (CharsetDBCS(cs))
-    for (int lead = 0x81; lead < 0xFF; lead += 3)
-      for (int trail = 0x40; trail < 0xFF; trail += 5) {
-        char two[3] = {static_cast<char>(lead), static_cast<char>(trail), 0};
-        tryBytes(two, 2);
-      }
-  return out;
-}
-
-TEST_F(Streams, EveryCharacterSetRoundTrips) {
-  int walked = 0;
-  for (int m = 0; m < kQXCharsetCount; ++m) {
-    QXCHARSET cs = static_cast<QXCHARSET>(m);
-    if (GetWinCodePage(cs) < 0)
-      continue;
-    SCOPED_TRACE(CharsetName(cs));
-    ++walked;
-    std::vector<wchar_t> alphabet = Alphabet(cs);
-    ASSERT_GT(alphabet.size(), 90u);
-    std::mt19937 random(static_cast<unsigned>(m) * 31 + 7);
-    std::wstring text, wideEnd = CharsetSlashN(cs);
-    std::string expected, lineEnd(wideEnd.begin(), wideEnd.end());
-    FILE* f = OpenStream(Path(), OPEN_CREATE, cs);
-    ASSERT_NE(f, nullptr);
-    for (int line = 0; line < 60; ++line) {
-      std::wstring l;
-      size_t length = random() % (line % 7 == 0 ? 300 : 50);
-      for (size_t i = 0; i < length; ++i)
-        l.push_back(alphabet[random() % alphabet.size()]);
-      std::vector<char> bytes(l.size() * 2 + 1);
-      ASSERT_TRUE(ConvertSystemToMBCSChar(l.c_str(), bytes.data(), cs,
-                                          static_cast<unsigned>(bytes.size()), false));
-      expected += bytes.data() + lineEnd;
-      text += l + L"\n";
-      if (unsigned way = random() % 3; way == 0) {
-        ASSERT_EQ(fputs2((l + L"\n").c_str(), f), 0);
-      } else if (way == 1) {
-        for (wchar_t c : l + L"\n")
-          ASSERT_EQ(fputc2(c, f), static_cast<int>(c));
-      } else {
-        ASSERT_EQ(fprintf2(f, L"%s\n", l.c_str()), static_cast<int>(l.size() + 1));
-      }
-    }
-    CloseStream(f);
-    ASSERT_EQ(dir_.Read("t.txt"), expected);
-
-    f = OpenStream(Path(), OPEN_READ, cs);
-    ASSERT_NE(f, nullptr);
-    std::wstring lines;
-    qxtest::ReadLines(
-        f, [&] { return 1 + static_cast<int>(random() % 90) + 1; }, &lines, false);
-    EXPECT_EQ(lines, text);
-    EXPECT_EQ(fseek2(f, 0, SEEK_SET), 0);
-    EXPECT_EQ(qxtest::ReadChars(f), text);
-    CloseStream(f);
-  }
-  EXPECT_EQ(walked, 35);
 }
 
 } // namespace
