@@ -1,10 +1,12 @@
 // Faults: every system call of a scenario fails in turn (EIO, ENOSPC,
-// EINTR, or a short transfer), and every allocation of a smaller one. The
-// caller sees each failure in a result, retries as a careful caller would,
-// and the file ends byte for byte as written: a failed write-back keeps its
-// blocks dirty and cached until a later close writes them.
+// EINTR, or a short transfer), and every allocation of smaller ones (the
+// registry, the text streams, a search). The caller sees each failure in a
+// result, retries as a careful caller would, and the file ends byte for
+// byte as written: a failed write-back keeps its blocks dirty and cached
+// until a later close writes them.
 #include "common/fault_walk.h"
 #include "common/files_scope.h"
+#include "common/stream_file.h"
 #include "common/temp_dir.h"
 #include "platform/file_seam.h"
 #include "qxutil/files.h"
@@ -12,6 +14,7 @@
 #include <cerrno>
 #include <cstring>
 #include <cwchar>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace {
@@ -225,10 +228,68 @@ qxtest::FaultCase::Outcome SmallScenario() {
   return qxtest::Outcome(ok, same);
 }
 
+// OpenJapanese - the scenario's file in stream form, tagged 932; no heap
+// of the test's own.
+FILE* OpenJapanese(const wchar_t* path, eOpenMode mode) {
+  FILE* f = fregister_nonunique_file(path, FILETYPE_ANY);
+  if (f && !ffileopen(f, mode, nullptr)) {
+    funregister_file(f);
+    return nullptr;
+  }
+  file_put_charset(f, QXCHARSET_WINDOWS_JAPANESE);
+  return f;
+}
+
+qxtest::FaultCase::Outcome StreamScenario() {
+  static qxtest::TempDir* dir = new qxtest::TempDir; // made outside the walk
+  static std::wstring path = dir->Wide("s.txt");
+  FILE* f = OpenJapanese(path.c_str(), OPEN_CREATE);
+  if (!f)
+    return qxtest::FaultCase::kFailed;
+  bool ok = fputs2(L"a\u3042\nb", f) == 0 && fprintf2(f, L"%s\n", L"c") == 2 &&
+            fputc2(L'\u3044', f) == 0x3044;
+  qxtest::CloseStream(f);
+  f = ok ? OpenJapanese(path.c_str(), OPEN_READ) : nullptr;
+  if (!f)
+    return qxtest::FaultCase::kFailed;
+  wchar_t one[8] = {}, two[8] = {}, three[8] = {};
+  ok = fgets2(one, 8, f) && fgets2(two, 8, f) && fgets2(three, 8, f) && !fgets2(three, 8, f);
+  qxtest::CloseStream(f);
+  return qxtest::Outcome(ok, !std::wcscmp(one, L"a\u3042\n") && !std::wcscmp(two, L"bc\n") &&
+                                 !std::wcscmp(three, L"\u3044"));
+}
+
+// The search directories: two trees, the name in both.
+const std::wstring& SearchList() {
+  static qxtest::TempDir* dir = [] {
+    auto* d = new qxtest::TempDir;
+    std::filesystem::create_directories(d->Path("a/b"));
+    std::filesystem::create_directories(d->Path("c"));
+    d->Write("a/b/x.dat", "x");
+    d->Write("c/x.dat", "x");
+    return d;
+  }();
+  static std::wstring list = dir->Wide("a") + L";" + dir->Wide("c");
+  return list;
+}
+
+// A search that runs out of memory fails, even where the lookup that failed
+// was for a name that is not there: a case variant of it might have been.
+qxtest::FaultCase::Outcome SearchScenario() {
+  static std::wstring expected = SearchList().substr(0, SearchList().find(L';')) + L"\\b\\x.dat";
+  FindFileInfo* finder = FindFileInfo::Create(SearchList().c_str(), true);
+  if (!finder)
+    return qxtest::FaultCase::kFailed;
+  wchar_t out[261];
+  bool ok = finder->Find(L"x.dat", out, 261);
+  delete finder;
+  return qxtest::Outcome(ok, expected == out);
+}
+
 TEST(FilesFaults, EveryAllocation) {
-  qxtest::FaultCase c{"register, write, read back", SmallScenario};
-  qxtest::FaultWalkCount count = qxtest::WalkFaults(c);
-  EXPECT_GT(count.allocations, 0);
+  EXPECT_GT(qxtest::WalkFaults({"register, write, read back", SmallScenario}).allocations, 0);
+  EXPECT_GT(qxtest::WalkFaults({"stream write and read back", StreamScenario}).allocations, 0);
+  EXPECT_GT(qxtest::WalkFaults({"search two trees", SearchScenario}).allocations, 0);
 }
 
 } // namespace
