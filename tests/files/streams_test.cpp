@@ -1,7 +1,7 @@
-// The text streams: line ends, Ctrl-Z and read-back in fgets2 and fgetc2,
-// double-byte characters across fgets2's 40-byte pieces, each character
-// set's line end on writing, the format buffer and the pass-throughs. Random
-// text written and read back in every character set is fuzz/streams_fuzz.cpp.
+// The text streams: line ends, Ctrl-Z and where fgets2 cuts a line, lone
+// lead bytes, each character set's line end on writing, the format buffer
+// and the pass-throughs. Random text written and read back in every
+// character set with random buffer sizes is fuzz/streams_fuzz.cpp.
 #include "common/files_scope.h"
 #include "common/stream_file.h"
 #include "common/temp_dir.h"
@@ -25,8 +25,6 @@ protected:
 
 TEST_F(Streams, ReadsLinesAndCharacters) {
   const QXCHARSET latin = QXCHARSET_WINDOWS_LATIN1, sjis = QXCHARSET_WINDOWS_JAPANESE;
-  const std::string a39(39, 'a'), a40(40, 'a');
-  const std::wstring w39(39, L'a'), w40(40, L'a');
   struct {
     const char* what;
     std::string bytes;
@@ -36,26 +34,18 @@ TEST_F(Streams, ReadsLinesAndCharacters) {
     const wchar_t* chars = nullptr; // what fgetc2 gives until -1; `lines` without "|" if null
   } cases[] = {
       {"three line ends", "a\r\nb\rc\n", latin, 80, L"a\n|b\n|c\n|"},
-      {"CR LF alone", "\r\n", latin, 80, L"\n|"},
       {"Ctrl-Z alone", "\x1a", latin, 80, L""},
       {"Ctrl-Z after a line", "x\n\x1a", latin, 80, L"x\n|"},
       {"Ctrl-Z inside a line", "a\032b\n", latin, 80, L"a\032b\n|", L"a"},
       {"no last line end", "ab\ncd", latin, 80, L"ab\n|cd|"},
       {"empty lines", "\n\r\r\n\n", latin, 80, L"\n|\n|\n|\n|"},
-      {"1252 bytes", "\xe9\x80\n", latin, 80, L"\u00e9\u20ac\n|"},
       {"long line, small buffer", "abcdef\n", latin, 3, L"ab|cd|ef|\n|"},
       {"text fills the buffer, CR LF follows", "ab\r\ncd", latin, 3, L"ab|\n|cd|"},
-      {"CR ends the first piece", a39 + "\r\nb", latin, 80, w39 + L"\n|b|"},
       {"CR LF split by the byte limit", "abc\r\nd", latin, 2, L"a|b|c|\n|d|"},
-      {"CR ends the second piece", a40 + a39 + "\r\n", latin, 200, w40 + w39 + L"\n|"},
-      {"lead byte ends the first piece", a39 + "\x82\xa0\r\n", sjis, 80, w39 + L"\u3042\n|"},
       {"pairs one at a time", "\x82\xa0\x82\xa2\n", sjis, 2, L"\u3042|\u3044|\n|"},
       {"a pair never cut", "\x82\xa0\x82\xa2\n", sjis, 3, L"\u3042\u3044|\n|"},
       {"lead byte before a line end", "\x82\r\nb", sjis, 80, L"\u30fb\n|b|"},
       {"lead byte at the end", "x\x82", sjis, 80, L"x\u30fb|"},
-      {"936", "\xc4\xe3\xba\xc3\r\n", QXCHARSET_WINDOWS_SIMP_CHINESE, 80, L"\u4f60\u597d\n|"},
-      {"949", "\xc7\xd1\r\n", QXCHARSET_WINDOWS_KOREAN, 80, L"\ud55c\n|"},
-      {"950", "\xa4\xa4\r\n", QXCHARSET_WINDOWS_TRAD_CHINESE, 80, L"\u4e2d\n|"},
       {"no code page", "abc\n", QXCHARSET_MAC_ROMAN, 80, L""},
   };
   for (const auto& c : cases) {
