@@ -56,8 +56,6 @@ TEST(PointContainer, RefusalsKeepThePoints) {
   EXPECT_EQ(Read(c.get()), (Points{{1, 2}, {3, 4}}));
   EXPECT_TRUE(c->Reset(0));
   EXPECT_EQ(Read(c.get()), Points{});
-  EXPECT_TRUE(c->Reset(50));
-  EXPECT_GE(RoomFor(c.get()), 50u);
 }
 
 struct ParseCase {
