@@ -1,8 +1,6 @@
-// Compound files for the storage tests, the fuzz target and the benchmark:
-// the committed samples (tests/data/cfb, made by make_samples.py there), a
-// listing of a storage's elements through the library's storage calls,
-// files made by gsf, and the byte surgery that damages a file in one chosen
-// way.
+// Compound files for the storage tests, the fuzz target and the benchmark: the committed
+// samples (tests/data/cfb), a listing through the library's storage calls, files made
+// by gsf, and the byte surgery that damages a file in one chosen way.
 #ifndef QXUTIL_TESTS_COMMON_CFB_FILES_H
 #define QXUTIL_TESTS_COMMON_CFB_FILES_H
 

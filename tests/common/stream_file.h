@@ -1,7 +1,6 @@
-// Text streams over scratch files, shared by the stream tests, the fuzz
-// target and the benchmark: a file made of given bytes opened in stream
-// form with a character set, and the whole of it read back with fgets2 (in
-// buffers of chosen sizes) or with fgetc2.
+// Text streams over scratch files, for the stream tests, the fuzz target and the
+// benchmark: a file of given bytes opened in stream form with a character set, and
+// the whole of it read back with fgets2 (in buffers of chosen sizes) or fgetc2.
 #ifndef QXUTIL_TESTS_COMMON_STREAM_FILE_H
 #define QXUTIL_TESTS_COMMON_STREAM_FILE_H
 
@@ -34,7 +33,6 @@ inline FILE* OpenBytes(const std::string& path, const std::string& bytes, QXCHAR
   return OpenStream(path, OPEN_READ, cs);
 }
 
-/// CloseStream - closes and unregisters.
 inline void CloseStream(FILE* f) {
   fclose2(f);
   funregister_file(f);

@@ -1,9 +1,6 @@
-// Out-of-memory paths of every exported containers call that allocates:
-// each is walked with the heap's fault hook (common/fault_walk.h), and each
-// faulted run must end in the call's failure result with the container as
-// it was before the call. The checks read the containers without
-// allocating (Count, Contains, GetBounds, GetPoints), so they hold while
-// every allocation fails.
+// Out-of-memory paths of every exported containers call that allocates: each faulted
+// run ends in the call's failure result with the container as it was. The checks read
+// without allocating (Count, Contains, GetBounds, GetPoints), so they hold under faults.
 #include "common/containers_keyed.h"
 #include "common/fault_walk.h"
 #include "qxutil/containers.h"

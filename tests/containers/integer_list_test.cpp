@@ -1,8 +1,6 @@
-// What only the internals of the QXList members show: the word layout, the
-// growth of the range array, the 32-bit total. The changes and the runs they
-// leave are a table in containers_fault_test.cpp (walked under faults too);
-// random runs against std::set (enumerators, GetAt, refused values, the
-// accessor's cache) are in fuzz/containers_differential_fuzz.cpp.
+// What only the internals of the QXList members show: the word layout, the growth of
+// the range array, the 32-bit total. Changes under faults: containers_fault_test.cpp;
+// random runs against std::set: fuzz/containers_differential_fuzz.cpp.
 #include "containers/range_list.h"
 #include "containers/word_list.h"
 #include "qxutil/containers.h"

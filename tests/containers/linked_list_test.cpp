@@ -1,7 +1,6 @@
-// LINKEDLIST and its enumerator: enumeration that stays on the last node,
-// move-to-front that leaves the enumerator's fields alone, and LL_Destroy
-// stopping at a node with null data (insertion and removal that keeps the
-// data: the fault walk in containers_fault_test.cpp).
+// LINKEDLIST: enumeration that stays on the last node, move-to-front that leaves the
+// enumerator's fields alone, LL_Destroy stopping at null data (insertion and removal:
+// the fault walk in containers_fault_test.cpp).
 #include "qxutil/containers.h"
 
 #include <gtest/gtest.h>

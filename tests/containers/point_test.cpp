@@ -1,7 +1,6 @@
-// DPNTContainer's capacity and growth, and PointParserFactory: one text per
-// rule with the points and result it gives. Random texts, separator sets and
-// lengths (in blocks of exactly that many units) under either decimal point
-// are compared with a plain reader in fuzz/point_parser_fuzz.cpp.
+// DPNTContainer's capacity and growth, and PointParserFactory: one text per rule. Random
+// texts, separators and lengths under either decimal point are compared with a plain
+// reader by fuzz/point_parser_fuzz.cpp.
 #include "qxutil/containers.h"
 
 #include <gtest/gtest.h>
@@ -69,18 +68,14 @@ struct ParseCase {
 };
 
 const ParseCase kParseCases[] = {
-    // Separators.
     {L",", L";", false, L"1,2;3,4", -1, true, {{1, 2}, {3, 4}}},
     {L".", L";", false, L"1.5.2", -1, true, {{1.5, 2}}}, // the number comes first
     {nullptr, nullptr, true, L"5 6", -1, true, {{5, 6}}},
-    // Numbers as StringToDouble reads them.
     {L",", L";", false, L"-1.5e3,+2E-2", -1, true, {{-1500, 0.02}}},
-    // Failures keep what came before.
     {L",", L";", false, L"1,2;3", -1, false, {{1, 2}}},
     {L",", L";", false, L"1,2;1e999,4", -1, false, {{1, 2}}}, // out of range
-    // Lengths.
-    {L"", L"", true, L"1 2", 10, false, {{1, 2}}},  // fails at the terminator
-    {L"", L"", true, L"12 34", 4, true, {{12, 3}}}, // the number is cut at the length
+    {L"", L"", true, L"1 2", 10, false, {{1, 2}}},            // fails at the terminator
+    {L"", L"", true, L"12 34", 4, true, {{12, 3}}},           // the number is cut at the length
 };
 
 TEST(PointParser, Cases) {

@@ -1,7 +1,6 @@
-// QUEUE: one row per behaviour the queue keeps on purpose (position codes,
-// newest-first sorting, indexes walked unsigned, the source of a merge) and
-// the disposal functions; every other position and index is compared with
-// std::list in fuzz/containers_differential_fuzz.cpp.
+// QUEUE: one row per behaviour kept on purpose (position codes, newest-first sorting,
+// indexes walked unsigned, a merge's source) and the disposal functions; the rest is
+// compared with std::list by fuzz/containers_differential_fuzz.cpp.
 #include "common/containers_keyed.h"
 #include "qxutil/containers.h"
 

@@ -16,8 +16,7 @@ using qx::platform::FileCallCount;
 
 class Cache : public ::testing::Test {
 protected:
-  // Opens `name` holding `bytes` read/write under a cache of `blocks`
-  // descriptors.
+  // Open - `name` made of `bytes`, opened read/write.
   int Open(const char* name, const std::string& bytes) {
     dir_.Write(name, bytes);
     std::string p = dir_.Path(name);

@@ -1,9 +1,6 @@
-// Faults: every system call of a scenario fails in turn (EIO, ENOSPC,
-// EINTR, or a short transfer), and every allocation of smaller ones (the
-// registry, the text streams, a search). The caller sees each failure in a
-// result, retries as a careful caller would, and the file ends byte for
-// byte as written: a failed write-back keeps its blocks dirty and cached
-// until a later close writes them.
+// Faults: every system call of a scenario fails in turn (EIO, ENOSPC, EINTR, a short
+// transfer) and every allocation of smaller ones; the caller sees each failure, retries,
+// and the file ends byte for byte as written (a failed write-back keeps its blocks dirty).
 #include "common/fault_walk.h"
 #include "common/files_scope.h"
 #include "common/stream_file.h"
@@ -33,7 +30,6 @@ std::string Pattern(size_t n, unsigned seed) {
   return s;
 }
 
-// Outcome of one scenario run.
 struct ScenarioRun {
   bool sawFailure = false; // some call returned its failure result
   bool recovered = true;   // every retry after the fault succeeded

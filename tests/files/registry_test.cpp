@@ -254,7 +254,6 @@ TEST_F(Registry, RemovalRenamingCopyingTimes) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_.Path()), {}), 2)
       << "and nothing beside it";
 
-  // Times.
   EXPECT_TRUE(fileremove(t));
   EXPECT_FALSE(dir_.Exists("target"));
   EXPECT_FALSE(fileremove(t));

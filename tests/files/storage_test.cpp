@@ -1,6 +1,5 @@
-// Compound files: the committed samples and files that gsf makes in the test
-// read as olefile reads them; names are found ignoring case in the
-// directory's order; damaged files fail cleanly with their STG_E_ code; the
+// Compound files: samples and gsf-made files read as olefile reads them, names found
+// ignoring case, damaged files failing cleanly with their STG_E_ code, and the
 // registry's stream_fileopen family over all of it.
 #include "common/cfb_files.h"
 #include "common/fault_walk.h"
@@ -361,8 +360,6 @@ TEST(Storage, FailedReadsAndAllocationsFailCleanly) {
                         return qxtest::Outcome(r == S_OK, got == 5);
                       }});
 }
-
-// ---- The registry's storage streams ----------------------------------------
 
 TEST(StorageStreams, BookOpensWorkbookAndOpensAreCounted) {
   qxtest::ScopedRegistry registry;

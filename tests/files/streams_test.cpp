@@ -1,7 +1,6 @@
-// The text streams: line ends, Ctrl-Z and where fgets2 cuts a line, lone
-// lead bytes, each character set's line end on writing, the format buffer
-// and the pass-throughs. Random text written and read back in every
-// character set with random buffer sizes is fuzz/streams_fuzz.cpp.
+// The text streams: line ends, Ctrl-Z, where fgets2 cuts a line, lone lead bytes, each
+// character set's line end on writing, the format buffer, the pass-throughs. Random
+// text in every character set is written and read back by fuzz/streams_fuzz.cpp.
 #include "common/files_scope.h"
 #include "common/stream_file.h"
 #include "common/temp_dir.h"

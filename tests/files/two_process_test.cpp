@@ -1,7 +1,6 @@
-// Two processes on one file: a read/write holder keeps others out (they
-// retry for the retry time, then fail with code 4), readers share, and a
-// file changed by the other process is seen as changed, its cached blocks
-// dropped.
+// Two processes on one file: a read/write holder keeps others out (they retry for the
+// retry time, then fail with code 4), readers share, and a file changed by the other
+// process is seen as changed, its cached blocks dropped.
 #include "common/files_scope.h"
 #include "common/temp_dir.h"
 #include "qxutil/files.h"
