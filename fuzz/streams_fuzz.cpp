@@ -5,12 +5,14 @@
 // fgetc2 reads one by one and what one large buffer reads. Writing random
 // lines of the set's characters through fputs2, fputc2 and fprintf2: the
 // file holds what converting each line gives, with the set's line end, and
-// fgets2 and fgetc2 read the text back.
+// fgets2 (cutting each line where its buffer is full) and fgetc2 read the
+// text back.
 #include "common/files_scope.h"
 #include "common/stream_file.h"
 #include "common/temp_dir.h"
 #include "platform/unicode.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -105,10 +107,22 @@ void WriteAndReadBack(const qxtest::TempDir& dir, QXCHARSET cs, const uint8_t* d
   Check(dir.Read("w.txt") == expected);
   f = qxtest::OpenStream(path, OPEN_READ, cs);
   Check(f != nullptr);
-  std::wstring lines;
-  qxtest::ReadLines(
-      f, [&] { return 1 + static_cast<int>(next() % 90) + 1; }, &lines, false);
-  Check(lines == text);
+  // Each fgets2 call gives the next size - 1 characters of a line, or the rest
+  // of it with its '\n'; a buffer filled by the text leaves the line end for
+  // the next call.
+  std::vector<wchar_t> buffer;
+  for (size_t at = 0; at < text.size();) {
+    const size_t room = 1 + next() % 90;
+    buffer.assign(room + 1, L'\x7777');
+    Check(fgets2(buffer.data(), static_cast<int>(room + 1), f) == buffer.data());
+    const size_t take = std::min(room, text.find(L'\n', at) - at);
+    std::wstring expected = text.substr(at, take);
+    at += take;
+    if (take < room)
+      expected += text[at++];
+    Check(expected == buffer.data());
+  }
+  Check(fgets2(buffer.data(), 2, f) == nullptr);
   Check(fseek2(f, 0, SEEK_SET) == 0);
   Check(qxtest::ReadChars(f) == text);
   qxtest::CloseStream(f);
@@ -126,6 +140,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string bytes(reinterpret_cast<const char*>(data) + 3, size - 3);
   qxtest::ScopedRegistry registry;
   if (data[1] & 0x80) {
+    static const std::vector<QXCHARSET> doubleByte = [] {
+      std::vector<QXCHARSET> out;
+      for (QXCHARSET c : charsets)
+        if (CharsetDBCS(c))
+          out.push_back(c);
+      return out;
+    }();
+    if (data[1] & 0x40) // half of the texts in the double-byte sets
+      cs = doubleByte[data[0] % doubleByte.size()];
     WriteAndReadBack(*dir, cs, data + 3, size - 3, state);
     return 0;
   }
