@@ -13,10 +13,10 @@
 namespace qxtest {
 
 /// OpenStream - registers `path` in stream form, opens it in `mode` and
-/// tags it with `cs`; null when either step fails.
-inline FILE* OpenStream(const std::string& path, eOpenMode mode, QXCHARSET cs) {
-  std::wstring wide(path.begin(), path.end());
-  FILE* f = fregister_nonunique_file(wide.c_str(), FILETYPE_ANY);
+/// tags it with `cs`; null when either step fails. The wide form takes no
+/// memory of its own (for the fault walks).
+inline FILE* OpenStream(const wchar_t* path, eOpenMode mode, QXCHARSET cs) {
+  FILE* f = fregister_nonunique_file(path, FILETYPE_ANY);
   if (!f)
     return nullptr;
   if (!ffileopen(f, mode, nullptr)) {
@@ -25,6 +25,9 @@ inline FILE* OpenStream(const std::string& path, eOpenMode mode, QXCHARSET cs) {
   }
   file_put_charset(f, cs);
   return f;
+}
+inline FILE* OpenStream(const std::string& path, eOpenMode mode, QXCHARSET cs) {
+  return OpenStream(std::wstring(path.begin(), path.end()).c_str(), mode, cs);
 }
 
 /// OpenBytes - writes `bytes` to `path` and opens it for reading.

@@ -224,28 +224,16 @@ qxtest::FaultCase::Outcome SmallScenario() {
   return qxtest::Outcome(ok, same);
 }
 
-// OpenJapanese - the scenario's file in stream form, tagged 932; no heap
-// of the test's own.
-FILE* OpenJapanese(const wchar_t* path, eOpenMode mode) {
-  FILE* f = fregister_nonunique_file(path, FILETYPE_ANY);
-  if (f && !ffileopen(f, mode, nullptr)) {
-    funregister_file(f);
-    return nullptr;
-  }
-  file_put_charset(f, QXCHARSET_WINDOWS_JAPANESE);
-  return f;
-}
-
 qxtest::FaultCase::Outcome StreamScenario() {
   static qxtest::TempDir* dir = new qxtest::TempDir; // made outside the walk
   static std::wstring path = dir->Wide("s.txt");
-  FILE* f = OpenJapanese(path.c_str(), OPEN_CREATE);
+  FILE* f = qxtest::OpenStream(path.c_str(), OPEN_CREATE, QXCHARSET_WINDOWS_JAPANESE);
   if (!f)
     return qxtest::FaultCase::kFailed;
   bool ok = fputs2(L"a\u3042\nb", f) == 0 && fprintf2(f, L"%s\n", L"c") == 2 &&
             fputc2(L'\u3044', f) == 0x3044;
   qxtest::CloseStream(f);
-  f = ok ? OpenJapanese(path.c_str(), OPEN_READ) : nullptr;
+  f = ok ? qxtest::OpenStream(path.c_str(), OPEN_READ, QXCHARSET_WINDOWS_JAPANESE) : nullptr;
   if (!f)
     return qxtest::FaultCase::kFailed;
   wchar_t one[8] = {}, two[8] = {}, three[8] = {};
