@@ -95,7 +95,7 @@ void WriteAndReadBack(const qxtest::TempDir& dir, QXCHARSET cs, const uint8_t* d
     } else if (way == 1) {
       for (wchar_t c : line + L"\n")
         Check(fputc2(c, f) == static_cast<int>(c));
-    } else if (line.size() < 1000) {
+    } else if (line.size() < 1023) { // the line and its '\n' within 1,023 units
       Check(fprintf2(f, L"%s\n", line.c_str()) == static_cast<int>(line.size() + 1));
     } else {
       Check(fprintf2(f, L"%s\n", line.c_str()) == -1); // past the format buffer
