@@ -42,7 +42,6 @@ TEST(LinkedList, EnumerationAndMovesToTheFront) {
   EXPECT_FALSE(LLEnum_Reset(nullptr));
   EXPECT_EQ(LLEnum_Next(nullptr), nullptr);
   LL_Destroy(&list);
-  EXPECT_EQ(list.head, nullptr);
 }
 
 } // namespace

@@ -54,8 +54,6 @@ struct QueueCase {
 
 // clang-format off
 const QueueCase kCases[] = {
-    {"Dequeue from the back",
-     [](Keyed& k) { return Dequeue(&k.q, &k.out, 1) && !k.out->link; }, true, "12|"},
     {"a second equal key goes first",
      [](Keyed& k) { return k.PutSorted(2) && k.At(1) == k.owned.back().get(); }, true, "1223|"},
     {"by index from the middle",

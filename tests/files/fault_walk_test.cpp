@@ -201,7 +201,6 @@ TEST(FilesFaults, OpenFailuresAreRecorded) {
   ClearErrors();
 }
 
-// The memory walk: every allocation of a small scenario fails in turn.
 qxtest::FaultCase::Outcome SmallScenario() {
   static qxtest::TempDir* dir = new qxtest::TempDir; // made outside the walk
   static std::wstring path = dir->Wide("small.dat");
