@@ -1,12 +1,14 @@
 // Damaged compound files: the input picks a committed sample (tests/data/cfb)
 // and changes its bytes, cuts it short, or is taken as the whole file. The
 // reader must open it or refuse it cleanly; when it opens, every storage is
-// listed and every stream read to its end and read again after seeks, all
+// listed and every stream read to its end, then read again after seeks
+// that must land where the stream's size says and give the same bytes, all
 // under ASan/UBSan and without hanging.
 #include "common/cfb_files.h"
 #include "common/temp_dir.h"
 #include "platform/storage.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -14,6 +16,11 @@
 #include <vector>
 
 namespace {
+
+void Check(bool ok) {
+  if (!ok)
+    std::abort();
+}
 
 std::vector<std::string>& Samples() {
   static std::vector<std::string> samples = [] {
@@ -39,13 +46,49 @@ void Exercise(qx::win::IStorage* storage, const uint8_t* data, size_t size) {
     if (st.type == STGTY_STREAM &&
         storage->OpenStream(st.pwcsName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream) ==
             S_OK) {
+      // The whole stream first; then each seek and read must agree with it.
       char buffer[5000];
+      std::string whole;
+      ULONG got = 0;
+      HRESULT read;
+      while ((read = stream->Read(buffer, sizeof buffer, &got)) == S_OK && got > 0)
+        whole.append(buffer, got);
+      const bool checked = read == S_OK;
+      long long position = 0;
+      LARGE_INTEGER move;
+      move.QuadPart = 0;
+      stream->Seek(move, STREAM_SEEK_SET, nullptr);
       for (size_t i = 0; i + 3 <= size; i += 3) {
-        LARGE_INTEGER move;
+        const DWORD origin = data[i + 2] >> 4 & 3;
+        const long long base = origin == STREAM_SEEK_SET   ? 0
+                               : origin == STREAM_SEEK_CUR ? position
+                               : origin == STREAM_SEEK_END ? static_cast<long long>(whole.size())
+                                                           : -1;
         move.QuadPart = (data[i] | data[i + 1] << 8) * (data[i + 2] & 0x0F);
-        stream->Seek(move, data[i + 2] >> 4 & 3, nullptr);
-        ULONG got = 0;
-        stream->Read(buffer, data[i + 1] * 19u % sizeof buffer, &got);
+        if (data[i + 2] & 0x40)
+          move.QuadPart = -move.QuadPart;
+        if (data[i + 2] & 0x80) // to just before, at or just after the stream's start
+          move.QuadPart = data[i] % 3 - 1 - std::max(base, 0LL);
+        const bool valid = base >= 0 && base + move.QuadPart >= 0;
+        ULARGE_INTEGER at;
+        const HRESULT sought = stream->Seek(move, origin, &at);
+        if (checked) {
+          Check(sought == (valid ? S_OK : STG_E_INVALIDFUNCTION));
+          if (valid)
+            position = base + move.QuadPart;
+          Check(!valid || at.QuadPart == static_cast<ULONGLONG>(position));
+        }
+        const ULONG want = data[i + 1] * 19u % sizeof buffer;
+        read = stream->Read(buffer, want, &got);
+        if (checked) {
+          const size_t left = position < static_cast<long long>(whole.size())
+                                  ? whole.size() - static_cast<size_t>(position)
+                                  : 0;
+          Check(read == S_OK && got == std::min<size_t>(want, left) &&
+                whole.compare(static_cast<size_t>(std::min<long long>(position, whole.size())), got,
+                              buffer, got) == 0);
+          position += got;
+        }
       }
       stream->Release();
     }

@@ -1,10 +1,10 @@
-// Long random sequences for the differential drivers of tests/common: the
+// Long random sequences for the differential drivers of fuzz/models: the
 // three QXList members against std::set and QUEUE against std::list. The
 // first byte picks the structure and the way values are drawn; the rest of
 // the input, then a generator seeded from it, supplies the random numbers.
 // Any difference aborts with its description.
-#include "common/integer_list_model.h"
-#include "common/queue_model.h"
+#include "models/integer_list_model.h"
+#include "models/queue_model.h"
 
 #include <cstdint>
 #include <cstdio>

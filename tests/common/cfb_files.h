@@ -1,8 +1,6 @@
-// Compound files for the storage tests, the fuzz target and the benchmark:
-// the committed samples (tests/data/cfb, made by make_samples.py there), a
-// listing of a file's elements through the library's storage calls, the
-// same listing through Python's olefile (the independent reader), and the
-// byte surgery that damages a file in one chosen way.
+// Compound files for the storage tests, the fuzz target and the benchmark: the committed
+// samples (tests/data/cfb), a listing through the library's storage calls, files made
+// by gsf, and the byte surgery that damages a file in one chosen way.
 #ifndef QXUTIL_TESTS_COMMON_CFB_FILES_H
 #define QXUTIL_TESTS_COMMON_CFB_FILES_H
 
@@ -95,13 +93,6 @@ inline void ListStorage(qx::win::IStorage* storage, const std::string& prefix,
   }
   list->Release();
 }
-
-/// ListFile - ListStorage of the whole file, or {"error 0x..."}.
-std::vector<std::string> ListFile(const std::string& path);
-
-/// ListWithOlefile - the same listing made by olefile; empty when Python
-/// or olefile is missing.
-std::vector<std::string> ListWithOlefile(const std::string& path);
 
 /// ShellQuote - `s` quoted for the shell.
 inline std::string ShellQuote(const std::string& s) {

@@ -5,8 +5,6 @@
 
 #include "qxutil/files.h"
 
-#include <string>
-
 namespace qxtest {
 
 struct RegistrySettings {
@@ -43,11 +41,6 @@ private:
   cFileSystem* fs_;
   cFileCache* cache_;
 };
-
-/// Bytes - the bytes of `s` as a string (for comparisons with files).
-inline std::string Bytes(const void* s, size_t n) {
-  return std::string(static_cast<const char*>(s), n);
-}
 
 } // namespace qxtest
 

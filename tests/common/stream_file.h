@@ -1,7 +1,6 @@
-// Text streams over scratch files, shared by the stream tests, the fuzz
-// target and the benchmark: a file made of given bytes opened in stream
-// form with a character set, and the whole of it read back with fgets2 (in
-// buffers of chosen sizes) or with fgetc2.
+// Text streams over scratch files, for the stream tests, the fuzz target and the
+// benchmark: a file of given bytes opened in stream form with a character set, and
+// the whole of it read back with fgets2 (in buffers of chosen sizes) or fgetc2.
 #ifndef QXUTIL_TESTS_COMMON_STREAM_FILE_H
 #define QXUTIL_TESTS_COMMON_STREAM_FILE_H
 
@@ -14,10 +13,10 @@
 namespace qxtest {
 
 /// OpenStream - registers `path` in stream form, opens it in `mode` and
-/// tags it with `cs`; null when either step fails.
-inline FILE* OpenStream(const std::string& path, eOpenMode mode, QXCHARSET cs) {
-  std::wstring wide(path.begin(), path.end());
-  FILE* f = fregister_nonunique_file(wide.c_str(), FILETYPE_ANY);
+/// tags it with `cs`; null when either step fails. The wide form takes no
+/// memory of its own (for the fault walks).
+inline FILE* OpenStream(const wchar_t* path, eOpenMode mode, QXCHARSET cs) {
+  FILE* f = fregister_nonunique_file(path, FILETYPE_ANY);
   if (!f)
     return nullptr;
   if (!ffileopen(f, mode, nullptr)) {
@@ -27,6 +26,9 @@ inline FILE* OpenStream(const std::string& path, eOpenMode mode, QXCHARSET cs) {
   file_put_charset(f, cs);
   return f;
 }
+inline FILE* OpenStream(const std::string& path, eOpenMode mode, QXCHARSET cs) {
+  return OpenStream(std::wstring(path.begin(), path.end()).c_str(), mode, cs);
+}
 
 /// OpenBytes - writes `bytes` to `path` and opens it for reading.
 inline FILE* OpenBytes(const std::string& path, const std::string& bytes, QXCHARSET cs) {
@@ -34,7 +36,6 @@ inline FILE* OpenBytes(const std::string& path, const std::string& bytes, QXCHAR
   return OpenStream(path, OPEN_READ, cs);
 }
 
-/// CloseStream - closes and unregisters.
 inline void CloseStream(FILE* f) {
   fclose2(f);
   funregister_file(f);

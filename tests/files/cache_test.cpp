@@ -1,12 +1,13 @@
 // The block cache: lookups, replacement order, write-back of a whole file
-// on eviction, valid lengths. Reads, writes past the end and chsize2 through
-// caches of every size are compared with a model in differential_test.cpp.
+// on eviction and at the end of a thread, valid lengths. Reads, writes and
+// chsize2 through caches of every size: fuzz/files_differential_fuzz.cpp.
 #include "common/files_scope.h"
 #include "common/temp_dir.h"
 #include "platform/file_seam.h"
 #include "qxutil/files.h"
 
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
@@ -15,8 +16,7 @@ using qx::platform::FileCallCount;
 
 class Cache : public ::testing::Test {
 protected:
-  // Opens `name` holding `bytes` read/write under a cache of `blocks`
-  // descriptors.
+  // Open - `name` made of `bytes`, opened read/write.
   int Open(const char* name, const std::string& bytes) {
     dir_.Write(name, bytes);
     std::string p = dir_.Path(name);
@@ -38,7 +38,6 @@ TEST_F(Cache, CreationLimits) {
   cFileCache* c = cFileCache::Create(2, 512);
   ASSERT_NE(c, nullptr);
   EXPECT_EQ(c->BlockCount(), 1);
-  EXPECT_EQ(c->BlockSize(), 512);
   delete c;
 }
 
@@ -105,6 +104,20 @@ TEST_F(Cache, EvictingADirtyBlockWritesBackItsWholeFile) {
   CacheBlock* b = nullptr;
   ASSERT_TRUE(cFileCache::Instance()->Fetch(a, 1, &b, cFileCache::kFetchLookup));
   EXPECT_EQ(b->flags & 1, 0u) << "still cached, now clean";
+}
+
+// A thread that ends with files open: its context's registry closes them,
+// writing their cached blocks first.
+TEST(FilesThreadExit, OpenFilesAreWrittenWhenTheThreadEnds) {
+  qxtest::TempDir dir;
+  std::wstring path = dir.Wide("left-open.dat");
+  std::string data(3000, 'z');
+  std::thread([&] {
+    int h = register_file(path.c_str(), FILETYPE_ANY, true);
+    ASSERT_EQ(fileopen(h, OPEN_CREATE, nullptr), h);
+    ASSERT_EQ(write2(h, data.data(), 3000), 3000); // in the cache, not yet on disk
+  }).join();
+  EXPECT_EQ(dir.Read("left-open.dat"), data);
 }
 
 } // namespace

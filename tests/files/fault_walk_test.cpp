@@ -1,10 +1,9 @@
-// Faults: every system call of a scenario fails in turn (EIO, ENOSPC,
-// EINTR, or a short transfer), and every allocation of a smaller one. The
-// caller sees each failure in a result, retries as a careful caller would,
-// and the file ends byte for byte as written: a failed write-back keeps its
-// blocks dirty and cached until a later close writes them.
+// Faults: every system call of a scenario fails in turn (EIO, ENOSPC, EINTR, a short
+// transfer) and every allocation of smaller ones; the caller sees each failure, retries,
+// and the file ends byte for byte as written (a failed write-back keeps its blocks dirty).
 #include "common/fault_walk.h"
 #include "common/files_scope.h"
+#include "common/stream_file.h"
 #include "common/temp_dir.h"
 #include "platform/file_seam.h"
 #include "qxutil/files.h"
@@ -12,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <cwchar>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace {
@@ -30,7 +30,6 @@ std::string Pattern(size_t n, unsigned seed) {
   return s;
 }
 
-// Outcome of one scenario run.
 struct ScenarioRun {
   bool sawFailure = false; // some call returned its failure result
   bool recovered = true;   // every retry after the fault succeeded
@@ -205,7 +204,6 @@ TEST(FilesFaults, OpenFailuresAreRecorded) {
   ClearErrors();
 }
 
-// The memory walk: every allocation of a small scenario fails in turn.
 qxtest::FaultCase::Outcome SmallScenario() {
   static qxtest::TempDir* dir = new qxtest::TempDir; // made outside the walk
   static std::wstring path = dir->Wide("small.dat");
@@ -228,10 +226,56 @@ qxtest::FaultCase::Outcome SmallScenario() {
   return qxtest::Outcome(ok, same);
 }
 
+qxtest::FaultCase::Outcome StreamScenario() {
+  static qxtest::TempDir* dir = new qxtest::TempDir; // made outside the walk
+  static std::wstring path = dir->Wide("s.txt");
+  FILE* f = qxtest::OpenStream(path.c_str(), OPEN_CREATE, QXCHARSET_WINDOWS_JAPANESE);
+  if (!f)
+    return qxtest::FaultCase::kFailed;
+  bool ok = fputs2(L"a\u3042\nb", f) == 0 && fprintf2(f, L"%s\n", L"c") == 2 &&
+            fputc2(L'\u3044', f) == 0x3044;
+  qxtest::CloseStream(f);
+  f = ok ? qxtest::OpenStream(path.c_str(), OPEN_READ, QXCHARSET_WINDOWS_JAPANESE) : nullptr;
+  if (!f)
+    return qxtest::FaultCase::kFailed;
+  wchar_t one[8] = {}, two[8] = {}, three[8] = {};
+  ok = fgets2(one, 8, f) && fgets2(two, 8, f) && fgets2(three, 8, f) && !fgets2(three, 8, f);
+  qxtest::CloseStream(f);
+  return qxtest::Outcome(ok, !std::wcscmp(one, L"a\u3042\n") && !std::wcscmp(two, L"bc\n") &&
+                                 !std::wcscmp(three, L"\u3044"));
+}
+
+// The search directories: two trees, the name in both.
+const std::wstring& SearchList() {
+  static qxtest::TempDir* dir = [] {
+    auto* d = new qxtest::TempDir;
+    std::filesystem::create_directories(d->Path("a/b"));
+    std::filesystem::create_directories(d->Path("c"));
+    d->Write("a/b/x.dat", "x");
+    d->Write("c/x.dat", "x");
+    return d;
+  }();
+  static std::wstring list = dir->Wide("a") + L";" + dir->Wide("c");
+  return list;
+}
+
+// A search that runs out of memory fails, even where the lookup that failed
+// was for a name that is not there: a case variant of it might have been.
+qxtest::FaultCase::Outcome SearchScenario() {
+  static std::wstring expected = SearchList().substr(0, SearchList().find(L';')) + L"\\b\\x.dat";
+  FindFileInfo* finder = FindFileInfo::Create(SearchList().c_str(), true);
+  if (!finder)
+    return qxtest::FaultCase::kFailed;
+  wchar_t out[261];
+  bool ok = finder->Find(L"x.dat", out, 261);
+  delete finder;
+  return qxtest::Outcome(ok, expected == out);
+}
+
 TEST(FilesFaults, EveryAllocation) {
-  qxtest::FaultCase c{"register, write, read back", SmallScenario};
-  qxtest::FaultWalkCount count = qxtest::WalkFaults(c);
-  EXPECT_GT(count.allocations, 0);
+  EXPECT_GT(qxtest::WalkFaults({"register, write, read back", SmallScenario}).allocations, 0);
+  EXPECT_GT(qxtest::WalkFaults({"stream write and read back", StreamScenario}).allocations, 0);
+  EXPECT_GT(qxtest::WalkFaults({"search two trees", SearchScenario}).allocations, 0);
 }
 
 } // namespace

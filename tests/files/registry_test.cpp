@@ -187,23 +187,6 @@ TEST_F(Registry, ReadOnlyFilesRetryThenFail) {
   EXPECT_EQ(close2(h), -1);
 }
 
-TEST_F(Registry, DefaultRetryWaitsForTheRetryTime) {
-  ScopedRegistry plain;
-  dir_.Write("ro", "x");
-  chmod(dir_.Path("ro").c_str(), 0444);
-  cFileSystem* fs = cFileSystem::Create(); // the default retry callback
-  cFileSystem::Instance(fs);
-  EXPECT_EQ(GetFileAccessRetryTime(), 200);
-  SetFileAccessRetryTime(5);
-  int h = register_file(Path("ro").c_str(), FILETYPE_ANY, true);
-  long start = time_100();
-  EXPECT_EQ(fileopen(h, OPEN_READWRITE, nullptr), -1);
-  EXPECT_GE(time_100() - start, 5);
-  EXPECT_EQ(LastErrorNumber(), 4);
-  cFileSystem::Instance(plain.fs());
-  delete fs;
-}
-
 TEST_F(Registry, ApplicationStrings) {
   for (int cacheBlocks : {0, 401}) {
     RegistrySettings s;
@@ -271,7 +254,6 @@ TEST_F(Registry, RemovalRenamingCopyingTimes) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_.Path()), {}), 2)
       << "and nothing beside it";
 
-  // Times.
   EXPECT_TRUE(fileremove(t));
   EXPECT_FALSE(dir_.Exists("target"));
   EXPECT_FALSE(fileremove(t));

@@ -1,7 +1,6 @@
-// Two processes on one file: a read/write holder keeps others out (they
-// retry for the retry time, then fail with code 4), readers share, and a
-// file changed by the other process is seen as changed, its cached blocks
-// dropped.
+// Two processes on one file: a read/write holder keeps others out (they retry for the
+// retry time, then fail with code 4), readers share, and a file changed by the other
+// process is seen as changed, its cached blocks dropped.
 #include "common/files_scope.h"
 #include "common/temp_dir.h"
 #include "qxutil/files.h"
@@ -13,7 +12,8 @@
 namespace {
 
 // InChild - runs `body` in a child process with a registry of its own (the
-// default retry callback, a retry time of 0.2 s) and returns its exit code.
+// default retry callback, its retry time of 2 s cut to 0.2 s) and returns its
+// exit code.
 template <class Body> int InChild(Body body) {
   pid_t pid = fork();
   if (pid == 0) {
@@ -21,6 +21,8 @@ template <class Body> int InChild(Body body) {
     cFileCache* cache = cFileCache::Create(401, 512);
     cFileSystem::Instance(fs);
     cFileCache::Instance(cache);
+    if (GetFileAccessRetryTime() != 200)
+      _exit(99);
     SetFileAccessRetryTime(20);
     ClearErrors();
     _exit(body());

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Makes the compound-file samples of tests/data/cfb and checks each with
-olefile (python3-olefile).
+"""Makes the compound-file samples of tests/data/cfb (the storage tests
+compare what the library reads in them with what olefile reads).
 
 Version 3 samples are written by libgsf's `gsf createole` (libgsf-bin) from
 directory trees; gsf writes only version 3, so the version 4 sample is
@@ -12,13 +12,10 @@ makes the same trees again (gsf stamps the time, so its files differ in those by
 """
 import os
 import random
-import shutil
 import struct
 import subprocess
 import sys
 import tempfile
-
-import olefile
 
 
 def data(seed, n):
@@ -172,31 +169,12 @@ def make_v4(target, tree):
         f.write(out)
 
 
-def check(path, tree):
-    """Reads every stream back with olefile and compares it."""
-    ole = olefile.OleFileIO(path)
-
-    def walk(tree_, prefix):
-        for name, value in tree_.items():
-            if isinstance(value, dict):
-                assert ole.get_type(prefix + [name]) == olefile.STGTY_STORAGE, (path, name)
-                walk(value, prefix + [name])
-            else:
-                got = ole.openstream(prefix + [name]).read()
-                assert got == value, (path, prefix + [name], len(got), len(value))
-
-    walk(tree, [])
-    ole.close()
-
-
 def main():
     out = sys.argv[1] if len(sys.argv) > 1 else os.path.dirname(os.path.abspath(__file__))
     for name, tree in SAMPLES.items():
         make_with_gsf(os.path.join(out, name), tree)
-        check(os.path.join(out, name), tree)
     make_v4(os.path.join(out, V4_SAMPLE[0]), V4_SAMPLE[1])
-    check(os.path.join(out, V4_SAMPLE[0]), V4_SAMPLE[1])
-    print("made and checked %d samples in %s" % (len(SAMPLES) + 1, out))
+    print("made %d samples in %s" % (len(SAMPLES) + 1, out))
 
 
 if __name__ == "__main__":

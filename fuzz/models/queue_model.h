@@ -4,10 +4,11 @@
 // elements, then compares the queues link by link, the tails, the counts and
 // the answers of the searching functions. Unknown position codes, negative
 // and too large indexes and foreign elements are drawn on purpose. Driven by
-// fuzz/containers_differential_fuzz.cpp; KeyedElement serves the unit tests.
-#ifndef QXUTIL_TESTS_COMMON_QUEUE_MODEL_H
-#define QXUTIL_TESTS_COMMON_QUEUE_MODEL_H
+// fuzz/containers_differential_fuzz.cpp.
+#ifndef QXUTIL_FUZZ_MODELS_QUEUE_MODEL_H
+#define QXUTIL_FUZZ_MODELS_QUEUE_MODEL_H
 
+#include "common/containers_keyed.h"
 #include "qxutil/containers.h"
 
 #include <algorithm>
@@ -19,16 +20,6 @@
 #include <vector>
 
 namespace qxtest {
-
-/// KeyedElement - a queue element ordered by its key.
-struct KeyedElement : Q_ELEM {
-  explicit KeyedElement(int k) : key(k) {}
-  int key;
-};
-
-inline int CompareKeys(Q_ELEM* a, Q_ELEM* b) {
-  return static_cast<KeyedElement*>(a)->key - static_cast<KeyedElement*>(b)->key;
-}
 
 class QueueDifferential {
 public:
@@ -206,4 +197,4 @@ private:
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_COMMON_QUEUE_MODEL_H
+#endif // QXUTIL_FUZZ_MODELS_QUEUE_MODEL_H

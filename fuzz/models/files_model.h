@@ -1,10 +1,10 @@
 // The differential run of the file registry: random operations on several
 // handles at once, each checked against a plain in-memory model of every
 // file's bytes, and the bytes on disk checked after every real close.
-// Shared by the unit test (short runs) and the fuzz target (long ones);
-// the decisions come from a byte source, so a fuzzer steers them.
-#ifndef QXUTIL_TESTS_COMMON_FILES_MODEL_H
-#define QXUTIL_TESTS_COMMON_FILES_MODEL_H
+// Driven by fuzz/files_differential_fuzz.cpp; the decisions come from a
+// byte source, so the fuzzer steers them.
+#ifndef QXUTIL_FUZZ_MODELS_FILES_MODEL_H
+#define QXUTIL_FUZZ_MODELS_FILES_MODEL_H
 
 #include "common/files_scope.h"
 #include "qxutil/files.h"
@@ -139,4 +139,4 @@ std::string DifferentialRun(const std::string& dir, int cacheBlocks, long blockS
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_COMMON_FILES_MODEL_H
+#endif // QXUTIL_FUZZ_MODELS_FILES_MODEL_H

@@ -7,9 +7,9 @@
 // across the steps (so a stale cache would show). Values come from windows
 // near 0, 2^31, 2^32 and the top of the type, or from the whole range; some
 // are outside the member's range and must be refused. Driven by
-// fuzz/containers_differential_fuzz.cpp; Apply serves the unit tests too.
-#ifndef QXUTIL_TESTS_COMMON_INTEGER_LIST_MODEL_H
-#define QXUTIL_TESTS_COMMON_INTEGER_LIST_MODEL_H
+// fuzz/containers_differential_fuzz.cpp.
+#ifndef QXUTIL_FUZZ_MODELS_INTEGER_LIST_MODEL_H
+#define QXUTIL_FUZZ_MODELS_INTEGER_LIST_MODEL_H
 
 #include "qxutil/containers.h"
 
@@ -43,22 +43,6 @@ template <> struct ListLimits<unsigned long long> {
   static constexpr unsigned long long kNone = ~0ull;
   static constexpr bool kAddSaysPresent = true;
 };
-
-/// Apply - one operation by its letter: 'a' Add(x), 'r' AddRange(x, y), 'd'
-/// Remove(x), anything else Clear(); its result.
-template <class T> bool Apply(QXList<T>* list, char kind, long x, long y) {
-  const T a = static_cast<T>(x), b = static_cast<T>(y);
-  switch (kind) {
-  case 'a':
-    return list->Add(a);
-  case 'r':
-    return list->AddRange(a, b);
-  case 'd':
-    return list->Remove(a);
-  default:
-    return list->Clear();
-  }
-}
 
 /// Profile - how values are drawn: windows near the interesting bounds
 /// (dense sets with long runs), the whole range (sparse sets), both, or
@@ -273,4 +257,4 @@ private:
 
 } // namespace qxtest
 
-#endif // QXUTIL_TESTS_COMMON_INTEGER_LIST_MODEL_H
+#endif // QXUTIL_FUZZ_MODELS_INTEGER_LIST_MODEL_H
