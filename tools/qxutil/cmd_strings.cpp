@@ -79,8 +79,10 @@ int Compile(int argc, char** argv) {
     return 1;
   if (depfile) {
     std::string rule = DepfilePath(output) + ":";
-    for (const std::string& file : script.files)
-      rule += " " + DepfilePath(file);
+    for (const std::string& file : script.files) {
+      rule += ' '; // not " " + path: g++ 12 warns falsely (-Wrestrict) on that at -O3
+      rule += DepfilePath(file);
+    }
     if (!WriteWhole(depfile, rule + "\n"))
       return 1;
   }
