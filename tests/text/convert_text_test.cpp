@@ -52,11 +52,8 @@ const ToWideCase kToWideCases[] = {
     {10, "\x80\xE9", 4, true, W(L"\u20ac\u00e9\0")},
     {0, "\xE9", 4, true, W(L"\u00e9\0")},  // Neutral: ANSI
     {34, "\x82", 4, true, W(L"\u00e9\0")}, // 437: OEM
-    {1, "\xE9", 4, true, W(L"\u00e9\0")},  // 28591
-    {13, "\xC0", 4, true, W(L"\u0410\0")}, // 1251
     {0, "\x82\xA0", 4, true, W(L"\u3042\0"), kJapanese},
     {19, "\x82\xA0\x61", 4, true, W(L"\u3042a\0")}, {19, "a\x82", 4, true, W(L"a\u30fb\0")},
-    {17, "\xA4\x40", 4, true, W(L"\u4e00\0")}, {20, "\xB0\xA1", 4, true, W(L"\uac00\0")},
     {18, "\xD2\xBB", 4, true, W(L"\u4e00\0")},
     // No code page: no fallback in this direction.
     {21, "abc", 8, false, W(L"\0")}, {52, "abc", 8, false, W(L"\0")},

@@ -159,11 +159,9 @@ const EditCase kEditCases[] = {
     {ltrim, L" \x01\x7f" L"b", L"b", 3},   // unprintable units go too
     {ltrim, L" \t ", L" \t ", 0},          // nothing but such units: left as it is
     {ltrim, L"\x80x", L"\x80x", 0},        // 128 and up is printable
-    {ltrim2, L"  \ta", L"\ta", 2}, {ltrim2, L"   ", L"", 3}, {ltrim2, L"a ", L"a ", 0},
-    {ltrim2, L"", L"", 0},
+    {ltrim2, L"  \ta", L"\ta", 2}, {ltrim2, L"   ", L"", 3}, {ltrim2, L"", L"", 0},
     {rtrim, L"a b \r\n", L"a b", 3}, {rtrim, L"abc", L"abc", 3}, {rtrim, L"", L"", 0},
     {rtrim, L" \t", L"", 0}, {rtrim, L"a\x01\x7f", L"a", 1}, {rtrim, L"a\u00a0", L"a\u00a0", 2},
-    {rtrim, L"a\v", L"a", 1}, // VT is unprintable
     {TextRemoveCrs, L"a\r\nb\r\n", L"a\nb\n", 4}, {TextRemoveCrs, L"a\r\r\nb", L"a\r\nb", 4},
     {TextRemoveCrs, L"\r", L"\r", 1}, {TextRemoveCrs, L"a\n\rb", L"a\n\rb", 4},
     {TextRemoveCrs, L"", L"", 0},
