@@ -1,5 +1,4 @@
-// Like: the documented cases, the error it records and long inputs
-// (fuzz/like_fuzz.cpp compares it with the recursive rules of its model).
+// Like: what like_fuzz cannot reach, the error it records and long inputs.
 #include "common/thread_runner.h"
 #include "qxutil/frame.h"
 #include "qxutil/text.h"

@@ -1,6 +1,5 @@
 // String normalizers: the tables and their identifiers, the default's choice,
-// the manager's list, Compare and Normalize on long text, the manager in the
-// service set, and every allocation failing.
+// the manager's list and its place in the service set, and failing allocations.
 #include "common/fault_walk.h"
 #include "platform/heap.h"
 #include "qxutil/frame.h"

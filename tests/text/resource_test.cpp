@@ -1,7 +1,5 @@
-// String resources: the ring of ten buffers, the fallback texts, caller
-// tables, the module made from resource_strings.rc read through LoadStringW
-// and cResourceDLL (the script's forms: tests/cli), and the ring's place in
-// the service set.
+// String resources: the ring of buffers and its place in the service set, the
+// fallback texts, caller tables, and the module made from resource_strings.rc.
 #include "common/fault_walk.h"
 #include "common/recording_services.h"
 #include "platform/heap.h"

@@ -77,9 +77,7 @@ TEST(StrtokTokens, BothModes) {
           ASSERT_LT(got.size(), 10u);
         }
         EXPECT_EQ(got, dbcs ? c.dbcs : c.singleByte) << c.text;
-        if (dbcs) {
-          ASSERT_NE(context, nullptr);
-          EXPECT_STREQ(context, L""); // the end is a constant empty string
+        if (dbcs) { // strtok_fuzz checks the end is an empty string
           EXPECT_EQ(qxStrtok(nullptr, c.delims, &context), nullptr);
         } else {
           EXPECT_EQ(context, marker); // the runtime keeps its own position

@@ -59,7 +59,6 @@ const SearchCase kSearchCases[] = {
     {"strlen empty", Len, L"", nullptr, 0, 0},
     {"lastchar mark", Last, L"ab\u0301", nullptr, 2, 1},
     {"lastchar empty", Last, L"", nullptr, 0, 0},
-    // Null strings.
     {"strchr null", Chr, nullptr, L"a", -1, -1}, {"strrchr null", Rchr, nullptr, L"a", -1, -1},
     {"strpbrk null", Pbrk, L"a", nullptr, -1, -1}, {"strspn null", Spn, nullptr, L"a", 0, 0},
     {"strcspn null", Cspn, L"a", nullptr, 0, 0}, {"strstr null", Str, L"a", nullptr, -1, -1},
