@@ -137,48 +137,37 @@ TEST(ConvertSystemToMBCSChar, Cases) {
   EXPECT_FALSE(ConvertSystemToMBCSChar(L"a", nullptr, QXCHARSET_WINDOWS_LATIN1, 4, true));
 }
 
-TEST(ConvertWideCharToSystem, Cases) {
+// The wide copies: ConvertWideCharToSystem copies srcLen units; a srcLen of
+// kCopy stands for ConvertSystemToWideChar, which copies to the terminator.
+constexpr unsigned int kCopy = ~0u;
+
+TEST(WideCopies, Cases) {
   // clang-format off
   const struct {
     const wchar_t* src;
     unsigned int srcLen, dstLen;
-    bool result;
-    std::wstring written;
-  } cases[] = {
-      {L"abc", 3, 8, true, W(L"abc\0\0\0\0\0")}, // strcpyn zero-fills
-      {L"abc", 3, 4, true, W(L"abc\0")}, {L"abc", 3, 3, false, L"abc"}, // wcsncpy: no terminator
-      {L"abcdef", 2, 4, true, W(L"abc\0")},                             // srcLen only decides
-      {L"ab", 5, 4, false, W(L"ab\0\0")}, {L"abc", 0, 0, false, L""},
-      {nullptr, 0, 3, true, W(L"\0\0\0")},
-  };
-  // clang-format on
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message()
-                 << (c.src ? c.src : L"(null)") << " " << c.srcLen << "/" << c.dstLen);
-    qxtest::Guarded<wchar_t> dst(0, kWideSentinel);
-    EXPECT_EQ(ConvertWideCharToSystem(c.src, c.srcLen, dst.data(), QXCHARSET_MAC_ROMAN, c.dstLen),
-              c.result);
-    EXPECT_TRUE(Written(dst, c.written));
-  }
-}
-
-TEST(ConvertSystemToWideChar, Cases) {
-  // clang-format off
-  const struct {
-    const wchar_t* src;
-    unsigned int dstLen;
     bool acceptTruncation, result;
     std::wstring written;
   } cases[] = {
-      {L"abc", 5, false, true, W(L"abc\0\0")}, {L"abc", 4, false, true, W(L"abc\0")},
-      {L"abc", 3, false, false, L"abc"}, {L"abc", 3, true, true, L"abc"}, // only the terminator out
-      {L"abcd", 3, true, false, L"abc"}, {L"", 1, false, true, W(L"\0")}, {L"", 0, true, true, L""},
+      {L"abc", 3, 8, false, true, W(L"abc\0\0\0\0\0")}, // strcpyn zero-fills
+      {L"abc", 3, 4, false, true, W(L"abc\0")}, {L"abc", 3, 3, false, false, L"abc"}, // wcsncpy
+      {L"abcdef", 2, 4, false, true, W(L"abc\0")}, // srcLen only decides
+      {L"ab", 5, 4, false, false, W(L"ab\0\0")}, {L"abc", 0, 0, false, false, L""},
+      {nullptr, 0, 3, false, true, W(L"\0\0\0")}, {L"", kCopy, 0, true, true, L""},
+      {L"abc", kCopy, 5, false, true, W(L"abc\0\0")}, {L"abcd", kCopy, 3, true, false, L"abc"},
+      {L"abc", kCopy, 4, false, true, W(L"abc\0")}, {L"abc", kCopy, 3, false, false, L"abc"},
+      {L"abc", kCopy, 3, true, true, L"abc"}, {L"", kCopy, 1, false, true, W(L"\0")},
   };
   // clang-format on
   for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.src << " " << c.dstLen << " " << c.acceptTruncation);
+    SCOPED_TRACE(testing::Message() << (c.src ? c.src : L"(null)") << " " << c.srcLen << "/"
+                                    << c.dstLen << " " << c.acceptTruncation);
     qxtest::Guarded<wchar_t> dst(0, kWideSentinel);
-    EXPECT_EQ(ConvertSystemToWideChar(c.src, dst.data(), c.dstLen, c.acceptTruncation), c.result);
+    EXPECT_EQ(
+        c.srcLen == kCopy
+            ? ConvertSystemToWideChar(c.src, dst.data(), c.dstLen, c.acceptTruncation)
+            : ConvertWideCharToSystem(c.src, c.srcLen, dst.data(), QXCHARSET_MAC_ROMAN, c.dstLen),
+        c.result);
     EXPECT_TRUE(Written(dst, c.written));
   }
 }

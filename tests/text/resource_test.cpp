@@ -27,6 +27,13 @@ std::wstring Missing(int id) {
   return L"The string resource (" + std::to_wstring(id) + L") could not be accessed.";
 }
 
+// ExpectTexts - what `strings` gives for each identifier.
+void ExpectTexts(const cStringResource& strings,
+                 std::initializer_list<std::pair<int, std::wstring>> cases) {
+  for (const auto& [id, text] : cases)
+    EXPECT_EQ(std::wstring(strings[id]), text) << id;
+}
+
 bool ModuleLoaded() { return qx::win::GetModuleHandleW(kModule.c_str()) != nullptr; }
 
 TEST(StringResource, TheRingHandsOutTenBuffersStartingWithBufferOne) {
@@ -46,21 +53,18 @@ TEST(StringTable, FindsTheFirstEntryBeforeTheEndElseTheFixedTexts) {
   sStringTable table[] = {
       {5, L"five"}, {5, L"shadowed"}, {9, longText.c_str()}, {0, nullptr}, {7, L"after the end"}};
   cStringTable strings(table);
-  const struct {
-    int id;
-    std::wstring text;
-  } kCases[] = {
-      {5, L"five"},
-      {9, longText.substr(0, 254)},
-      {58, L"Internal Error: %u"},
-      {59, L"System Error"},
-      {60, L"Program cannot run because required resource was not found.  Executable file may "
-           L"be damaged."},
-      {7, Missing(7)},
-      {-12, Missing(-12)},
-  };
-  for (const auto& c : kCases)
-    EXPECT_EQ(std::wstring(strings[c.id]), c.text) << c.id;
+  ExpectTexts(
+      strings,
+      {
+          {5, L"five"},
+          {9, longText.substr(0, 254)},
+          {58, L"Internal Error: %u"},
+          {59, L"System Error"},
+          {60, L"Program cannot run because required resource was not found.  Executable file may "
+               L"be damaged."},
+          {7, Missing(7)},
+          {-12, Missing(-12)},
+      });
 
   sStringTable endFirst[] = {{0, nullptr}, {3, L"three"}};
   EXPECT_EQ(std::wstring(cStringTable(endFirst)[3]), Missing(3));
@@ -72,20 +76,15 @@ TEST(StringTable, FindsTheFirstEntryBeforeTheEndElseTheFixedTexts) {
 }
 
 TEST(ResourceDll, ReadsTheStringsOfAModuleMadeFromAResourceScript) {
-  cResourceDLL strings(kModule.c_str());
-  const struct {
-    int id;
-    std::wstring text;
-  } kCases[] = {
-      {1, L"Roads"},
-      {1001, L"Cannot open ^0."},                   // a #define'd expression
-      {2000, Repeat(kAlphabet, 12).substr(0, 254)}, // cut to the buffer
-      {65535, L"last"},                             // the highest identifier
-      {59, L"The system failed"},                   // the module's text wins
-      {2, Missing(2)},                              // inside #if 0
-  };
-  for (const auto& c : kCases)
-    EXPECT_EQ(std::wstring(strings[c.id]), c.text) << c.id;
+  ExpectTexts(cResourceDLL(kModule.c_str()),
+              {
+                  {1, L"Roads"},
+                  {1001, L"Cannot open ^0."},                   // a #define'd expression
+                  {2000, Repeat(kAlphabet, 12).substr(0, 254)}, // cut to the buffer
+                  {65535, L"last"},                             // the highest identifier
+                  {59, L"The system failed"},                   // the module's text wins
+                  {2, Missing(2)},                              // inside #if 0
+              });
 }
 
 // The module is loaded at the first lookup; each object, copies included,

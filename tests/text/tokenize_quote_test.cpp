@@ -40,9 +40,6 @@ TEST(ListTokens, Table) {
     EXPECT_EQ(*next, 0); // null only once the end is reached
     EXPECT_EQ(next, text.data() + text.size());
   }
-}
-
-TEST(ListTokens, NullArguments) {
   wchar_t text[] = L"a,b";
   wchar_t* next = text;
   EXPECT_EQ(qxStrtok(nullptr, L",", false, &next), nullptr);
@@ -114,9 +111,7 @@ TEST(PositionTokens, Table) {
     EXPECT_EQ(te, c.endAt);
     EXPECT_EQ(next, c.endAt);
   }
-}
-
-TEST(PositionTokens, BadArgumentsWriteNothing) {
+  // Bad arguments write nothing.
   qxt::string text(L"a,b");
   unsigned int ts = 7, te = 7, next = 7;
   EXPECT_FALSE(qxStrtok(text, 4, L",", &ts, &te, &next, nullptr));

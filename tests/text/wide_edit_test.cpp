@@ -96,7 +96,7 @@ TEST(WideEdit, ReplaceAndReverse) {
   EXPECT_EQ(memrev(nullptr, 4), nullptr);
 }
 
-TEST(WideEdit, ConcatBackslash) {
+TEST(WideEdit, ConcatBackslashAndStrcpyn) {
   // strcpyn fills all n units; the backslash and its terminator may use the
   // one spare unit after them.
   const struct {
@@ -121,13 +121,10 @@ TEST(WideEdit, ConcatBackslash) {
   concat_backslash(L"zzz", dst, 0);
   EXPECT_STREQ(dst, L"ab\\");
   concat_backslash(L"x", nullptr, 4);
-}
-
-// strcpyn's sizes are held by the unquote and conversion tables and quote_fuzz.
-TEST(WideEdit, StrcpynNulls) {
-  auto buf = qxtest::Buffer(4);
-  strcpyn(buf.data(), nullptr, 4);
-  EXPECT_EQ(buf.Text(), L"");
+  // strcpyn's sizes are held by the unquote and conversion tables and quote_fuzz.
+  auto copy = qxtest::Buffer(4);
+  strcpyn(copy.data(), nullptr, 4);
+  EXPECT_EQ(copy.Text(), L"");
   EXPECT_EQ(strcpyn(nullptr, L"abc", 4), nullptr);
 }
 
@@ -227,16 +224,12 @@ TEST(LineEnds, AddCrs) {
   EXPECT_EQ(TextAddCrs(&untouched, nullptr, 3), 0u);
   EXPECT_EQ(untouched, reinterpret_cast<wchar_t*>(0x1));
   EXPECT_EQ(TextAddCrs(nullptr, L"a", 1), 0u);
-}
-
-TEST(LineEnds, AddCrsWithoutMemory) {
-  wchar_t keep[] = L"old";
-  wchar_t* out = keep;
+  // Without memory *out keeps what it held.
   qx::platform::FailAllocations(1, true);
-  unsigned int n = TextAddCrs(&out, L"a\nb", 3);
+  unsigned int n = TextAddCrs(&untouched, L"a\nb", 3);
   qx::platform::FailAllocations(0, false);
   EXPECT_EQ(n, 0u);
-  EXPECT_EQ(out, keep);
+  EXPECT_EQ(untouched, reinterpret_cast<wchar_t*>(0x1));
 }
 
 TEST(LineEnds, FilterNewline) {
