@@ -122,8 +122,8 @@ TEST_F(LikeErrors, LongInputsNeedNoBacktracking) {
     const wchar_t* pattern;
     bool match;
   } cases[] = {
-      {L"%a%a%a%a%a%a%b", false}, {L"%a%a%a%a%a%a%a", true}, {L"%a%a%a%a%a%a%%", true},
-      {L"%aab%", false},          {L"_%_%_%_", true},
+      {L"%a%a%a%a%a%a%b", false}, // the most backtracking: like_fuzz holds the rest
+      {L"_%_%_%_", true},
   };
   for (const auto& c : cases) {
     bool match = !c.match;
