@@ -132,9 +132,8 @@ TEST(WideTrim, Skipwhite) {
   const struct {
     const wchar_t* in;
     long at; // -1: null
-  } cases[] = {{L" \tx ", 2}, {L"x", 0},        {L"  ", -1},
-               {L"", -1},     {L"\r\n\f y", 4}, {L"\vx", 0}, // vertical tab is not white space
-               {L"\x01x", 0}};
+  } cases[] = {{L" \tx ", 2}, {L"\x01x", 0},    {L"  ", -1},
+               {L"", -1},     {L"\r\n\f y", 4}, {L"\vx", 0}}; // vertical tab is not white space
   for (const auto& c : cases) {
     const wchar_t* r = skipwhite(c.in);
     EXPECT_EQ(r ? r - c.in : -1, c.at) << c.in;
