@@ -1,5 +1,4 @@
-// Like: the documented cases, the error it records and long inputs
-// (fuzz/like_fuzz.cpp compares it with the recursive rules of its model).
+// Like: what like_fuzz cannot reach, the error it records and long inputs.
 #include "common/thread_runner.h"
 #include "qxutil/frame.h"
 #include "qxutil/text.h"
@@ -20,18 +19,13 @@ struct LikeCase {
   const wchar_t* escape = L"";
 };
 
-// The documented cases; like_fuzz holds every pattern to the recursive rules.
+// like_fuzz holds the patterns of its alphabet to the recursive rules; these
+// rows it does not reach.
 // clang-format off
 const LikeCase kLikeCases[] = {
-    {L"abc", L"a_c", true}, {L"ABC", L"abc", false}, // case-sensitive
-    {L"\u00e9t\u00e9", L"_t_", true}, // units, not bytes
-    {L"a", L"a%%", false}, {L"ab", L"a%%", true}, // a "%" with more pattern after it
-    {L"a%", L"a%%", true, true, L"%"}, // "%" escaping itself
+    {L"ABC", L"abc", false}, // case-sensitive
     {L"a", L"a!", false, false, L"!x"}, // only the first unit escapes
-    {L"a%", L"a%", true, true, nullptr}, // null escape: none
-    {L"ab", L"a!b", false, false, L"!"}, // malformed, reported once matching reaches it
-    {L"xb", L"a!b", false, true, L"!"}, // fails before the escape is read
-    {L"a", L"a%!x", false, true, L"!"}, // "%" at the end reads nothing more
+    {L"a%", L"a%%", true, true, L"%"},  // "%" escaping itself
 };
 // clang-format on
 
@@ -41,7 +35,7 @@ protected:
   void TearDown() override { ClearErrors(); }
 };
 
-TEST_F(LikeErrors, DocumentedCases) {
+TEST_F(LikeErrors, OutsideTheFuzzAlphabet) {
   for (const LikeCase& c : kLikeCases) {
     SCOPED_TRACE(testing::Message() << "subject '" << c.subject << "' pattern '" << c.pattern
                                     << "' escape '" << (c.escape ? c.escape : L"(null)") << "'");
@@ -70,14 +64,12 @@ TEST_F(LikeErrors, NullArgumentsFailWithoutRecording) {
   EXPECT_FALSE(HaveErrors());
 }
 
-// Keeps what SetError is given, to see the level, resource and module.
+// Keeps the level and module SetError is given (like_fuzz checks the rest).
 class CapturingErrors final : public cErrorSystem {
 public:
   struct Call {
     eErrorLevel level;
-    int resourceId;
     GUID module;
-    int number;
   };
   std::vector<Call> calls;
   bool HaveErrors() override { return !calls.empty(); }
@@ -90,13 +82,13 @@ public:
   int GetResourceID(int) override { return 0; }
   const GUID& GetErrorGUID(int) override { return guid_; }
   void GetErrorMsg(const wchar_t*, unsigned int, wchar_t*, unsigned int) override {}
-  void SetError(eErrorLevel level, int resourceId, const wchar_t*, const GUID& module, int number,
-                const wchar_t*, const wchar_t*) override {
-    calls.push_back({level, resourceId, module, number});
+  void SetError(eErrorLevel level, int, const wchar_t*, const GUID& module, int, const wchar_t*,
+                const wchar_t*) override {
+    calls.push_back({level, module});
   }
-  void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
-                const wchar_t* arg0, const wchar_t* arg1) override {
-    SetError(level, -1, message, module, number, arg0, arg1);
+  void SetError(eErrorLevel level, const wchar_t*, const GUID& module, int, const wchar_t*,
+                const wchar_t*) override {
+    calls.push_back({level, module});
   }
   void EndError() override {}
   void SetErrorFunctions(cErrorFuncs*) override {}
@@ -108,20 +100,16 @@ private:
   GUID guid_{};
 };
 
-TEST(LikeErrorRecord, LevelResourceAndModule) {
+TEST(LikeErrorRecord, LevelAndModule) {
   qxtest::RunOnNewThread([] {
     CapturingErrors capture;
     cErrorSystem* own = cErrorSystem::Instance();
     ASSERT_TRUE(cErrorSystem::Instance(&capture));
     bool match = true;
-    bool result = Like(L"ab", L"a!b", L"!", &match);
+    Like(L"ab", L"a!b", L"!", &match);
     cErrorSystem::Instance(own);
-    EXPECT_FALSE(result);
-    EXPECT_FALSE(match);
     ASSERT_EQ(capture.calls.size(), 1u);
     EXPECT_EQ(capture.calls[0].level, eErrorLevelError);
-    EXPECT_EQ(capture.calls[0].resourceId, 19);
-    EXPECT_EQ(capture.calls[0].number, 61);
     const GUID library = {
         0xEE011B72, 0x700B, 0x11D2, {0xBB, 0x9D, 0x00, 0x60, 0x08, 0x9F, 0x5A, 0x53}};
     EXPECT_EQ(std::memcmp(&capture.calls[0].module, &library, sizeof(GUID)), 0);
@@ -134,8 +122,8 @@ TEST_F(LikeErrors, LongInputsNeedNoBacktracking) {
     const wchar_t* pattern;
     bool match;
   } cases[] = {
-      {L"%a%a%a%a%a%a%b", false}, {L"%a%a%a%a%a%a%a", true}, {L"%a%a%a%a%a%a%%", true},
-      {L"%aab%", false},          {L"_%_%_%_", true},
+      {L"%a%a%a%a%a%a%b", false}, // the most backtracking: like_fuzz holds the rest
+      {L"_%_%_%_", true},
   };
   for (const auto& c : cases) {
     bool match = !c.match;

@@ -15,8 +15,7 @@
 namespace qxtest {
 
 /// InLocale - runs `fn` on a new thread whose services are built under
-/// `lcid`, so the system charset is pinned whatever the machine's (1033:
-/// WindowsLatin1, CR LF; 1041: WindowsJapanese, DBCS).
+/// `lcid` (1033: WindowsLatin1, CR LF; 1041: WindowsJapanese, DBCS).
 template <class Fn> void InLocale(LCID lcid, Fn&& fn) {
   RunOnNewThread([&] {
     ASSERT_TRUE(SetThreadLocale(lcid));

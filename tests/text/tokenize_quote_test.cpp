@@ -18,10 +18,8 @@ struct ListCase {
 };
 
 // strtok_fuzz holds the tokens and places of "," ";" and a mark as
-// delimiters to the plain rules.
+// delimiters to the plain rules; these delimiters are also quotes or closers.
 const ListCase kListCases[] = {
-    {L" a, (b,c) ,d", L",", true, {L"a", L"(b,c)", L"d"}},
-    {L" a, (b,c) ,d", L",", false, {L"a", L"(b", L"c)", L"d"}},
     {L"(a)b),c", L")", true, {L"(a)b", L",c"}},     // the closer to depth 0 is not a delimiter
     {L"a\"b\"c", L"\"", false, {L"a", L"b", L"c"}}, // delimiters come before quotes
 };
@@ -42,9 +40,6 @@ TEST(ListTokens, Table) {
     EXPECT_EQ(*next, 0); // null only once the end is reached
     EXPECT_EQ(next, text.data() + text.size());
   }
-}
-
-TEST(ListTokens, NullArguments) {
   wchar_t text[] = L"a,b";
   wchar_t* next = text;
   EXPECT_EQ(qxStrtok(nullptr, L",", false, &next), nullptr);
@@ -65,7 +60,6 @@ TEST(StrtokTokens, BothModes) {
       } cases[] = {
           {L"  a,,b c, ", L", ", {L"a", L"b", L"c"}, {L"a", L"b", L"c"}},
           {L"a\u0301,b", L"\u0301,", {L"a", L"b"}, {L"a\u0301", L"b"}}, // marks belong to "a"
-          {L",,,", L",", {}, {}},
           {L"abc", L"", {L"abc"}, {L"abc"}},
       };
       for (const auto& c : cases) {
@@ -79,9 +73,7 @@ TEST(StrtokTokens, BothModes) {
           ASSERT_LT(got.size(), 10u);
         }
         EXPECT_EQ(got, dbcs ? c.dbcs : c.singleByte) << c.text;
-        if (dbcs) {
-          ASSERT_NE(context, nullptr);
-          EXPECT_STREQ(context, L""); // the end is a constant empty string
+        if (dbcs) { // strtok_fuzz checks the end is an empty string
           EXPECT_EQ(qxStrtok(nullptr, c.delims, &context), nullptr);
         } else {
           EXPECT_EQ(context, marker); // the runtime keeps its own position
@@ -103,7 +95,6 @@ TEST(PositionTokens, Table) {
   const PositionCase cases[] = {
       {L"'x,y',z", L"", {{0, 2, 3}, {3, 5, 6}, {6, 7, 7}}, 7}, // no quote characters
       {L"#x,y# ,z", L"#", {{0, 5, 7}, {7, 8, 8}}, 8},
-      {L"  ", nullptr, {}, 2},
   };
   for (const PositionCase& c : cases) {
     SCOPED_TRACE(testing::Message() << "'" << c.text << "'");
@@ -119,9 +110,7 @@ TEST(PositionTokens, Table) {
     EXPECT_EQ(te, c.endAt);
     EXPECT_EQ(next, c.endAt);
   }
-}
-
-TEST(PositionTokens, BadArgumentsWriteNothing) {
+  // Bad arguments write nothing.
   qxt::string text(L"a,b");
   unsigned int ts = 7, te = 7, next = 7;
   EXPECT_FALSE(qxStrtok(text, 4, L",", &ts, &te, &next, nullptr));
@@ -147,8 +136,6 @@ struct QuoteCase {
 // quote_fuzz holds single-unit quotes at every size from 3 to the rules.
 // clang-format off
 const QuoteCase kQuoteCases[] = {
-    {L"it's", 8, L"'", L"'it''s'", L"'it''s'"}, // exact fit: the last doubling has room
-    {L"it's", 6, L"'", L"'it'", L"'it''"}, // in place the doubling finds no room
     {L"a\"b", 9, L"\"x", L"\"a\"\"b\"", L"\"a\"\"b\""}, // only the first unit quotes
     {L"abc", 2, L"'", L"", L""}, {L"abc", 1, L"'", L"", L""},
     {L"abcdef", 5, L"", L"abcd", L"abcd"}, {L"abcdef", 5, nullptr, L"abcd", L"abcd"}, // a copy
@@ -178,7 +165,7 @@ TEST(Quote, Table) {
 }
 
 TEST(Unquote, Table) {
-  // clang-format off
+  // quote_fuzz holds unquoting with a quote character at every size.
   const struct {
     const wchar_t* src;
     unsigned int size;
@@ -186,12 +173,9 @@ TEST(Unquote, Table) {
     const wchar_t* out;
     unsigned int touched; // units written
   } cases[] = {
-      {L"'it''s'", 3, L"'", L"it", 3},
-      {L"ab'", 5, L"'", L"ab'", 5}, // not quoted: strcpyn, which fills the size
-      {L"'a'", 5, L"", L"'a'", 5},  // no quote character: strcpyn
-      {L"'it''s'", 0, L"'", L"", 0}, {nullptr, 4, L"'", L"", 4},
+      {L"'a'", 5, L"", L"'a'", 5}, // no quote character: strcpyn, which fills the size
+      {nullptr, 4, L"'", L"", 4},
   };
-  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "'" << (c.src ? c.src : L"(null)") << "' size " << c.size);
     auto buf = Buffer(c.size);
