@@ -164,10 +164,10 @@ TEST(SQLDate, Reading) {
   OnPinnedThread(1033, [] {
     // The separator between fields is not compared; text left over or
     // missing fails.
-    Reads(L"yyyy-mm-dd", {{L"2024-03-05", 20240305}, {L"2024/3/5", 20240305}});
-    Reads(L"yyyy-mm-dd", {{L"2024--03--05", 20240305}});
-    Refuses(L"yyyy-mm-dd", {L"2024-03-05 extra", L"2024-03", L"2024-02-30", L"2024-13-01"});
-    Refuses(L"yyyy-mm-dd", {L"12024-01-01", L"2024-003-01"});
+    Reads(L"yyyy-mm-dd",
+          {{L"2024-03-05", 20240305}, {L"2024/3/5", 20240305}, {L"2024--03--05", 20240305}});
+    Refuses(L"yyyy-mm-dd", {L"2024-03-05 extra", L"2024-03", L"2024-02-30", L"2024-13-01",
+                            L"12024-01-01", L"2024-003-01"});
     // Names of months and days, the weekday checked.
     Reads(L"dd-mmm-yyyy", {{L"05-MAR-2024", 20240305}});
     Reads(L"d mmmm yyyy", {{L"5 march 2024", 20240305}});
