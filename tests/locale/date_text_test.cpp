@@ -34,7 +34,6 @@ TEST(MakeDateString, Layouts) {
       {2, L"-", nullptr, kBuffer, true, L"2024-03-05"},
       {5, L"-", nullptr, kBuffer, true, L"2024-05-03"},
       {0, L"", nullptr, kBuffer, true, L"03052024"},
-      {2, L"", nullptr, kBuffer, true, L"20240305"},
       {3, L"/", nullptr, kBuffer, false, kNothing},
       {4, L"/", nullptr, kBuffer, false, kNothing},
       {-1, L"/", nullptr, kBuffer, false, kNothing},
