@@ -77,8 +77,7 @@ TEST(TimeSpan, FromString) {
   struct Case {
     const wchar_t* text;
     long long ticks;
-  } cases[] = {{L"00000000000000", 0},
-               {L"-00000000000001", -1},
+  } cases[] = {{L"-00000000000001", -1},
                {L"+00011020304000005", kDay + 10 * kHour + 20 * kMinute + 304000005LL},
                {L"1020304000005", 10 * kHour + 20 * kMinute + 304000005LL},
                {L"00002500000000000", 25 * kHour},
@@ -327,7 +326,6 @@ TEST(DateTime, TextBothWays) {
       const wchar_t* text;
       long long expected;
     } parses[] = {{L"202403051430000000000", d->Ticks()},
-                  {L"05.03.2024 14:30", d->Ticks()},
                   {L" 5.3.2024\t14:30 ", d->Ticks()},
                   {L"5.3.2024", midnight->Ticks()},
                   {L"5.3 14:30", Ticks(CreateDateTime(2026, 3, 5, 14, 30, 0))}};
