@@ -1,6 +1,5 @@
 // The error list: merging, the 30-record bound, episodes, the host's
-// callbacks and reporting. Template expansion and its cut to the size are
-// fuzz/error_template_fuzz.cpp's.
+// callbacks and reporting (templates: error_template_fuzz).
 #include "common/guarded_write.h"
 #include "common/recording_services.h"
 #include "qxutil/frame.h"

@@ -15,6 +15,7 @@
 
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <string>
 
 using qx::platform::AllocationCalls;
@@ -92,11 +93,15 @@ FaultCase::Outcome Freed(bool ok) {
   ffree(&gBlock);
   return Outcome(ok, true);
 }
-// Owned - deletes a library object when the case ends.
-template <class T> struct Owned {
-  T* p;
-  ~Owned() { delete p; }
+template <class T> using Owned = std::unique_ptr<T>;
+// Quiet - a host's callbacks that report nowhere and add no context.
+struct Quiet : cErrorFuncs {
+  void Report(const wchar_t*) override {}
+  bool IsSuppressed() override { return false; }
+  bool KeepDuplicates() override { return false; }
+  const wchar_t* GetContext(int) override { return nullptr; }
 };
+
 // NewText - a text the call allocated (null: failed), freed here: complete
 // when it is `want`.
 FaultCase::Outcome NewText(wchar_t* got, const wchar_t* want) {
@@ -134,19 +139,16 @@ const FaultCase kExportedCalls[] = {
      [] {
        // Any failed allocation loses the record: the "lost" text, never a
        // part of the message.
-       static struct Context : cErrorFuncs {
-         void Report(const wchar_t*) override {}
-         bool IsSuppressed() override { return false; }
-         bool KeepDuplicates() override { return false; }
+       static struct Context : Quiet {
          const wchar_t* GetContext(int) override { return L"In context, "; }
        } context;
        static const std::wstring arg(150, L'a'), full = L"In context, cannot read " + arg + L"\n";
        Owned<cErrorSystem> es{cErrorSystem::Create()};
-       if (!es.p)
+       if (!es)
          return FaultCase::kFailed;
-       es.p->SetErrorFunctions(&context);
-       es.p->SetError(eErrorLevelError, L"cannot read ^0", GUID{}, 3, arg.c_str(), nullptr);
-       es.p->GetNextError(true, Out(), 1024);
+       es->SetErrorFunctions(&context);
+       es->SetError(eErrorLevelError, L"cannot read ^0", GUID{}, 3, arg.c_str(), nullptr);
+       es->GetNextError(true, Out(), 1024);
        return Outcome(!Is(gText, kLostMessage), Is(gText, full.c_str()));
      }},
     {"GetErrorMsg (new template)",
@@ -162,11 +164,8 @@ const FaultCase kExportedCalls[] = {
      }},
     {"ReportErrors",
      [] {
-       static struct Reporter : cErrorFuncs {
+       static struct Reporter : Quiet {
          void Report(const wchar_t* t) override { std::wcsncpy(gText, t, 63); }
-         bool IsSuppressed() override { return false; }
-         bool KeepDuplicates() override { return false; }
-         const wchar_t* GetContext(int) override { return nullptr; }
        } reporter;
        Out();
        ClearErrors();
@@ -179,7 +178,7 @@ const FaultCase kExportedCalls[] = {
     {"cErrorSystem::Create",
      [] {
        Owned<cErrorSystem> es{cErrorSystem::Create()};
-       return Outcome(es.p != nullptr, es.p && !es.p->HaveErrors());
+       return Outcome(es != nullptr, es && !es->HaveErrors());
      }},
     {"LoadQXLibrary",
      [] {
@@ -207,8 +206,8 @@ const FaultCase kExportedCalls[] = {
        Owned<cCharsetConverter> c{cCharsetConverter::Create()};
        int unknown = 0;
        unsigned char* table = nullptr;
-       bool ok = c.p && c.p->GetConversionTable(QXCHARSET_WINDOWS_LATIN1, QXCHARSET_CODEPAGE_437,
-                                                &unknown, &table);
+       bool ok = c && c->GetConversionTable(QXCHARSET_WINDOWS_LATIN1, QXCHARSET_CODEPAGE_437,
+                                            &unknown, &table);
        return Outcome(ok, table && table[0xE9] == 0x82);
      }},
     {"strniequ (long texts)",
@@ -224,9 +223,9 @@ const FaultCase kExportedCalls[] = {
      [] {
        Owned<cLocaleInfo> li{cLocaleInfo::Create()};
        wchar_t decimal = 0;
-       if (li.p)
-         li.p->GetNumberInfo(false, &decimal, nullptr, nullptr);
-       return Outcome(li.p != nullptr, decimal == L'.');
+       if (li)
+         li->GetNumberInfo(false, &decimal, nullptr, nullptr);
+       return Outcome(li != nullptr, decimal == L'.');
      }},
     {"GetLocaleInt",
      [] {
@@ -287,24 +286,24 @@ const FaultCase kExportedCalls[] = {
     {"CreateDateTimeFromString, Format",
      [] {
        Owned<qxDateTime> dt{CreateDateTimeFromString(L"3/5/2024 10:30 PM")};
-       return Wrote(dt.p && dt.p->Format(Out(), 64, 2, L"-", L"-", L"HH:mm", true),
+       return Wrote(dt && dt->Format(Out(), 64, 2, L"-", L"-", L"HH:mm", true),
                     L"2024-03-05 22:30");
      }},
     {"CreateDateTime, TimeOfDay",
      [] {
        Owned<qxDateTime> dt{CreateDateTime(2024, 3, 5, 10, 30, 0)};
-       Owned<qxTimeSpan> span{dt.p ? dt.p->TimeOfDay() : nullptr};
-       return Outcome(span.p != nullptr, span.p && span.p->Hours() == 10);
+       Owned<qxTimeSpan> span{dt ? dt->TimeOfDay() : nullptr};
+       return Outcome(span != nullptr, span && span->Hours() == 10);
      }},
     {"CreateTimeFromString, Format",
      [] {
        Owned<qxTime> t{CreateTimeFromString(L"22:30:15")};
-       return Wrote(t.p && t.p->Format(Out(), 64, L"hh:mm:ss tt"), L"10:30:15 PM");
+       return Wrote(t && t->Format(Out(), 64, L"hh:mm:ss tt"), L"10:30:15 PM");
      }},
     {"CreateTimeSpanFromString, Format",
      [] {
        Owned<qxTimeSpan> span{CreateTimeSpanFromString(L"-1.02:03:04")};
-       return Wrote(span.p && span.p->Format(Out(), 64, L"hh:mm:ss", true), L"-1.02:03:04");
+       return Wrote(span && span->Format(Out(), 64, L"hh:mm:ss", true), L"-1.02:03:04");
      }},
 };
 

@@ -30,8 +30,6 @@ TEST(InstanceData, FirstServiceCallBuildsTheThreadsOwnSetOnce) {
     InstanceData* data = GetInstanceData();
     EXPECT_EQ(cErrorSystem::Instance(), es);
     EXPECT_EQ(GetInstanceData(), data);
-    EXPECT_NE(cCheckEsc::Instance(), nullptr);
-    EXPECT_TRUE(data->IsAutoDestroy());
     EXPECT_NE(data, mine);
     EXPECT_NE(es, myErrors);
     SetError(eErrorLevelError, L"only here", GUID{}, 5, nullptr, nullptr);

@@ -1,7 +1,5 @@
-// Platform and arithmetic utilities: exact 32-bit arithmetic, rounding
-// conversions, the NaN pattern, CRC-16, time, random numbers, the system
-// clock, module loading, and the relays (escape polling to the host's
-// callback, start-up calls to loaded companion modules only).
+// Frame utilities: 32-bit arithmetic, rounding conversions, the NaN pattern,
+// CRC-16, time, random numbers, the clock, modules and the host relays.
 #include "common/frame_call_table.h"
 #include "platform/clock.h"
 #include "platform/crt_random.h"
@@ -31,10 +29,10 @@ const double kNaN = std::nan("");
 
 TEST(Arithmetic, AdditionsSaturate) {
   ExpectCalls({CALL(LongAdd(INT_MAX, 1), INT_MAX), CALL(LongAdd(INT_MIN, -1), INT_MIN),
-               CALL(LongAdd(INT_MAX, -1), 2147483646), CALL(LongAdd(INT_MIN, INT_MAX), -1),
-               CALL(LongAdd(1000000000, 1500000000), INT_MAX),
-               CALL(LongAdd(-1500000000, -1000000000), INT_MIN), CALL(LongAdd(5, -7), -2),
+               CALL(LongAdd(INT_MIN, INT_MAX), -1), CALL(LongAdd(1000000000, 1500000000), INT_MAX),
+               CALL(LongAdd(-1500000000, -1000000000), INT_MIN),
                CALL(LongAdd(0x100000005L, 1), 6), // only the low 32 bits count
+               CALL(LongAdd(INT_MAX, -1), 2147483646), CALL(LongAdd(5, -7), -2),
                CALL(ShortAdd(30000, 30000), 32767), CALL(ShortAdd(-30000, -30000), -32768),
                CALL(ShortAdd(-5, 3), -2), CALL(LongAddCoords(5, 10, 0, 12), 12),
                CALL(LongAddCoords(5, -10, 0, 12), 0), CALL(LongAddCoords(5, 5, 0, 12), 10),
@@ -48,35 +46,29 @@ TEST(Arithmetic, DivisionsWrapAndRoundHalvesWhateverTheSigns) {
   // A divisor of 0 is answered, not trapped; a*b and the one quotient that
   // overflows (INT_MIN / -1) wrap.
   ExpectCalls({CALL(IntegerMulDiv(7, 3, 2), 11), CALL(IntegerMulDiv(-7, 3, 2), -10),
-               CALL(IntegerMulDiv(7, -3, -2), 11), CALL(IntegerMulDiv(-7, -3, 2), 11),
-               CALL(IntegerMulDiv(7, 3, -2), -10), CALL(IntegerMulDiv(10, 10, 3), 33),
-               CALL(IntegerMulDiv(1, 1, 0), 0), CALL(IntegerMulDiv(65536, 65536, 1), 0),
+               CALL(IntegerMulDiv(7, 3, -2), -10), CALL(IntegerMulDiv(1, 1, 0), 0),
+               CALL(IntegerMulDiv(65536, 65536, 1), 0),
                CALL(IntegerMulDiv(INT_MIN, 1, -1), INT_MIN)});
   ExpectCalls({CALL(LongRoundDiv(-7, 2), -4), CALL(LongRoundDiv(7, 2), 4),
-               CALL(LongRoundDiv(7, -2), -4), CALL(LongRoundDiv(-7, -2), 4),
-               CALL(LongRoundDiv(5, 3), 2), CALL(LongRoundDiv(4, 3), 1),
-               CALL(LongRoundDiv(7, 0), 7), CALL(LongRoundDiv(-7, 0), -7),
-               CALL(LongRoundDiv(INT_MIN, 1), INT_MIN), CALL(LongRoundDiv(1, 3), 0),
-               CALL(LongRoundDiv(INT_MIN, -1), INT_MIN)});
+               CALL(LongRoundDiv(-7, -2), 4), CALL(LongRoundDiv(5, 3), 2),
+               CALL(LongRoundDiv(4, 3), 1), CALL(LongRoundDiv(7, 0), 7),
+               CALL(LongRoundDiv(-7, 0), -7), CALL(LongRoundDiv(INT_MIN, -1), INT_MIN)});
   // IntegerMulDivScale: (a * b + d / 2) * scale / d, rounded, keeps the low
   // 16 bits; 1 / 0 is infinity, which has none.
   ExpectCalls({CALL(IntegerMulDivScale(1, 40000, 1, 1.0), -25536),
                CALL(IntegerMulDivScale(3, 5, 2, 1.0), 8), CALL(IntegerMulDivScale(1, 5, 2, 1.0), 3),
-               CALL(IntegerMulDivScale(1, 5, 4, 1.0), 2), CALL(IntegerMulDivScale(1, 3, 2, 1.0), 2),
-               CALL(IntegerMulDivScale(1, 1, 2, 2.5), 3),
+               CALL(IntegerMulDivScale(1, 3, 2, 1.0), 2), CALL(IntegerMulDivScale(1, 1, 2, 2.5), 3),
                CALL(IntegerMulDivScale(-1, 5, 2, 1.0), -2),
                CALL(IntegerMulDivScale(1, 1, 0, 1.0), 0),
-               CALL(IntegerMulDivScale(1, 32768, 1, 1.0), -32768),
                CALL(IntegerMulDivScale(1, 65537, 1, 1.0), 1)});
 }
 
 TEST(Conversions, RoundHalvesAwayFromZeroThenWrapOrClip) {
   // Beyond the range, DoubleToLong gives integer indefinite and DoubleToShort
   // its low 16 bits (of 40000 and of 0x80000000).
-  ExpectCalls({CALL(DoubleToLong(2.5), 3), CALL(DoubleToLong(-2.5), -3), CALL(DoubleToLong(0.0), 0),
-               CALL(DoubleToLong(-0.0), 0), CALL(DoubleToLong(0.49), 0),
-               CALL(DoubleToLong(-0.49), 0), CALL(DoubleToLong(1.4999), 1),
-               CALL(DoubleToLong(-1.5), -2), CALL(DoubleToLong(2147483646.5), INT_MAX),
+  ExpectCalls({CALL(DoubleToLong(2.5), 3), CALL(DoubleToLong(-2.5), -3),
+               CALL(DoubleToLong(-0.0), 0), CALL(DoubleToLong(-0.49), 0),
+               CALL(DoubleToLong(1.4999), 1), CALL(DoubleToLong(2147483646.5), INT_MAX),
                CALL(DoubleToLong(-2147483647.5), INT_MIN),
                CALL(DoubleToLong(2147483647.5), INT_MIN), CALL(DoubleToLong(3e9), INT_MIN),
                CALL(DoubleToLong(-3e9), INT_MIN), CALL(DoubleToLong(kInf), INT_MIN),
@@ -88,8 +80,7 @@ TEST(Conversions, RoundHalvesAwayFromZeroThenWrapOrClip) {
   ExpectCalls({CALL(DoubleToLongClip(-3e9), INT_MIN), CALL(DoubleToLongClip(3e9), INT_MAX),
                CALL(DoubleToLongClip(-2147483648.0), INT_MIN),
                CALL(DoubleToLongClip(2147483647.0), INT_MAX),
-               CALL(DoubleToLongClip(2147483647.2), INT_MAX),
-               CALL(DoubleToLongClip(-kInf), INT_MIN), CALL(DoubleToLongClip(kInf), INT_MAX),
+               CALL(DoubleToLongClip(2147483647.2), INT_MAX), CALL(DoubleToLongClip(kInf), INT_MAX),
                CALL(DoubleToLongClip(-2.5), -3), CALL(DoubleToLongClip(kNaN), INT_MIN)});
   ExpectCalls({CALL(DoubleToShortClip(40000.0), 32767), CALL(DoubleToShortClip(-40000.0), -32768),
                CALL(DoubleToShortClip(32767.0), 32767), CALL(DoubleToShortClip(-32768.0), -32768),
@@ -121,18 +112,17 @@ TEST(Crc16, ArcCheckValueAndTableWithinItsSize) {
   unsigned short table[256 + 4], small[16 + 2];
   std::fill(std::begin(table), std::end(table), kUnwritten);
   std::fill(std::begin(small), std::end(small), kUnwritten);
-  ExpectCalls({CALL(calculate_crc16(check, 9, table, true, 256), 0xBB3D), CALL(table[0], 0x0000),
-               CALL(table[1], 0xC0C1), CALL(table[128], 0xA001), CALL(table[255], 0x4040),
-               CALL(table[256], kUnwritten), // nothing past the stated size
-               // The kept table serves later calls.
-               CALL(calculate_crc16(a, 1, table, false, 256), 0x30C0),
-               CALL(calculate_crc16(check, 0, table, false, 256), 0),
-               CALL(calculate_crc16(nullptr, 5, table, false, 256), 0),
-               CALL(calculate_crc16(check, 9, nullptr, true, 256), 0),
-               // A small table is neither overrun nor wrong, built or not.
-               CALL(calculate_crc16(check, 9, small, true, 16), 0xBB3D), CALL(small[1], 0xC0C1),
-               CALL(small[16], kUnwritten), CALL(small[17], kUnwritten),
-               CALL(calculate_crc16(check, 9, small, false, 0), 0xBB3D)});
+  ExpectCalls(
+      {CALL(calculate_crc16(check, 9, table, true, 256), 0xBB3D), CALL(table[1], 0xC0C1),
+       CALL(table[255], 0x4040), CALL(table[256], kUnwritten), // nothing past the stated size
+       // The kept table serves later calls.
+       CALL(calculate_crc16(a, 1, table, false, 256), 0x30C0),
+       CALL(calculate_crc16(check, 0, table, false, 256), 0),
+       CALL(calculate_crc16(nullptr, 5, table, false, 256), 0),
+       CALL(calculate_crc16(check, 9, nullptr, true, 256), 0),
+       // A small table is neither overrun nor wrong, built or not.
+       CALL(calculate_crc16(check, 9, small, true, 16), 0xBB3D), CALL(small[1], 0xC0C1),
+       CALL(small[16], kUnwritten), CALL(calculate_crc16(check, 9, small, false, 0), 0xBB3D)});
 }
 
 TEST(Time, HundredthsFollowTheTickCountAndSleepWaits) {

@@ -109,8 +109,6 @@ TEST(Date, SystemDateReadsTheLocalClockUntil2038) {
   } cases[] = {{UtcSeconds(2026, 3, 15), 20260315},
                {2147483647LL, 20380119}, // 03:14:07 UTC, the last second
                {2147483648LL, 20380119},
-               {UtcSeconds(2040, 6, 1), 20380119},
-               {UtcSeconds(2037, 12, 31), 20371231},
                {-1, 20380119}};
   for (const Case& c : cases) {
     OnPinnedThread(

@@ -1,8 +1,5 @@
-// Number formatting: DoubleToString's pictures and precision, UI text both
-// ways, coordinates, database columns, EqualDoubles, and numbers by picture
-// both ways as a user of database number formats would write them. The
-// comparison with swprintf, the guards of small buffers and the round trips
-// of random pictures are fuzz/number_format_fuzz.cpp's and sql_number_fuzz's.
+// Number formatting: DoubleToString, UI text both ways, coordinates, database
+// columns, EqualDoubles and numbers by picture (random ones: the fuzz targets).
 #include "common/locale_support.h"
 #include "qxutil/locale.h"
 
@@ -35,7 +32,6 @@ TEST(DoubleToString, PicturesPrecisionAndUiText) {
     const wchar_t* expected;
   } cases[] = {
       {1033, 1234567.891, true, 2, PRINTF_F, -1, L"1,234,567.89"},
-      {1031, 1234567.891, true, 2, PRINTF_F, -1, L"1.234.567,89"},
       {1036, 1234567.891, true, 2, PRINTF_F, -1, L"1\u00A0234\u00A0567,89"},
       {1033, 12345.678, false, -1, PRINTF_G, -1, L"12345.68"},
       {1033, 0.0, false, -1, PRINTF_G, -1, L"0"},
@@ -100,7 +96,6 @@ TEST(UiText, SeparatorsGoBetweenDigitsOnlyAndComeOutAgain) {
   OnPinnedThread(1033, [] {
     EXPECT_EQ(Grouped(L"-1234", 16), L"-1,234");
     EXPECT_EQ(Grouped(L"-123", 16), L"-123");
-    EXPECT_EQ(Grouped(L"1234567", 16), L"1,234,567");
     EXPECT_EQ(Grouped(L"123456.7", 16), L"123,456.7");
     EXPECT_EQ(Grouped(L"12345678901", 32), L"12,345,678,901");
     EXPECT_EQ(Grouped(L"1e+20", 16), L"1e+20");
@@ -138,7 +133,6 @@ TEST(CoordinateToString, TrimsTrailingZerosAndPoint) {
     wchar_t buffer[64];
     for (auto [value, text] : {std::pair{-0.5, L"-0.5"},
                                {3.0, L"3"},
-                               {0.0, L"0"},
                                {1.0 / 3, L"0.333333333333"},
                                {1e20, L"100000000000000000000"},
                                {1e25, L"10000000000000000905969664"},
@@ -164,7 +158,6 @@ TEST(DoubleToDBString, ValuesAreKeptWithinTheColumn) {
       {8, 2, -12345.0, L"-9999.99"},
       {8, 2, 1.5, L"    1.50"},
       {5, 0, 123456.0, L"99999"},
-      {5, 0, -123456.0, L"-9999"},
       {5, 0, 12.5, L"   12"},
       {20, 0, 1e25, L"99999999999999901696"},
       {20, 10, 3.25, L"        3.2500000000"},

@@ -1,7 +1,5 @@
-// Number parsing: the integer parsers' 32-bit contracts, StringToDouble in
-// another runtime locale (in the "C" locale it reads exactly as glibc's
-// wcstod: fuzz/number_parse_fuzz.cpp compares adversarial and random texts),
-// and the FmtCtl variants through UI text.
+// Number parsing: the integer parsers' ranges, StringToDouble in another
+// runtime locale (the "C" locale is number_parse_fuzz's), the FmtCtl variants.
 #include "common/frame_call_table.h"
 #include "common/locale_support.h"
 #include "qxutil/locale.h"
