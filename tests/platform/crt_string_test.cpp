@@ -100,12 +100,7 @@ struct ClassCase {
 
 // clang-format off
 const ClassCase kClassCases[] = {
-    {L'a', "anp"}, {L'5', "np"}, {L'_', "p"}, {L'\v', "s"}, {0x7F, ""}, {0xB5, "anp"},
-    {0xDF, "anp"}, {0x4E00, "anp"}, {0xFFFF, ""}, {WEOF, ""},
-    {L'$', "p"},     // an ASCII symbol is punctuation
-    {L' ', "ps"},    // blank: printable
-    {L'\t', "s"},    // TAB is white space, not printable
-    {0x1C, ""},      // file separator: not white space here
+    {0xB5, "anp"}, {0xDF, "anp"}, {0x4E00, "anp"}, {0xFFFF, ""}, {WEOF, ""},
     {0x85, ""},      // next line: a control only
     {0xA0, "ps"},    // no-break space
     {0xAD, "p"},     // soft hyphen: Latin-1 punctuation
@@ -138,8 +133,8 @@ TEST(CrtClass, MicrosoftClassification) {
   EXPECT_EQ(qx::crt::iswprint(L'!'), 0x010); // _PUNCT
 }
 
-// The whole ASCII range against the runtime's well-known ASCII classes,
-// whatever the runtime locale.
+// The whole ASCII range against the runtime's well-known ASCII classes
+// (TAB is no print character, 0x1C no white space), whatever the locale.
 TEST(CrtClass, AsciiRangeInAnyLocale) {
   for (const char* name : {"C", "C.UTF-8"}) {
     CrtLocale locale(name);
