@@ -32,35 +32,30 @@ const TranscodeCase kCases[] = {
      std::string("a\0\xE9", 3), 0, 0, 0},
 };
 
-struct Result {
-  std::string out;
-  qxcli::Unconverted lost;
-};
-
 // Transcode - converts `t.in` in chunks of `chunk` bytes (0: one call).
-Result Transcode(const TranscodeCase& t, size_t chunk) {
+std::string Transcode(const TranscodeCase& t, size_t chunk, qxcli::Unconverted* lost) {
   qxcli::Charset from, to;
   EXPECT_TRUE(qxcli::ParseCharset(t.from, &from));
   EXPECT_TRUE(qxcli::ParseCharset(t.to, &to));
   qxcli::Transcoder transcoder(from, to, t.lineEnd);
-  Result r;
+  std::string out;
   size_t step = chunk == 0 ? t.in.size() : chunk;
   for (size_t at = 0; at < t.in.size(); at += step)
-    transcoder.Convert(t.in.data() + at, std::min(step, t.in.size() - at), false, &r.out);
-  transcoder.Convert(nullptr, 0, true, &r.out);
-  r.lost = transcoder.unconverted();
-  return r;
+    transcoder.Convert(t.in.data() + at, std::min(step, t.in.size() - at), false, &out);
+  transcoder.Convert(nullptr, 0, true, &out);
+  *lost = transcoder.unconverted();
+  return out;
 }
 
 TEST(Transcoder, BytesAndUnconvertedCharacters) {
   for (const TranscodeCase& t : kCases) {
     for (size_t chunk : {0, 1, 2, 3}) {
       SCOPED_TRACE(testing::Message() << t.what << ", chunks of " << chunk);
-      Result r = Transcode(t, chunk);
-      EXPECT_EQ(r.out, t.out);
-      EXPECT_EQ(r.lost.count, t.count);
-      EXPECT_EQ(r.lost.line, t.line);
-      EXPECT_EQ(r.lost.column, t.column);
+      qxcli::Unconverted lost;
+      EXPECT_EQ(Transcode(t, chunk, &lost), t.out);
+      EXPECT_EQ(lost.count, t.count);
+      EXPECT_EQ(lost.line, t.line);
+      EXPECT_EQ(lost.column, t.column);
     }
   }
 }
