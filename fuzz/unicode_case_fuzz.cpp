@@ -113,6 +113,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint32_t u = static_cast<uint32_t>(data[i] | data[i + 1] << 8);
     if (data[i + 1] == 0xFF) {
       u = 0x10000u + data[i] * 0x100u;
+      // Beyond the BMP a unit has no type: never the type of its low 16 bits.
+      const WCHAR w = static_cast<WCHAR>(u);
+      Check(!IsCharAlphaW(w) && !IsCharUpperW(w) && !IsCharLowerW(w) && !IsCharAlphaNumericW(w));
     }
     text.push_back(static_cast<wchar_t>(u));
   }

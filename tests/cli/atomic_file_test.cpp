@@ -18,7 +18,6 @@ namespace {
 
 class AtomicFileTest : public testing::Test {
 protected:
-  // Entries - the files in the directory.
   long Entries() {
     std::filesystem::directory_iterator files(dir_.Path());
     return std::distance(begin(files), end(files));

@@ -2,12 +2,9 @@
 # 'qxutil cfb' end to end: list, cat (nested, "Book", v4), a missing stream
 # leaving the output as it was, and the exit codes of bad files.
 # Usage: cfb_cli_test.sh QXUTIL SAMPLE_DIR
-set -euo pipefail
+. "$(dirname "$0")/cli_lib.sh"
 qxutil=$1
 samples=$2
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
 
 "$qxutil" cfb list "$samples/nested.cfb" > "$work/list"
 expected=$(printf '%s\n' "$samples/nested.cfb" "  Top/" "    Side  4" "    Middle/" \
@@ -30,12 +27,11 @@ grep -q "no stream 'Nope'" "$work/err" || fail "missing stream message"
 [[ $(cat "$work/out") == keep ]] || fail "output touched"
 
 # Not a compound file, damaged, absent, bad usage.
-set +e
-"$qxutil" cfb list "$0" 2> "$work/err"; [[ $? == 1 ]] || fail "not compound exit"
+[[ $(status "$qxutil" cfb list "$0") == 1 ]] || fail "not compound exit"
 grep -q "not a compound file" "$work/err" || fail "not compound message"
 head -c 1500 "$samples/large.cfb" > "$work/cut.cfb"
-"$qxutil" cfb cat "$work/cut.cfb" Data 2> "$work/err"; [[ $? == 1 ]] || fail "damaged exit"
+[[ $(status "$qxutil" cfb cat "$work/cut.cfb" Data) == 1 ]] || fail "damaged exit"
 grep -q "damaged compound file" "$work/err" || fail "damaged message"
-"$qxutil" cfb list "$work/absent.cfb" 2> /dev/null; [[ $? == 1 ]] || fail "absent exit"
-"$qxutil" cfb 2> /dev/null; [[ $? == 2 ]] || fail "usage exit"
+[[ $(status "$qxutil" cfb list "$work/absent.cfb") == 1 ]] || fail "absent exit"
+[[ $(status "$qxutil" cfb) == 2 ]] || fail "usage exit"
 echo "cfb_cli: all passed"

@@ -2,12 +2,9 @@
 # 'qxutil convert' end to end: round trips, line ends, --strict leaving the
 # target untouched, and the exit code for unknown names.
 # Usage: convert_cli_test.sh QXUTIL SAMPLE
-set -euo pipefail
+. "$(dirname "$0")/cli_lib.sh"
 qxutil=$1
 sample=$2
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
 
 # WindowsLatin1 -> UTF-8 -> WindowsLatin1 gives the same bytes.
 "$qxutil" convert --from WindowsLatin1 --to UTF-8 "$sample" "$work/roads.utf8"
@@ -37,10 +34,8 @@ grep -q $'\r' "$work/lf" && fail "CR left after --line-ends lf"
 
 # --strict: unmappable characters fail and leave the target untouched.
 echo "keep me" > "$work/target"
-if "$qxutil" convert --from WindowsLatin1 --to CodePage437 --strict "$sample" "$work/target" \
-     2> "$work/err"; then
-  fail "--strict succeeded"
-fi
+[[ $(status "$qxutil" convert --from WindowsLatin1 --to CodePage437 --strict "$sample" \
+  "$work/target") == 1 ]] || fail "--strict succeeded"
 grep -q "could not be converted" "$work/err" || fail "no report of unmappable characters"
 [[ $(cat "$work/target") == "keep me" ]] || fail "target changed by a failed conversion"
 ls "$work" | grep -q qxutil- && fail "temporary file left behind"
@@ -49,11 +44,8 @@ ls "$work" | grep -q qxutil- && fail "temporary file left behind"
 [[ $(cat "$work/target") != "keep me" ]] || fail "target not written"
 
 # Unknown names: exit 2 and the list of valid names.
-set +e
-"$qxutil" convert --from Klingon --to UTF-8 "$sample" "$work/x" 2> "$work/err"
-status=$?
-set -e
-[[ $status -eq 2 ]] || fail "unknown charset exit code $status"
+[[ $(status "$qxutil" convert --from Klingon --to UTF-8 "$sample" "$work/x") == 2 ]] \
+  || fail "unknown charset exit code"
 grep -q "WindowsLatin1" "$work/err" || fail "valid names not listed"
 [[ ! -e "$work/x" ]] || fail "output made for an unknown charset"
 echo "convert_cli_test: ok"

@@ -2,11 +2,8 @@
 # 'qxutil fold' and 'qxutil sort' end to end: tables and languages,
 # stability, --unique, merged runs, lines kept byte for byte, the errors.
 # Usage: fold_sort_cli_test.sh QXUTIL
-set -euo pipefail
+. "$(dirname "$0")/cli_lib.sh"
 qxutil=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
 
 printf 'Zürich\nÉcole\nzurich\nÅland\nAarhus\necole\nÖrebro\nabcd\nabc\nÆrø\n' > "$work/places"
 
@@ -39,7 +36,6 @@ printf 'a\xffb\nA\xffB\n' | "$qxutil" sort | cmp -s - <(printf 'a\xffb\nA\xffB\n
   || fail "invalid UTF-8 not kept byte for byte"
 
 # Errors: exit 2 with a message for usage, 1 for files.
-status() { set +e; "$@" > /dev/null 2> "$work/err"; echo $?; set -e; }
 [[ $(status "$qxutil" sort --table 12345 "$work/places") == 2 ]] || fail "unknown table"
 grep -q "unknown table '12345'; the tables are 65496, 44414 (5607)" "$work/err" || fail "table list"
 [[ $(status "$qxutil" fold --charset Klingon "$work/places") == 2 ]] || fail "unknown charset"

@@ -2,15 +2,12 @@
 # 'qxutil strings' end to end: the test module lists as written, a source
 # compiled by hand lists the same, a failed compile keeps its output.
 # Usage: strings_cli_test.sh QXUTIL MODULE NOT_A_STRING_MODULE SOURCE_DIR CXX
-set -euo pipefail
+. "$(dirname "$0")/cli_lib.sh"
 qxutil=$1
 module=$2
 other=$3
 src=$4
 cxx=$5
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
 
 cat > "$work/expected" <<'TEXT'
 1	Roads
@@ -36,16 +33,13 @@ grep -q "cannot find include file 'winres.h'; skipped" "$work/warnings" || fail 
 # A failed compile keeps the previous output; usage errors exit with 2.
 printf 'STRINGTABLE\nBEGIN\n  IDS_NOWHERE "x"\nEND\n' > "$work/bad.rc"
 cp "$work/strings.cpp" "$work/keep.cpp"
-if "$qxutil" strings compile "$work/bad.rc" -o "$work/strings.cpp" 2> "$work/error"; then
-  fail "an unknown identifier compiled"
-fi
-grep -q "bad.rc:3: unknown identifier 'IDS_NOWHERE'" "$work/error" || fail "error message"
+[[ $(status "$qxutil" strings compile "$work/bad.rc" -o "$work/strings.cpp") == 1 ]] \
+  || fail "an unknown identifier compiled"
+grep -q "bad.rc:3: unknown identifier 'IDS_NOWHERE'" "$work/err" || fail "error message"
 cmp -s "$work/strings.cpp" "$work/keep.cpp" || fail "output changed by a failed compile"
-set +e
-"$qxutil" strings compile "$work/bad.rc" > /dev/null 2>&1; [[ $? -eq 2 ]] || fail "missing -o"
-"$qxutil" strings list > /dev/null 2>&1; [[ $? -eq 2 ]] || fail "list without a module"
-"$qxutil" strings list "$work/none.so" 2> "$work/error"; [[ $? -eq 1 ]] || fail "missing module"
-"$qxutil" strings list "$other" 2> "$work/error"; [[ $? -eq 1 ]] || fail "not a string module"
-grep -q "not a string module" "$work/error" || fail "not a string module: message"
-set -e
+[[ $(status "$qxutil" strings compile "$work/bad.rc") == 2 ]] || fail "missing -o"
+[[ $(status "$qxutil" strings list) == 2 ]] || fail "list without a module"
+[[ $(status "$qxutil" strings list "$work/none.so") == 1 ]] || fail "missing module"
+[[ $(status "$qxutil" strings list "$other") == 1 ]] || fail "not a string module"
+grep -q "not a string module" "$work/err" || fail "not a string module: message"
 echo "strings: ok"

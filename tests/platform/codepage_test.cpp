@@ -248,15 +248,8 @@ TEST(CodePageQueries, IsValidCodePage) {
     EXPECT_FALSE(IsValidCodePage(cp)) << cp;
 }
 
-// Every byte of every page is walked by fuzz/codepage_fuzz.cpp's every-code check.
-TEST(CodePageQueries, IsDBCSLeadByteEx) {
-  const struct {
-    UINT cp;
-    BYTE byte;
-    BOOL lead;
-  } cases[] = {{932, 0x81, TRUE}, {932, 0xA0, FALSE}, {1252, 0x81, FALSE}};
-  for (const auto& c : cases)
-    EXPECT_EQ(IsDBCSLeadByteEx(c.cp, c.byte), c.lead) << c.cp << " " << int(c.byte);
+// The lead bytes of every page: fuzz/codepage_fuzz.cpp's every-code check.
+TEST(CodePageQueries, IsDBCSLeadByteExOfAnUnknownPage) {
   SetLastError(kUntouched);
   EXPECT_FALSE(IsDBCSLeadByteEx(12345, 0x81));
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
