@@ -55,17 +55,14 @@ TEST(ClipPoly, InsideRunsAndBoundaryRuns) {
     bool visible;
     const char* clipped;
   } cases[] = {
-      {"straight through", "-5,5 15,5", true, "0,5 10,5"},
       {"leaves and re-enters by one edge", "5,5 5,15 8,15 8,5", true, "5,5 5,10 8,10 8,5"},
       {"leaves and re-enters round a corner", "5,5 15,5 15,15 5,15 5,8", true,
        "5,5 10,5 10,10 5,10 5,8"},
       {"a run along one edge keeps its ends", "5,5 5,12 6,20 7,11 8,30 9,5", true,
        "5,5 5,10 9,10 9,5"},
-      {"touches a corner only", "-5,5 5,-5", true, "0,0"},
       {"one point outside", "11,3", false, ""},
       {"a closed ring keeps its boundary runs", "-5,5 5,5 5,-5 -5,-5 -5,5", true,
        "0,5 5,5 5,0 0,0 0,5"},
-      {"repeated points", "1,1 1,1 2,2 2,2", true, "1,1 2,2"},
   };
   for (const Case& c : cases) {
     std::vector<LPNT> in = Pts(c.line), out(3 * in.size() - 2); // exactly the room promised
