@@ -120,8 +120,10 @@ inline bool MakeWithGsf(const std::string& target,
       top.push_back(first);
   }
   std::string command = "cd " + ShellQuote(tmp.Path()) + " && gsf createole " + ShellQuote(target);
-  for (const std::string& t : top)
-    command += " " + ShellQuote(t);
+  for (const std::string& t : top) {
+    command += ' '; // not " " + text: g++ 12 warns falsely (-Wrestrict) on that at -O3
+    command += ShellQuote(t);
+  }
   return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
