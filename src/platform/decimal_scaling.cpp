@@ -22,22 +22,6 @@ struct Rounded {
   int exponent;
 };
 
-// RoundTo53Bits - x (at least 2^190) rounded to 53 bits, half to even.
-Rounded RoundTo53Bits(const Wide& x) {
-  const int drop = 10 + static_cast<int>(x.x2 >> 63); // bits of x2 below the 53
-  uint64_t mantissa = x.x2 >> drop;
-  const uint64_t half = uint64_t{1} << (drop - 1);
-  const bool aboveHalf = (x.x2 & (half - 1)) != 0 || x.x1 != 0 || x.x0 != 0;
-  if ((x.x2 & half) != 0 && (aboveHalf || (mantissa & 1) != 0))
-    ++mantissa;
-  int exponent = 128 + drop;
-  if (mantissa >> 53) { // rounded up to the next power of two
-    mantissa >>= 1;
-    ++exponent;
-  }
-  return {mantissa, exponent};
-}
-
 // Product - w x the entry of 10^q: X = w T, with 10^q w in [X, X + w) 2^e
 // for e = PowerExponent(q).
 Wide Product(uint64_t w, int q) {
@@ -58,6 +42,31 @@ uint64_t RoundedInteger(const Wide& x, int s) {
   const uint64_t half = uint64_t{1} << (s - 1);
   const bool aboveHalf = (x.x2 & (half - 1)) != 0 || x.x1 != 0 || x.x0 != 0;
   return integer + ((x.x2 & half) != 0 && (aboveHalf || (integer & 1) != 0));
+}
+
+// Decides - every value of [x, x + w) 2^e, where w (10^q) lies, rounds as
+// x does at any bit of the top word. With an exact entry (0 <= q <=
+// kLargestExactPower) the interval is x alone. Otherwise adding w reaches
+// the top word only by carrying through an all-ones middle word, and it
+// changes a rounding only when nothing below the top word is set (x may be
+// a midpoint, the values above it are not).
+bool Decides(const Wide& x, uint64_t w, int q) {
+  if (q >= 0 && q <= kLargestExactPower)
+    return true;
+  const bool carriesToTop = x.x0 + w < w && x.x1 == ~uint64_t{0};
+  return !carriesToTop && !(x.x1 == 0 && x.x0 == 0);
+}
+
+// RoundTo53Bits - x (at least 2^190) rounded to 53 bits, half to even.
+Rounded RoundTo53Bits(const Wide& x) {
+  const int drop = 10 + static_cast<int>(x.x2 >> 63); // bits of x2 below the 53
+  uint64_t mantissa = RoundedInteger(x, drop);
+  int exponent = 128 + drop;
+  if (mantissa >> 53) { // rounded up to the next power of two
+    mantissa >>= 1;
+    ++exponent;
+  }
+  return {mantissa, exponent};
 }
 
 constexpr uint64_t kTenTo[] = {1,
@@ -89,11 +98,7 @@ bool DecimalToDouble(uint64_t w, int q, double* result) {
   const int shift = std::countl_zero(w);
   w <<= shift;                  // at least 2^63
   const Wide x = Product(w, q); // the entry T is in [2^127, 2^128)
-  // Every value in [X, X + w) rounds as X does unless adding w carries into
-  // the top word, or nothing is set below it (X may be a midpoint, and the
-  // values above it are not): then the interval does not decide.
-  const bool carriesToTop = x.x0 + w < w && x.x1 == ~uint64_t{0};
-  if (carriesToTop || (x.x1 == 0 && x.x0 == 0))
+  if (!Decides(x, w, q))
     return false;
   const Rounded r = RoundTo53Bits(x);
   const int exponent = r.exponent + PowerExponent(q) - shift;
@@ -125,12 +130,8 @@ bool DoubleToDecimal(double value, int digits, uint64_t* significand, int* expon
     const int shift = -(e + PowerExponent(q));
     if (shift <= 128 || shift >= 192)
       return false;
-    const Wide low = Product(m, q);
-    Wide high = low; // X + m
-    high.x0 += m;
-    if (high.x0 < m && ++high.x1 == 0)
-      ++high.x2;
-    const uint64_t integer = low.x2 >> (shift - 128);
+    const Wide product = Product(m, q);
+    const uint64_t integer = product.x2 >> (shift - 128);
     if (integer >= kTenTo[digits]) {
       ++x; // the guess was one short
       continue;
@@ -139,9 +140,9 @@ bool DoubleToDecimal(double value, int digits, uint64_t* significand, int* expon
       --x; // one too many: the digits round at the next place down
       continue;
     }
-    uint64_t d = RoundedInteger(low, shift - 128);
-    if (d != RoundedInteger(high, shift - 128))
+    if (!Decides(product, m, q))
       return false;
+    uint64_t d = RoundedInteger(product, shift - 128);
     if (d == kTenTo[digits]) { // rounded up to the next power of ten
       d = kTenTo[digits - 1];
       ++x;

@@ -48,6 +48,9 @@ def render():
         "",
         "constexpr int kSmallestPowerOfTen = %d;" % SMALLEST,
         "constexpr int kLargestPowerOfTen = %d;" % LARGEST,
+        "// Entries from q = 0 to this one hold 5^q exactly (5^q < 2^128).",
+        "constexpr int kLargestExactPower = %d;" % max(q for q in range(LARGEST + 1)
+                                                      if 5 ** q < 1 << 128),
         "constexpr uint64_t kPowersOfFive[][2] = {",
     ]
     for q in range(SMALLEST, LARGEST + 1):
