@@ -25,6 +25,7 @@
 
 #include "qxutil/wintypes.h"
 
+#include <atomic>
 #include <cstddef>
 #include <new>
 
@@ -236,6 +237,10 @@ public:
 /// "^^" to one caret; a caret before anything else is literal.
 class QXUTIL_API cErrorSystem : public QXSingleton<cErrorSystem, 7> {
 public:
+  /// Every error list, a host's own class included, is known to HaveErrors()
+  /// from its construction to its destruction.
+  cErrorSystem();
+  cErrorSystem(const cErrorSystem&) : cErrorSystem() {}
   virtual ~cErrorSystem();
   virtual bool HaveErrors() = 0;
   virtual int NumErrors() = 0;
@@ -268,9 +273,23 @@ extern template class QXSingleton<cErrorSystem, 7>;
 // error list (cErrorSystem::Instance()); without one it does nothing and
 // returns false, 0, a zero GUID or an empty text (FirstError: true).
 
+namespace qx::detail {
+/// The error lists in the process whose answer HaveErrors() must ask for:
+/// each list of a class the host derived itself, and each of the library's
+/// own lists while it holds a record. While it is 0, every list would
+/// answer false.
+QXUTIL_API extern std::atomic<int> gErrorListsToAsk;
+/// AskErrorList - HaveErrors() through the calling context's list.
+QXUTIL_API bool AskErrorList();
+} // namespace qx::detail
+
 /// HaveErrors - true when a record was stored since the last clear; false
-/// while the host's IsSuppressed() is true.
-QXUTIL_API bool HaveErrors();
+/// while the host's IsSuppressed() is true. Inline: while no list in the
+/// process can answer true, it answers without a call.
+QXUTIL_API inline bool HaveErrors() {
+  return qx::detail::gErrorListsToAsk.load(std::memory_order_relaxed) != 0 &&
+         qx::detail::AskErrorList();
+}
 /// NumErrors - the records stored since the last clear, episode separators
 /// included.
 QXUTIL_API int NumErrors();

@@ -57,8 +57,13 @@ public:
       FreeRecords();
       throw std::bad_alloc();
     }
+    Recount();
   }
-  ~cErrorSystemImpl() override { FreeRecords(); }
+  ~cErrorSystemImpl() override {
+    FreeRecords();
+    if (!asking_) // the base class takes back the share it gave
+      qx::detail::gErrorListsToAsk.fetch_add(1, std::memory_order_relaxed);
+  }
 
   bool HaveErrors() override {
     if (funcs_) [[unlikely]]
@@ -89,6 +94,7 @@ public:
     lost_ = false;
     pool_.Clear();
     scratch_.Clear();
+    Recount();
   }
 
   bool GetNextError(bool fromStart, wchar_t* out, unsigned int outLen) override {
@@ -198,6 +204,7 @@ public:
       r.arg1.length = AppendToPool(arg1, &room);
     ++stored_;
     ++episodeCount_;
+    Recount();
   }
 
   void SetError(eErrorLevel level, const wchar_t* message, const GUID& module, int number,
@@ -323,6 +330,18 @@ private:
     }
   }
 
+  // Recount - keeps this list's share of gErrorListsToAsk: 1 while it holds
+  // a record (only then can its HaveErrors() be true), else 0. The base
+  // class gave it 1.
+  void Recount() {
+    const bool ask = stored_ > 0;
+    if (ask != asking_) {
+      asking_ = ask;
+      qx::detail::gErrorListsToAsk.fetch_add(ask ? 1 : -1, std::memory_order_relaxed);
+    }
+  }
+
+  bool asking_ = true;
   int count_ = 0;
   int cursor_ = 0;
   int stored_ = 0;
@@ -337,7 +356,14 @@ private:
 
 } // namespace
 
-cErrorSystem::~cErrorSystem() {}
+std::atomic<int> qx::detail::gErrorListsToAsk{0};
+
+cErrorSystem::cErrorSystem() {
+  qx::detail::gErrorListsToAsk.fetch_add(1, std::memory_order_relaxed);
+}
+cErrorSystem::~cErrorSystem() {
+  qx::detail::gErrorListsToAsk.fetch_sub(1, std::memory_order_relaxed);
+}
 cErrorFuncs::~cErrorFuncs() {}
 
 cErrorSystem* cErrorSystem::Create() { return qx::NewServiceOrNull<cErrorSystemImpl>(); }
@@ -345,9 +371,13 @@ cErrorSystem* cErrorSystem::Create() { return qx::NewServiceOrNull<cErrorSystemI
 // The exported functions: fetch the context's error list, make one call.
 // With no error list (a failed start-up) they do nothing and answer "none".
 
-bool HaveErrors() {
-  // The most frequent question: the library's own list answers it without
-  // a virtual call; any other list is asked through Instance().
+// HaveErrors() is inline; this keeps it exported for hosts built without
+// the inline form.
+[[gnu::used]] static bool (*const kExportedHaveErrors)() = &HaveErrors;
+
+bool qx::detail::AskErrorList() {
+  // The library's own list answers without a virtual call; any other list
+  // is asked through Instance().
   if (void* own = qx::detail::LibraryService(cErrorSystem::kSlotKey))
     return static_cast<cErrorSystemImpl*>(static_cast<cErrorSystem*>(own))->HaveErrors();
   cErrorSystem* es = cErrorSystem::Instance();

@@ -28,11 +28,12 @@ private:
   const char* name_;
 };
 
-/// RecordingErrorSystem - an empty error list that records its destruction.
+/// RecordingErrorSystem - an empty error list that records its destruction
+/// (HaveErrors answers `haveErrors`).
 class RecordingErrorSystem final : public Recording<cErrorSystem> {
 public:
   explicit RecordingErrorSystem(DestructionLog* log) : Recording(log, "cErrorSystem") {}
-  bool HaveErrors() override { return false; }
+  bool HaveErrors() override { return haveErrors; }
   int NumErrors() override { return 0; }
   bool FirstError() override { return true; }
   void ClearErrors() override {}
@@ -51,6 +52,7 @@ public:
   void ReportErrors() override {}
   void SetQXErrorMode(eErrorMode) override {}
   eErrorMode GetQXErrorMode() override { return eErrorModeDefault; }
+  bool haveErrors = false; // HaveErrors' answer
 
 private:
   GUID guid_{};

@@ -5,7 +5,7 @@ usage: check_exports.py LIBRARY INCLUDE_DIR
 
 Every symbol the library exports (nm -D --defined-only) must belong to a
 declaration marked QXUTIL_API in INCLUDE_DIR/qxutil/*.h: a free function of
-that name, or a member, vtable or typeinfo of such a class. Every marked free
+that name (or a marked variable), or a member, vtable or typeinfo of such a class. Every marked free
 function must be exported with as many overloads as the headers declare, and
 every marked class must export something. Instantiations of the C++ standard
 library's own templates (std::, __gnu_cxx::) are not the library's and are
@@ -52,7 +52,8 @@ def public_declarations(include_dir):
             if m:
                 classes.add(prefix + m.group(1))
                 continue
-            m = re.match(r"QXUTIL_API .*?(\w+)\(", line)
+            m = (re.match(r"QXUTIL_API .*?(\w+)\(", line) or
+                 re.match(r"QXUTIL_API extern .*?(\w+);", line))
             if m:
                 name = prefix + m.group(1)
                 functions[name] = functions.get(name, 0) + 1

@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -56,7 +58,8 @@ struct HostFuncs : cErrorFuncs {
 };
 
 // HaveErrors asks whichever list is installed: a host's list put in with
-// Instance(p), then the library's own list put back.
+// Instance(p), then the library's own list put back; a record on another
+// thread answers only there.
 TEST_F(ErrorList, HaveErrorsAsksTheListInstalled) {
   Set(1, L"kept");
   cErrorSystem* own = cErrorSystem::Instance();
@@ -64,8 +67,25 @@ TEST_F(ErrorList, HaveErrorsAsksTheListInstalled) {
   qxtest::RecordingErrorSystem host(&log);
   ASSERT_TRUE(cErrorSystem::Instance(&host));
   EXPECT_FALSE(HaveErrors());
-  ASSERT_TRUE(cErrorSystem::Instance(own));
+  own->ClearErrors(); // no list of the library holds a record now
+  host.haveErrors = true;
   EXPECT_TRUE(HaveErrors());
+  ASSERT_TRUE(cErrorSystem::Instance(own));
+  EXPECT_FALSE(HaveErrors());
+  Set(1, L"kept");
+  EXPECT_TRUE(HaveErrors());
+
+  ClearErrors();
+  std::promise<void> stored, checked;
+  std::thread other([&] {
+    Set(2, L"elsewhere");
+    stored.set_value();
+    checked.get_future().wait();
+  });
+  stored.get_future().wait();
+  EXPECT_FALSE(HaveErrors());
+  checked.set_value();
+  other.join();
 }
 
 TEST_F(ErrorList, SameNumberMergesUnlessTheHostKeepsDuplicates) {
