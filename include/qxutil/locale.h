@@ -22,6 +22,9 @@
 #include "qxutil/frame.h"
 #include "qxutil/winlocale.h"
 
+#include <array>
+#include <cstdint>
+
 /// cLocaleInfo - locale information of one context (slot key 3).
 class QXUTIL_API cLocaleInfo : public QXSingleton<cLocaleInfo, 3> {
 public:
@@ -252,12 +255,13 @@ QXUTIL_API bool NullDate(const qxDATE* date);
 /// cannot say (past 03:14:07 UTC that day). Returns `date`.
 QXUTIL_API qxDATE* SystemDate(qxDATE* date);
 /// MDY2Days - the day number (1 January 1 => 0); -1 when the month or day
-/// is 0 or the year negative. Dates of year 0 give -366..-1.
-QXUTIL_API long MDY2Days(const qxDATE* date);
+/// is 0 or the year negative. Dates of year 0 give -366..-1. Inline (see
+/// the end of this header).
+QXUTIL_API inline long MDY2Days(const qxDATE* date);
 /// Days2MDY - the date of a day number; a negative number, or one past
 /// year 32767, stores the null date, records the error and returns false.
-/// 145790 => 29 February 400.
-QXUTIL_API bool Days2MDY(long days, qxDATE* date);
+/// 145790 => 29 February 400. Inline (see the end of this header).
+QXUTIL_API inline bool Days2MDY(long days, qxDATE* date);
 /// DateAdd, DateSubtract - Days2MDY(MDY2Days(date) +- n, date); return
 /// `date`.
 QXUTIL_API qxDATE* DateAdd(long n, qxDATE* date);
@@ -552,5 +556,71 @@ QXUTIL_API qxDateTime* CreateDateTimeFromSystemTime();
 /// possibly with a fraction, and an optional AM/PM designator (the
 /// locale's or "am"/"pm") before or after. False for anything else.
 QXUTIL_API bool ParseTimeString(const wchar_t* text, int* hours, int* minutes, double* seconds);
+
+// ---- Day numbers, inline -------------------------------------------------
+// MDY2Days and Days2MDY are inline so that a loop over many dates pays no
+// call. What these bodies leave aside goes to the exported general forms,
+// which give the same answer for every input.
+
+namespace qx::detail {
+/// MDY2DaysGeneral, Days2MDYGeneral - MDY2Days and Days2MDY for any input;
+/// the inline forms call them for a null pointer, a negative year, a month
+/// outside 1..12 or day 0, and for a day number out of range.
+QXUTIL_API long MDY2DaysGeneral(const qxDATE* date);
+QXUTIL_API bool Days2MDYGeneral(long days, qxDATE* date);
+
+/// kMarchMonthStart - for months 1..12, the days from 1 March to the
+/// month's first day, January and February counting from the March of the
+/// year before (those two carry 0x1000 as well).
+inline constexpr uint16_t kMarchMonthStart[13] = {0,   0x1000 + 306, 0x1000 + 337, 0,   31,  61, 92,
+                                                  122, 153,          184,          214, 245, 275};
+
+/// kMarchYearDays - month (high byte) and day of each day of a year that
+/// begins on 1 March.
+inline constexpr std::array<uint16_t, 366> kMarchYearDays = [] {
+  constexpr int kLength[12] = {31, 30, 31, 30, 31, 31, 30, 31, 30, 31, 31, 29};
+  std::array<uint16_t, 366> days{};
+  for (int m = 0, i = 0; m < 12; ++m)
+    for (int d = 1; d <= kLength[m]; ++d)
+      days[i++] = static_cast<uint16_t>(((m + 2) % 12 + 1) << 8 | d);
+  return days;
+}();
+} // namespace qx::detail
+
+inline long MDY2Days(const qxDATE* date) {
+  if (!date || date->year < 0 || static_cast<unsigned>(date->month - 1) > 11 || date->day == 0)
+      [[unlikely]]
+    return qx::detail::MDY2DaysGeneral(date);
+  // Years from 1 March, 400 years early so that January of year 0 stays
+  // positive: 365 days, a leap day every 4 years but not every 100 unless
+  // every 400. One product holds 1461 y in its low half and 5243 y in its
+  // high half, whose bits from 51 are y / 100 (exact below 43,699); 1
+  // January of year 1 is day 146404 of this count.
+  const uint32_t month = qx::detail::kMarchMonthStart[date->month];
+  const uint64_t y = static_cast<uint32_t>(date->year) + 400 - (month >> 12);
+  const uint64_t product = y * (1461 + (uint64_t{5243} << 32));
+  const uint32_t century = static_cast<uint32_t>(product >> 51);
+  const uint32_t yearStart = (static_cast<uint32_t>(product) >> 2) - century + (century >> 2);
+  return static_cast<long>(yearStart + (month & 0xFFF)) + date->day - 146404;
+}
+
+inline bool Days2MDY(long days, qxDATE* date) {
+  if (!date || static_cast<unsigned long>(days) > 11967899) [[unlikely]]
+    return qx::detail::Days2MDYGeneral(days, date);
+  // Four times the days from 1 March of year 0, plus 3: a century is
+  // 146097 / 4 days; within one, the product by 2939745 holds the year of
+  // the century in its high half and the day of the year, times 11758980,
+  // in its low half.
+  const uint32_t n = 4 * static_cast<uint32_t>(days + 306) + 3;
+  const uint32_t century = n / 146097;
+  const uint64_t product = uint64_t{2939745} * (n % 146097 | 3);
+  const uint32_t dayOfYear = static_cast<uint32_t>(product) / 11758980;
+  const uint32_t monthDay = qx::detail::kMarchYearDays[dayOfYear];
+  date->year = static_cast<int16_t>(100 * century + static_cast<uint32_t>(product >> 32) +
+                                    (dayOfYear >= 306));
+  date->month = static_cast<int8_t>(monthDay >> 8);
+  date->day = static_cast<int8_t>(monthDay & 0xFF);
+  return true;
+}
 
 #endif // QXUTIL_LOCALE_H

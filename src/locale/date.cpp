@@ -131,7 +131,12 @@ qxDATE* SystemDate(qxDATE* date) {
   return date;
 }
 
-long MDY2Days(const qxDATE* date) {
+// MDY2Days and Days2MDY are inline; these keep them exported for hosts
+// built without the inline forms.
+[[gnu::used]] static long (*const kExportedMDY2Days)(const qxDATE*) = &MDY2Days;
+[[gnu::used]] static bool (*const kExportedDays2MDY)(long, qxDATE*) = &Days2MDY;
+
+long qx::detail::MDY2DaysGeneral(const qxDATE* date) {
   if (!date || date->month == 0 || date->day == 0 || date->year < 0)
     return -1;
   // Count from March: January and February belong to the year before
@@ -157,7 +162,7 @@ long MDY2Days(const qxDATE* date) {
          kCycleMonthStart[index] - 307;
 }
 
-bool Days2MDY(long days, qxDATE* date) {
+bool qx::detail::Days2MDYGeneral(long days, qxDATE* date) {
   if (!date)
     return false;
   // Past 31 December 32767 the year no longer fits its field.
