@@ -134,6 +134,10 @@ void EveryCode(const PageCounts& page) {
 constexpr DWORD kUntouched = 0xDEADBEEF;
 constexpr int kShortSizes = 8;
 
+// The default characters of the double-byte pages, which a lead byte
+// without its trail byte decodes to.
+const std::map<UINT, wchar_t> kPageDefault = {{932, 0x30FB}, {936, '?'}, {949, '?'}, {950, '?'}};
+
 template <typename T> struct Outcome {
   int ret;
   DWORD error;
@@ -205,17 +209,20 @@ Outcome<T> Observe(int size, bool nullProbe, T sentinel, Call call) {
 }
 
 // DecodePieces - n bytes a character at a time: a lead byte and the byte
-// after it (unless that is missing or NUL), or one byte.
+// after it (unless that is missing or NUL: then the lead byte alone, the
+// default character and invalid), or one byte.
 Pieces<wchar_t> DecodePieces(UINT cp, DWORD flags, const char* src, size_t n) {
   Pieces<wchar_t> p;
   for (size_t i = 0; i < n;) {
-    const bool pair = IsDBCSLeadByteEx(cp, static_cast<BYTE>(src[i])) && i + 1 < n && src[i + 1];
+    const bool lead = IsDBCSLeadByteEx(cp, static_cast<BYTE>(src[i]));
+    const bool pair = lead && i + 1 < n && src[i + 1];
     const int len = pair ? 2 : 1;
     wchar_t units[8];
     const int got = MultiByteToWideChar(cp, flags & ~MB_ERR_INVALID_CHARS, src + i, len, units, 8);
-    Check(got > 0);
+    Check(got > 0 && (pair || !lead || units[0] == kPageDefault.at(cp)));
     p.Add(units, got, false);
-    p.valid = p.valid && MultiByteToWideChar(cp, MB_ERR_INVALID_CHARS, src + i, len, units, 8) == 1;
+    p.valid = p.valid && pair == lead &&
+              MultiByteToWideChar(cp, MB_ERR_INVALID_CHARS, src + i, len, units, 8) == 1;
     i += static_cast<size_t>(len);
   }
   return p;
