@@ -5,7 +5,10 @@
 // every output size from 0 up to a small bound, and the exact and a larger
 // size, the count, the last error, the used-default flag and every element
 // of the sentinel-filled buffer (with a guard after the stated size) must
-// agree. Each unit converted alone without best fit must come back. Once,
+// agree. Both are also held to the buffer rules built from the text
+// converted a character at a time, the argument, page and flag checks come
+// in their order, and CharNextExA and CharPrevExA walk as the lead bytes
+// say. Each unit converted alone without best fit must come back. Once,
 // before the first input, every code of every page is decoded and converted
 // back, and the page's counts of valid codes and shared units must hold.
 #include "common/code_pages.h"
