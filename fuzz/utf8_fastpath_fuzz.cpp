@@ -50,8 +50,9 @@ std::string Encode(const wchar_t* w, size_t n, size_t step, size_t* replacements
   std::string bytes;
   for (size_t at = 0; at < n; at += step) {
     size_t k = std::min(step, n - at);
-    std::string out(Utf8Encoder::MaxBytes(k), '\0');
-    bytes.append(out.data(), encoder.Encode(w + at, k, at + k == n, out.data(), replacements));
+    std::unique_ptr<char[]> out(
+        new char[Utf8Encoder::MaxBytes(k)]); // on the heap: ASan sees past it
+    bytes.append(out.get(), encoder.Encode(w + at, k, at + k == n, out.get(), replacements));
   }
   return bytes;
 }
