@@ -282,6 +282,19 @@ void EncodeContract(UINT cp, DWORD flags, const wchar_t* src, int srclen, size_t
   }
 }
 
+// ArgumentChecks - the calls `call(page, src, srclen, dst, dstlen)` that the
+// argument and page checks refuse: no source or a length of 0, a negative
+// size, a size without an output, the source as output, an unknown page.
+template <typename In, typename Out, typename Call>
+void ArgumentChecks(UINT cp, UINT noPage, const In* src, Out* dst, Call call) {
+  call(cp, src, 0, dst, 4);
+  call(cp, src, 1, dst, -1);
+  call(cp, static_cast<const In*>(nullptr), 1, dst, 4);
+  call(cp, src, 1, static_cast<Out*>(nullptr), 4);
+  call(cp, reinterpret_cast<const In*>(dst), 1, dst, 4);
+  call(noPage, src, 1, dst, 4);
+}
+
 // BadCalls - the argument checks, then the page, then the flags: a refused
 // call returns 0, sets its error and writes nothing. `pick` chooses the
 // page and the flag refused.
@@ -317,24 +330,18 @@ void BadCalls(UINT cp, const char* bytes, const wchar_t* units, uint8_t pick) {
     Check(Refused<char>(error, '#', got) && b[0] == '#' && b[3] == '#');
   };
   for (DWORD flags : {DWORD{0}, badMb, badMb | MB_ERR_INVALID_CHARS}) {
-    const DWORD param = ERROR_INVALID_PARAMETER;
-    mb(cp, flags, bytes, 0, w, 4, param);
-    mb(cp, flags, bytes, 1, w, -1, param);
-    mb(cp, flags, nullptr, 1, w, 4, param);
-    mb(cp, flags, bytes, 1, nullptr, 4, param);
-    mb(cp, flags, reinterpret_cast<LPCSTR>(w), 1, w, 4, param);
-    mb(noPage, flags, bytes, 1, w, 4, param);
+    ArgumentChecks(cp, noPage, bytes, w,
+                   [&](UINT page, LPCSTR src, int srclen, LPWSTR dst, int dstlen) {
+                     mb(page, flags, src, srclen, dst, dstlen, ERROR_INVALID_PARAMETER);
+                   });
   }
   mb(cp, badMb, bytes, 1, w, 4, ERROR_INVALID_FLAGS);
   mb(cp, badMb | MB_ERR_INVALID_CHARS, "\x82", 1, w, 4, ERROR_INVALID_FLAGS);
   for (DWORD flags : {DWORD{0}, badWc}) {
-    const DWORD param = ERROR_INVALID_PARAMETER;
-    wc(cp, flags, units, 0, b, 4, param);
-    wc(cp, flags, units, 1, b, -1, param);
-    wc(cp, flags, nullptr, 1, b, 4, param);
-    wc(cp, flags, units, 1, nullptr, 4, param);
-    wc(cp, flags, reinterpret_cast<LPCWSTR>(b), 1, b, 4, param);
-    wc(noPage, flags, units, 1, b, 4, param);
+    ArgumentChecks(cp, noPage, units, b,
+                   [&](UINT page, LPCWSTR src, int srclen, LPSTR dst, int dstlen) {
+                     wc(page, flags, src, srclen, dst, dstlen, ERROR_INVALID_PARAMETER);
+                   });
   }
   wc(cp, badWc, units, 1, b, 4, ERROR_INVALID_FLAGS);
   SetLastError(kUntouched);
