@@ -5,15 +5,22 @@
 // every output size from 0 up to a small bound, and the exact and a larger
 // size, the count, the last error, the used-default flag and every element
 // of the sentinel-filled buffer (with a guard after the stated size) must
-// agree. Each unit converted alone without best fit must come back. Once,
+// agree. Both are also held to the buffer rules built from the text
+// converted a character at a time, the argument, page and flag checks come
+// in their order, and CharNextExA and CharPrevExA walk as the lead bytes
+// say. Each unit converted alone without best fit must come back. Once,
 // before the first input, every code of every page is decoded and converted
 // back, and the page's counts of valid codes and shared units must hold.
 #include "common/code_pages.h"
 #include "models/platform_codepage_compare.h"
+#include "platform/unicode.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <cwchar>
 #include <iterator>
 #include <map>
 #include <string>
@@ -118,6 +125,254 @@ void EveryCode(const PageCounts& page) {
   Check(valid == page.validCodes && shared == page.sharedUnits);
 }
 
+// ---- The buffer rules against the text converted a character at a time ----
+//
+// The comparisons above hold the fast paths to the reference forms, which
+// share the argument checks, the output buffers and the results with them.
+// Here the expected outcome is built from each character converted alone
+// into a roomy buffer: the probe counts, a large enough buffer receives
+// everything, a shorter one fails with ERROR_INSUFFICIENT_BUFFER and keeps
+// the whole characters that fit, and a refused call writes nothing.
+
+constexpr DWORD kUntouched = 0xDEADBEEF;
+constexpr int kShortSizes = 8;
+
+// The default characters of the double-byte pages, which a lead byte
+// without its trail byte decodes to.
+const std::map<UINT, wchar_t> kPageDefault = {{932, 0x30FB}, {936, '?'}, {949, '?'}, {950, '?'}};
+
+template <typename T> struct Outcome {
+  int ret;
+  DWORD error;
+  BOOL used;
+  std::vector<T> buffer;
+  bool operator==(const Outcome&) const = default;
+};
+
+// Pieces - a text's output a character at a time: `ends` after each
+// character, `usedBy` whether the default character was used up to there.
+template <typename T> struct Pieces {
+  std::vector<T> out;
+  std::vector<size_t> ends = {0};
+  std::vector<bool> usedBy = {false};
+  bool valid = true;    // every character passes MB_ERR_INVALID_CHARS
+  bool partial = false; // a short buffer may keep part of a character
+
+  void Add(const T* units, int n, bool used) {
+    out.insert(out.end(), units, units + n);
+    ends.push_back(out.size());
+    usedBy.push_back(usedBy.back() || used);
+  }
+};
+
+// Matches - whether `got` (a call with `size` elements) is what the pieces
+// give; under WC_COMPOSITECHECK a short buffer may also keep part of a base
+// and its marks (WC_SEPCHARS converts them one by one).
+template <typename T>
+bool Matches(const Pieces<T>& p, int size, bool wantUsed, T sentinel, const Outcome<T>& got) {
+  const size_t need = p.out.size();
+  Outcome<T> want{static_cast<int>(need), kUntouched, wantUsed ? p.usedBy.back() : 7,
+                  std::vector<T>(static_cast<size_t>(size) + 8, sentinel)};
+  if (size == 0) {
+    return got == want;
+  }
+  if (static_cast<size_t>(size) >= need) {
+    std::copy(p.out.begin(), p.out.end(), want.buffer.begin());
+    return got == want;
+  }
+  size_t whole = 0; // characters that fit
+  while (p.ends[whole + 1] <= static_cast<size_t>(size)) {
+    ++whole;
+  }
+  const size_t most = p.partial ? static_cast<size_t>(size) : p.ends[whole];
+  size_t kept = 0; // units written (one equal to the sentinel may count or not)
+  while (kept < most && got.buffer[kept] == p.out[kept]) {
+    ++kept;
+  }
+  const bool usedOk = !wantUsed || got.used == p.usedBy[whole] || got.used == p.usedBy[whole + 1];
+  want.ret = 0;
+  want.error = ERROR_INSUFFICIENT_BUFFER;
+  want.used = got.used;
+  std::copy(p.out.begin(), p.out.begin() + static_cast<std::ptrdiff_t>(kept), want.buffer.begin());
+  return usedOk && kept >= p.ends[whole] && kept <= most && got == want;
+}
+
+// Refused - a call refused with `error`: 0, and nothing written.
+template <typename T> bool Refused(DWORD error, T sentinel, const Outcome<T>& got) {
+  return got == Outcome<T>{0, error, got.used, std::vector<T>(got.buffer.size(), sentinel)};
+}
+
+template <typename T, typename Call>
+Outcome<T> Observe(int size, bool nullProbe, T sentinel, Call call) {
+  Outcome<T> o{0, 0, 7, std::vector<T>(static_cast<size_t>(size) + 8, sentinel)};
+  SetLastError(kUntouched);
+  o.ret = call(size == 0 && nullProbe ? nullptr : o.buffer.data(), size, &o.used);
+  o.error = GetLastError();
+  return o;
+}
+
+// DecodePieces - n bytes a character at a time: a lead byte and the byte
+// after it (unless that is missing or NUL: then the lead byte alone, the
+// default character and invalid), or one byte.
+Pieces<wchar_t> DecodePieces(UINT cp, DWORD flags, const char* src, size_t n) {
+  Pieces<wchar_t> p;
+  for (size_t i = 0; i < n;) {
+    const bool lead = IsDBCSLeadByteEx(cp, static_cast<BYTE>(src[i]));
+    const bool pair = lead && i + 1 < n && src[i + 1];
+    const int len = pair ? 2 : 1;
+    wchar_t units[8];
+    const int got = MultiByteToWideChar(cp, flags & ~MB_ERR_INVALID_CHARS, src + i, len, units, 8);
+    Check(got > 0 && (pair || !lead || units[0] == kPageDefault.at(cp)));
+    p.Add(units, got, false);
+    p.valid = p.valid && pair == lead &&
+              MultiByteToWideChar(cp, MB_ERR_INVALID_CHARS, src + i, len, units, 8) == 1;
+    i += static_cast<size_t>(len);
+  }
+  return p;
+}
+
+// EncodePieces - n units a unit at a time, or under WC_COMPOSITECHECK a
+// unit and the nonspacing marks after it at a time.
+Pieces<char> EncodePieces(UINT cp, DWORD flags, const wchar_t* src, size_t n, LPCSTR defaultChar) {
+  Pieces<char> p;
+  p.partial = (flags & WC_COMPOSITECHECK) != 0;
+  for (size_t i = 0; i < n;) {
+    size_t end = i + 1;
+    while (p.partial && end < n &&
+           qx::platform::IsNonSpacingMark(static_cast<uint32_t>(src[end]))) {
+      ++end;
+    }
+    char bytes[64];
+    BOOL used = FALSE;
+    SetLastError(kUntouched);
+    const int got = WideCharToMultiByte(cp, flags, src + i, static_cast<int>(end - i), bytes,
+                                        sizeof bytes, defaultChar, &used);
+    Check(got > 0 || GetLastError() == kUntouched); // WC_DISCARDNS drops a lone mark
+    p.Add(bytes, got, used != FALSE);
+    i = end;
+  }
+  return p;
+}
+
+void DecodeContract(UINT cp, DWORD flags, const char* src, int srclen, size_t n) {
+  const Pieces<wchar_t> p = DecodePieces(cp, flags, src, n);
+  const bool refused = (flags & MB_ERR_INVALID_CHARS) != 0 && !p.valid;
+  for (int size : qxtest::ConversionSizes(static_cast<int>(p.out.size()), kShortSizes)) {
+    for (bool nullProbe : {true, false}) {
+      auto got = Observe<wchar_t>(size, nullProbe, 0x7F7F, [&](LPWSTR dst, int m, LPBOOL) {
+        return MultiByteToWideChar(cp, flags, src, srclen, dst, m);
+      });
+      Check(refused ? Refused<wchar_t>(ERROR_NO_UNICODE_TRANSLATION, 0x7F7F, got)
+                    : Matches<wchar_t>(p, size, false, 0x7F7F, got));
+    }
+  }
+}
+
+void EncodeContract(UINT cp, DWORD flags, const wchar_t* src, int srclen, size_t n,
+                    LPCSTR defaultChar) {
+  const Pieces<char> p = EncodePieces(cp, flags, src, n, defaultChar);
+  for (int size : qxtest::ConversionSizes(static_cast<int>(p.out.size()), kShortSizes)) {
+    for (bool wantUsed : {true, false}) {
+      auto got = Observe<char>(size, wantUsed, '#', [&](LPSTR dst, int m, LPBOOL used) {
+        return WideCharToMultiByte(cp, flags, src, srclen, dst, m, defaultChar,
+                                   wantUsed ? used : nullptr);
+      });
+      Check(Matches<char>(p, size, wantUsed, '#', got));
+    }
+  }
+}
+
+// ArgumentChecks - the calls `call(page, src, srclen, dst, dstlen)` that the
+// argument and page checks refuse: no source or a length of 0, a negative
+// size, a size without an output, the source as output, an unknown page.
+template <typename In, typename Out, typename Call>
+void ArgumentChecks(UINT cp, UINT noPage, const In* src, Out* dst, Call call) {
+  call(cp, src, 0, dst, 4);
+  call(cp, src, 1, dst, -1);
+  call(cp, static_cast<const In*>(nullptr), 1, dst, 4);
+  call(cp, src, 1, static_cast<Out*>(nullptr), 4);
+  call(cp, reinterpret_cast<const In*>(dst), 1, dst, 4);
+  call(noPage, src, 1, dst, 4);
+}
+
+// BadCalls - the argument checks, then the page, then the flags: a refused
+// call returns 0, sets its error and writes nothing. `pick` chooses the
+// page and the flag refused.
+void BadCalls(UINT cp, const char* bytes, const wchar_t* units, uint8_t pick) {
+  static const UINT kNoPages[] = {CP_MACCP, 42, 1200, 10000, 12345, 20127, 65001, 0xFFFFFFFF};
+  const UINT noPage = kNoPages[pick & 7];
+  const DWORD badMb = pick & 8 ? MB_PRECOMPOSED | MB_COMPOSITE : 0x10u << (pick >> 4);
+  static const DWORD kBadWc[] = {WC_DISCARDNS | WC_SEPCHARS,
+                                 WC_SEPCHARS | WC_DEFAULTCHAR,
+                                 WC_DISCARDNS | WC_DEFAULTCHAR,
+                                 WC_ERR_INVALID_CHARS,
+                                 0x1,
+                                 0x100,
+                                 0x800,
+                                 0x80000000};
+  const DWORD badWc = kBadWc[pick >> 5] | (pick & 16 ? WC_COMPOSITECHECK : 0);
+  wchar_t w[4];
+  char b[4];
+  auto mb = [&](UINT page, DWORD flags, LPCSTR src, int srclen, LPWSTR dst, int dstlen,
+                DWORD error) {
+    std::fill(std::begin(w), std::end(w), 0x7F7F);
+    auto got = Observe<wchar_t>(0, true, 0x7F7F, [&](LPWSTR, int, LPBOOL) {
+      return MultiByteToWideChar(page, flags, src, srclen, dst, dstlen);
+    });
+    Check(Refused<wchar_t>(error, 0x7F7F, got) && w[0] == 0x7F7F && w[3] == 0x7F7F);
+  };
+  auto wc = [&](UINT page, DWORD flags, LPCWSTR src, int srclen, LPSTR dst, int dstlen,
+                DWORD error) {
+    std::fill(std::begin(b), std::end(b), '#');
+    auto got = Observe<char>(0, true, '#', [&](LPSTR, int, LPBOOL used) {
+      return WideCharToMultiByte(page, flags, src, srclen, dst, dstlen, nullptr, used);
+    });
+    Check(Refused<char>(error, '#', got) && b[0] == '#' && b[3] == '#');
+  };
+  for (DWORD flags : {DWORD{0}, badMb, badMb | MB_ERR_INVALID_CHARS}) {
+    ArgumentChecks(cp, noPage, bytes, w,
+                   [&](UINT page, LPCSTR src, int srclen, LPWSTR dst, int dstlen) {
+                     mb(page, flags, src, srclen, dst, dstlen, ERROR_INVALID_PARAMETER);
+                   });
+  }
+  mb(cp, badMb, bytes, 1, w, 4, ERROR_INVALID_FLAGS);
+  mb(cp, badMb | MB_ERR_INVALID_CHARS, "\x82", 1, w, 4, ERROR_INVALID_FLAGS);
+  for (DWORD flags : {DWORD{0}, badWc}) {
+    ArgumentChecks(cp, noPage, units, b,
+                   [&](UINT page, LPCWSTR src, int srclen, LPSTR dst, int dstlen) {
+                     wc(page, flags, src, srclen, dst, dstlen, ERROR_INVALID_PARAMETER);
+                   });
+  }
+  wc(cp, badWc, units, 1, b, 4, ERROR_INVALID_FLAGS);
+  SetLastError(kUntouched);
+  Check(!IsDBCSLeadByteEx(noPage, 0x81) && GetLastError() == ERROR_INVALID_PARAMETER);
+}
+
+// Walk - CharNextExA and CharPrevExA over a NUL-terminated text: a
+// character is a lead byte and the byte after it unless that is NUL, or
+// one byte; CharPrevExA gives the start of the character before `p`.
+void Walk(UINT cp, const char* s, size_t upTo) {
+  const WORD page = static_cast<WORD>(cp);
+  size_t start = 0;     // of the character that holds position i - 1
+  size_t nextStart = 0; // of the character after it
+  Check(CharNextExA(page, nullptr, 0) == nullptr && CharPrevExA(page, s, s, 0) == s);
+  for (size_t i = 0; i <= upTo; ++i) {
+    const bool pair = IsDBCSLeadByteEx(cp, static_cast<BYTE>(s[i])) && s[i] && s[i + 1];
+    const size_t next = s[i] == 0 ? i : i + (pair ? 2 : 1);
+    Check(CharNextExA(page, s + i, 0) == s + next);
+    if (i > 0) {
+      Check(CharPrevExA(page, s, s + i, 0) == s + start);
+    }
+    if (i == nextStart) {
+      start = i;
+      nextStart = next;
+    }
+    if (s[i] == 0) {
+      break;
+    }
+  }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -145,6 +400,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<char> terminated(bytes, bytes + len);
     terminated.push_back('\0');
     Decode(page, kDecodeFlags[(selector >> 2) & 3], terminated.data(), -1);
+    DecodeContract(page, kDecodeFlags[selector & 3], bytes, len, static_cast<size_t>(len));
+    const size_t upToNul = std::strlen(terminated.data()) + 1;
+    DecodeContract(page, kDecodeFlags[(selector >> 2) & 3], terminated.data(), -1 - len % 5,
+                   upToNul);
+    Walk(page, terminated.data(), std::min<size_t>(upToNul, 64));
   }
 
   std::vector<wchar_t> units;
@@ -179,7 +439,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const DWORD flags = kEncodeFlags[(selector >> 4) & 7];
   const char* defaultChar = kDefaults[(selector >> 6) & 3];
   Encode(page, flags, units.data(), static_cast<int>(units.size()), defaultChar);
+  EncodeContract(page, flags, units.data(), static_cast<int>(units.size()), units.size(),
+                 defaultChar);
   units.push_back(0);
   Encode(page, flags, units.data(), -1, defaultChar);
+  EncodeContract(page, flags, units.data(), -1 - len % 3, std::wcslen(units.data()) + 1,
+                 defaultChar);
+  BadCalls(page, bytes, units.data(), data[size - 1]);
   return 0;
 }

@@ -1,6 +1,7 @@
 // Fuzz target for the runtime's decimal readers: _wtoi and _wtol read what
 // wcstol reads in base 10 (the same white space, sign, digit scripts and
-// saturation at the 32-bit range) and set errno alike, on random text.
+// saturation at the 32-bit range) and set errno alike, on random text and,
+// once, the ends of the range and a null text.
 #include "platform/crt_number.h"
 #include "platform/crt_string.h"
 
@@ -19,9 +20,30 @@ void Check(bool ok) {
   }
 }
 
+// Same - _wtoi and _wtol read `text` as wcstol does in base 10.
+void Same(const wchar_t* text) {
+  errno = 0;
+  const long read = qx::crt::wcstol(text, nullptr, 10);
+  const int readErrno = errno;
+  errno = 0;
+  Check(qx::crt::_wtoi(text) == read && errno == readErrno);
+  errno = 0;
+  Check(qx::crt::_wtol(text) == read && errno == readErrno);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  // Once: the ends of the range, where random text seldom lands, and null.
+  static const bool ends = [] {
+    static const wchar_t* const kEnds[] = {L"2147483647",  L"2147483648",           L"-2147483648",
+                                           L"-2147483649", L"99999999999999999999", nullptr};
+    for (const wchar_t* text : kEnds) {
+      Same(text);
+    }
+    return true;
+  }();
+  (void)ends;
   if (size > 512) {
     return 0;
   }
@@ -34,12 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     text +=
         data[i] >= 0xF0 ? kUnits[data[i] - 0xF0] : static_cast<wchar_t>(data[i] ? data[i] : '0');
   }
-  errno = 0;
-  const long read = qx::crt::wcstol(text.c_str(), nullptr, 10);
-  const int readErrno = errno;
-  errno = 0;
-  Check(qx::crt::_wtoi(text.c_str()) == read && errno == readErrno);
-  errno = 0;
-  Check(qx::crt::_wtol(text.c_str()) == read && errno == readErrno);
+  Same(text.c_str());
   return 0;
 }

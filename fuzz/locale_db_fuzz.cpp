@@ -2,7 +2,8 @@
 // first input, every locale: its name leads back to it, and each value of a
 // set of types obeys the contract below (the locales are counted). Then
 // random locales, types (with and without LOCALE_RETURN_NUMBER) and buffer
-// sizes: the probe's length is what a fetch returns, the text has no
+// sizes: a negative size or a size without a buffer is refused with
+// ERROR_INVALID_PARAMETER, the probe's length is what a fetch returns, the text has no
 // embedded terminator, a shorter buffer fails with ERROR_INSUFFICIENT_BUFFER
 // and writes nothing, nothing is written past the size, a failure fails the
 // same way at every size, and a number reads back as its text gives it.
@@ -60,6 +61,13 @@ void Contract(LCID lcid, LCTYPE type, int cch, bool numeric) {
     }
     return true;
   };
+  // A negative size, or a size without a buffer, comes before every other check.
+  SetLastError(0);
+  Check(GetLocaleInfoW(lcid, type, buf.data(), -1 - cch % 8) == 0 &&
+        GetLastError() == ERROR_INVALID_PARAMETER && untouchedFrom(0));
+  SetLastError(0);
+  Check(GetLocaleInfoW(lcid, type, nullptr, 1 + cch % 8) == 0 &&
+        GetLastError() == ERROR_INVALID_PARAMETER);
   SetLastError(0);
   const int need = GetLocaleInfoW(lcid, type, nullptr, 0);
   const DWORD probeError = GetLastError();

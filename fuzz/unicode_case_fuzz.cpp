@@ -1,13 +1,19 @@
-// Fuzz target for the Unicode character services. Once, before the first
-// input, every BMP code point: the single-character form of CharUpperW and
-// CharLowerW is the mapping CharToUpper and CharToLower give, every mapping
-// goes both ways (which keeps the table one-to-one), the types relate as
-// they must, and ASCII has exactly its well-known classes. Then random
-// texts: the string and counted forms convert each unit as the
-// single-character form does, stop where they must and write nothing past
-// it, and CharNextW and CharPrevW step over exactly the nonspacing marks.
+// Fuzz target for the Unicode character services and the runtime's case
+// folding on them. Once, before the first input, every BMP code point: the
+// single-character form of CharUpperW and CharLowerW is the mapping
+// CharToUpper and CharToLower give, every mapping goes both ways (which keeps
+// the table one-to-one), the types relate as they must, ASCII has exactly its
+// well-known classes, and towupper and towlower fold ASCII only in the "C"
+// locale and by that mapping in any other. Then random texts: the string and
+// counted forms convert each unit as the single-character form does, stop
+// where they must and write nothing past it; CharNextW and CharPrevW step
+// over exactly the nonspacing marks; _wcsicmp and _wcsnicmp give the
+// difference of the first folded units that differ.
+#include "platform/crt_string.h"
 #include "platform/unicode.h"
 
+#include <cerrno>
+#include <clocale>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -52,6 +58,71 @@ void EveryBmpCodePoint() {
       Check(up == (lower ? c - 32 : c) && low == (upper ? c + 32 : c));
     }
   }
+  Check(CharUpperW(nullptr) == nullptr && CharLowerW(nullptr) == nullptr); // the character 0
+  SetLastError(ERROR_SUCCESS);
+  Check(CharUpperBuffW(nullptr, 0) == 0 && GetLastError() == ERROR_SUCCESS);
+  Check(CharLowerBuffW(nullptr, 5) == 0 && GetLastError() == ERROR_INVALID_PARAMETER);
+}
+
+// Fold - the unit _wcsicmp compares: ASCII A-Z to lower case in the "C"
+// locale, the single-character form in any other; beyond the BMP unchanged.
+uint32_t Fold(uint32_t c, bool cLocale) {
+  if (cLocale || c > 0xFFFF) {
+    return c >= 'A' && c <= 'Z' ? c + 32 : c;
+  }
+  return Lower1(c);
+}
+
+// RuntimeCase - towupper and towlower of every BMP code point, WEOF and one
+// beyond, and the runtime's classes of ASCII, in the "C" locale and another.
+void RuntimeCase() {
+  for (const char* name : {"C", "C.UTF-8"}) {
+    Check(std::setlocale(LC_ALL, name) != nullptr);
+    const bool cLocale = name[1] == 0;
+    for (uint32_t c = 0; c < 0x10000; ++c) {
+      const uint32_t up = cLocale ? (c >= 'a' && c <= 'z' ? c - 32 : c) : Upper1(c);
+      Check(qx::crt::towupper(c) == up && qx::crt::towlower(c) == Fold(c, cLocale));
+      if (c < 0x80) {
+        const bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+        Check((qx::crt::iswalpha(c) != 0) == letter);
+        Check((qx::crt::iswalnum(c) != 0) == (letter || (c >= '0' && c <= '9')));
+        Check((qx::crt::iswprint(c) != 0) == (c >= 0x20 && c <= 0x7E));
+        Check((qx::crt::iswspace(c) != 0) == ((c >= 9 && c <= 13) || c == ' '));
+      }
+    }
+    for (wint_t c : {WEOF, wint_t{0x10041}}) {
+      Check(qx::crt::towupper(c) == c && qx::crt::towlower(c) == c);
+    }
+  }
+  Check(std::setlocale(LC_ALL, "C") != nullptr);
+  // A null string: _NLSCMPERROR and EINVAL, whatever the count.
+  for (int k = 0; k < 3; ++k) {
+    const wchar_t* a = k == 1 ? L"a" : nullptr;
+    const wchar_t* b = k == 2 ? L"a" : nullptr;
+    errno = 0;
+    Check(qx::crt::_wcsicmp(a, b) == 0x7FFFFFFF && errno == EINVAL);
+    errno = 0;
+    Check(qx::crt::_wcsnicmp(a, b, static_cast<size_t>(k)) == _NLSCMPERROR && errno == EINVAL);
+  }
+}
+
+// Compare - _wcsnicmp of `a` and `b` (each terminated) over `count` units,
+// and _wcsicmp over all, against the difference of the folded units.
+void Compare(const std::wstring& a, const std::wstring& b, size_t count, bool cLocale) {
+  auto model = [&](size_t n) {
+    int64_t diff = 0;
+    for (size_t i = 0; i < n; ++i) {
+      const int64_t f = Fold(static_cast<uint32_t>(a[i]), cLocale);
+      diff = f - Fold(static_cast<uint32_t>(b[i]), cLocale);
+      if (f == 0 || diff != 0) {
+        break;
+      }
+    }
+    return diff;
+  };
+  errno = 0;
+  Check(qx::crt::_wcsnicmp(a.c_str(), b.c_str(), count) == model(count) && errno == 0);
+  Check(qx::crt::_wcsicmp(a.c_str(), b.c_str()) == model(SIZE_MAX) && errno == 0);
 }
 
 // Forms - the string form (up to the terminator) and the counted form (all
@@ -95,13 +166,17 @@ void Walk(const std::wstring& text) {
       --prev;
     }
     Check(CharPrevW(s, s + i) == s + prev);
+    // At the start, the start; before it, unchanged.
+    Check(CharPrevW(s + i, s + i) == s + i && CharPrevW(s + i, s + i - 1) == s + i - 1);
   }
+  Check(CharPrevW(s, s) == s && CharNextW(nullptr) == nullptr);
+  Check(CharPrevW(nullptr, s) == s && CharPrevW(s, nullptr) == nullptr);
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool everyCodePoint = (EveryBmpCodePoint(), true);
+  static const bool everyCodePoint = (EveryBmpCodePoint(), RuntimeCase(), true);
   (void)everyCodePoint;
   if (size > 4096) {
     return 0;
@@ -127,5 +202,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
   }
   Walk(walked);
+  // The text against its second half, in the locale the size chooses.
+  const bool cLocale = (size & 2) != 0;
+  Check(std::setlocale(LC_ALL, cLocale ? "C" : "C.UTF-8") != nullptr);
+  const size_t half = text.size() / 2;
+  std::wstring a = text.substr(0, half), b = text.substr(half);
+  Compare(a, b, half % 8 == 7 ? SIZE_MAX : half % 8, cLocale);
+  Check(std::setlocale(LC_ALL, "C") != nullptr);
   return 0;
 }

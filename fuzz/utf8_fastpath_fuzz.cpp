@@ -1,15 +1,19 @@
 // The fast paths of the UTF-8 codec (ASCII runs 16 at a time, whole
-// sequences, blocks of the BMP) against its state machine fed one byte or
-// one unit at a time, where no fast path applies, and both against the
-// reference forms below (the well-formed sequences of the Unicode standard,
-// one U+FFFD for each maximal subpart of an ill-formed one): the same units,
-// flags, bytes and replacement counts for random input at every offset; and
-// every decoded text survives the trip back through UTF-8.
+// sequences, blocks of the BMP) against its state machine fed in chunks of
+// one to three bytes or units, and all against the reference forms below
+// (the well-formed sequences of the Unicode standard, one U+FFFD for each
+// maximal subpart of an ill-formed one): the same units, flags, bytes and
+// replacement counts for random input at every offset, also through the
+// string helpers up to the first NUL; and every decoded text survives the
+// trip back through UTF-8. The output never passes the room the codec asks
+// for (the buffers are exactly that large).
 #include "platform/utf8.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <cwchar>
 #include <memory>
 #include <string>
 #include <vector>
@@ -46,8 +50,9 @@ std::string Encode(const wchar_t* w, size_t n, size_t step, size_t* replacements
   std::string bytes;
   for (size_t at = 0; at < n; at += step) {
     size_t k = std::min(step, n - at);
-    std::string out(Utf8Encoder::MaxBytes(k), '\0');
-    bytes.append(out.data(), encoder.Encode(w + at, k, at + k == n, out.data(), replacements));
+    std::unique_ptr<char[]> out(
+        new char[Utf8Encoder::MaxBytes(k)]); // on the heap: ASan sees past it
+    bytes.append(out.get(), encoder.Encode(w + at, k, at + k == n, out.get(), replacements));
   }
   return bytes;
 }
@@ -133,16 +138,30 @@ std::string ReferenceEncode(const wchar_t* w, size_t n, size_t* replacements) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool nulls = [] {
+    Check(qx::platform::WideToUtf8(nullptr).empty() && qx::platform::Utf8ToWide(nullptr).empty());
+    return true;
+  }();
+  (void)nulls;
   const char* s = reinterpret_cast<const char*>(data);
-  std::wstring fastUnits, slowUnits;
-  std::string fastFlags, slowFlags;
+  std::wstring fastUnits;
+  std::string fastFlags;
   Decode(s, size, size == 0 ? 1 : size, &fastUnits, &fastFlags);
-  Decode(s, size, 1, &slowUnits, &slowFlags);
-  Check(fastUnits == slowUnits && fastFlags == slowFlags);
   std::wstring refUnits;
   std::string refFlags;
   ReferenceDecode(data, size, &refUnits, &refFlags);
   Check(fastUnits == refUnits && fastFlags == refFlags);
+  for (size_t step : {1, 2, 3}) {
+    std::wstring slowUnits;
+    std::string slowFlags;
+    Decode(s, size, step, &slowUnits, &slowFlags);
+    Check(slowUnits == refUnits && slowFlags == refFlags);
+  }
+  const std::string text(s, size); // up to the first NUL through the helper
+  std::wstring refText;
+  std::string ignored;
+  ReferenceDecode(data, std::strlen(text.c_str()), &refText, &ignored);
+  Check(qx::platform::Utf8ToWide(text.c_str()) == refText);
   // Decoded units are well-formed UTF-16: they go back to UTF-8 without a
   // replacement and decode to themselves.
   size_t backBad = 0;
@@ -165,11 +184,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       u &= 0x7F; // ASCII runs
     w.push_back(static_cast<wchar_t>(u));
   }
-  size_t fastBad = 0, slowBad = 0;
+  size_t fastBad = 0, refBad = 0;
   std::string fast = Encode(w.data(), w.size(), w.empty() ? 1 : w.size(), &fastBad);
-  std::string slow = Encode(w.data(), w.size(), 1, &slowBad);
-  Check(fast == slow && fastBad == slowBad);
-  size_t refBad = 0;
   Check(fast == ReferenceEncode(w.data(), w.size(), &refBad) && fastBad == refBad);
+  for (size_t step : {1, 2}) {
+    size_t slowBad = 0;
+    Check(Encode(w.data(), w.size(), step, &slowBad) == fast && slowBad == refBad);
+  }
+  w.push_back(0);
+  size_t ignoredBad = 0;
+  Check(qx::platform::WideToUtf8(w.data()) ==
+        ReferenceEncode(w.data(), std::wcslen(w.data()), &ignoredBad));
   return 0;
 }

@@ -1,7 +1,7 @@
 // The runtime locale's queries, and the Microsoft C-runtime string functions
-// in qx::crt: classification, case folding and comparison in the "C" and a
-// changed runtime locale, reversal, wcstok, _wtoi and _wtol, and _vswprintf's
-// reading of a wide format and its buffer's bound.
+// in qx::crt: classification, reversal, wcstok, _wtoi and _wtol, and
+// _vswprintf's reading of a wide format and its buffer's bound. Case folding
+// and comparison are fuzz/unicode_case_fuzz.cpp's.
 #include "platform/crt_locale.h"
 #include "platform/crt_string.h"
 #include "platform/crt_wprintf.h"
@@ -21,8 +21,6 @@
 #include <vector>
 
 namespace {
-
-using CrtLocale = qxtest::ScopedRuntimeLocale;
 
 constexpr wchar_t kSentinel = 0x7777;
 
@@ -135,104 +133,6 @@ TEST(CrtClass, MicrosoftClassification) {
   EXPECT_EQ(qx::crt::iswprint(L'!'), 0x010); // _PUNCT
 }
 
-// The whole ASCII range against the runtime's well-known ASCII classes
-// (TAB is no print character, 0x1C no white space), whatever the locale.
-TEST(CrtClass, AsciiRangeInAnyLocale) {
-  for (const char* name : {"C", "C.UTF-8"}) {
-    CrtLocale locale(name);
-    ASSERT_TRUE(locale.ok()) << name;
-    for (wint_t c = 0; c < 0x80; ++c) {
-      bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-      ASSERT_EQ(qx::crt::iswalpha(c) != 0, letter) << c;
-      ASSERT_EQ(qx::crt::iswalnum(c) != 0, letter || (c >= '0' && c <= '9')) << c;
-      ASSERT_EQ(qx::crt::iswprint(c) != 0, c >= 0x20 && c <= 0x7E) << c;
-      ASSERT_EQ(qx::crt::iswspace(c) != 0, (c >= 9 && c <= 13) || c == ' ') << c;
-    }
-  }
-}
-
-// "C" folds ASCII only; a changed locale uses Windows' simple mapping.
-TEST(CrtCase, TowupperAndTowlower) {
-  // clang-format off
-  const struct {
-    const char* locale;
-    wint_t c, upper, lower;
-  } cases[] = {
-      {"C", L'a', L'A', L'a'}, {"C", L'Z', L'Z', L'z'}, {"C", 0xE9, 0xE9, 0xE9},
-      {"C", 0xC9, 0xC9, 0xC9}, {"C", WEOF, WEOF, WEOF},
-      {"C.UTF-8", 0xE9, 0xC9, 0xE9}, {"C.UTF-8", 0xC9, 0xC9, 0xE9},
-      {"C.UTF-8", 0x10041, 0x10041, 0x10041}, {"C.UTF-8", WEOF, WEOF, WEOF}};
-  // clang-format on
-  for (const auto& t : cases) {
-    CrtLocale locale(t.locale);
-    ASSERT_TRUE(locale.ok()) << t.locale;
-    EXPECT_EQ(qx::crt::towupper(t.c), t.upper) << t.locale << " " << t.c;
-    EXPECT_EQ(qx::crt::towlower(t.c), t.lower) << t.locale << " " << t.c;
-  }
-}
-
-struct CompareCase {
-  const char* locale;
-  const wchar_t* a;
-  const wchar_t* b;
-  size_t n;     // kAll: _wcsicmp, and _wcsnicmp with a count past both
-  int expected; // Microsoft's value: the difference of the folded units
-};
-
-constexpr size_t kAll = 100;
-
-// clang-format off
-const CompareCase kCompareCases[] = {
-    // The unchanged "C" locale: ASCII A-Z fold to lower case, nothing else.
-    {"C", L"abc", L"ABC", kAll, 0}, {"C", L"abc", L"ABD", kAll, 'c' - 'd'},
-    {"C", L"_", L"A", kAll, '_' - 'a'}, // lower-case folding: '_' sorts before letters
-    {"C", L"abc", L"ab", kAll, 'c'}, {"C", L"", L"a", kAll, -'a'}, {"C", L"", L"", kAll, 0},
-    {"C", L"STRA\u00dfE", L"strasse", kAll, 0xDF - 's'},
-    {"C", L"\uffff", L"a", kAll, 0xFFFF - 'a'}, // units compare unsigned
-    // A changed runtime locale: Windows' simple case mapping, still to lower case.
-    {"C.UTF-8", L"abc", L"ABC", kAll, 0}, {"C.UTF-8", L"_", L"A", kAll, '_' - 'a'},
-    {"C.UTF-8", L"\u00e9t\u00e9", L"\u00c9T\u00c9", kAll, 0},
-    {"C.UTF-8", L"\u0131", L"I", kAll, 0x131 - 'i'},        // dotless i does not fold to i
-    {"C.UTF-8", L"\u03a3", L"\u03c2", kAll, 0x3C3 - 0x3C2}, // sigma, not final sigma
-    {"C.UTF-8", L"STRA\u00dfE", L"strasse", kAll, 0xDF - 's'},
-    // _wcsnicmp stops after the count, or at a terminator.
-    {"C", L"abcX", L"ABCy", 3, 0}, {"C", L"abcX", L"ABCy", 4, 'x' - 'y'},
-    {"C", L"ab", L"abc", 5, -'c'}, {"C", L"ab", L"abc", 2, 0}, {"C", L"a", L"b", 0, 0},
-    {"C", L"_x", L"Ax", 1, '_' - 'a'},
-};
-// clang-format on
-
-TEST(CrtCompare, WcsicmpAndWcsnicmp) {
-  for (const CompareCase& t : kCompareCases) {
-    SCOPED_TRACE(testing::Message() << t.locale << " case " << (&t - kCompareCases));
-    CrtLocale locale(t.locale);
-    ASSERT_TRUE(locale.ok());
-    if (t.n == kAll) {
-      EXPECT_EQ(qx::crt::_wcsicmp(t.a, t.b), t.expected);
-    }
-    EXPECT_EQ(qx::crt::_wcsnicmp(t.a, t.b, t.n), t.expected);
-  }
-  // A count that runs past both terminators reads nothing beyond them.
-  wchar_t a[3] = {L'a', 0, kSentinel}, b[3] = {L'A', 0, L'z'};
-  EXPECT_EQ(qx::crt::_wcsnicmp(a, b, SIZE_MAX), 0);
-}
-
-TEST(CrtCompare, NullArgumentsGiveNlsCmpError) {
-  EXPECT_EQ(_NLSCMPERROR, 0x7FFFFFFF);
-  const struct {
-    const wchar_t *a, *b;
-    size_t n;
-  } cases[] = {{nullptr, L"a", 1}, {L"a", nullptr, 1}, {nullptr, nullptr, 1}, {nullptr, L"a", 0}};
-  for (const auto& t : cases) {
-    errno = 0;
-    EXPECT_EQ(qx::crt::_wcsicmp(t.a, t.b), _NLSCMPERROR);
-    EXPECT_EQ(errno, EINVAL);
-    errno = 0;
-    EXPECT_EQ(qx::crt::_wcsnicmp(t.a, t.b, t.n), _NLSCMPERROR);
-    EXPECT_EQ(errno, EINVAL);
-  }
-}
-
 TEST(CrtReverse, ReversesUnitsInPlace) {
   const std::pair<const wchar_t*, const wchar_t*> cases[] = {{L"", L""},
                                                              {L"a\u0301b", L"b\u0301a"}};
@@ -292,35 +192,20 @@ TEST(CrtTokens, PositionIsPerThread) {
   EXPECT_EQ(std::wstring(qx::crt::wcstok(nullptr, L" ")), L"y");
 }
 
-// The range's ends and the digit scripts; fuzz/crt_integer_fuzz.cpp holds
-// _wtoi and _wtol to wcstol's reading in base 10 on random text.
-struct IntCase {
-  const wchar_t* text; // null: EINVAL
-  int32_t expected;
-  int error; // errno afterwards (0 when untouched)
-};
-
-// clang-format off
-const IntCase kIntCases[] = {
-    {L"2147483647", INT32_MAX, 0}, {L"2147483648", INT32_MAX, ERANGE},
-    {L"-2147483648", INT32_MIN, 0}, {L"-2147483649", INT32_MIN, ERANGE},
-    {L"1\u0968", 12, 0},                                  // ASCII then Devanagari
-    {L"\u1811", 1, 0},                                    // Mongolian
-    {L"7:", 7, 0}, {L"\u0669\u066a", 9, 0},               // the unit after a 9 is no digit
-    {L"\u19d1", 0, 0}, {L"\u00b9", 0, 0}, // neither New Tai Lue digits nor superscripts
-    {nullptr, 0, EINVAL},
-};
-// clang-format on
-
-TEST(CrtToInt, WtoiAndWtol) {
-  for (const IntCase& t : kIntCases) {
-    SCOPED_TRACE(testing::Message() << "case " << (&t - kIntCases));
+// The digit scripts (which wcstol shares); fuzz/crt_integer_fuzz.cpp holds
+// _wtoi and _wtol to wcstol's reading in base 10, the range's ends included.
+TEST(CrtToInt, DigitScripts) {
+  const std::pair<const wchar_t*, int> cases[] = {
+      {L"1\u0968", 12},                       // ASCII then Devanagari
+      {L"\u1811", 1},                         // Mongolian
+      {L"7:", 7},       {L"\u0669\u066a", 9}, // the unit after a 9 is no digit
+      {L"\u19d1", 0},   {L"\u00b9", 0},       // neither New Tai Lue digits nor superscripts
+  };
+  for (const auto& [text, value] : cases) {
     errno = 0;
-    EXPECT_EQ(qx::crt::_wtoi(t.text), t.expected);
-    EXPECT_EQ(errno, t.error);
-    errno = 0;
-    EXPECT_EQ(qx::crt::_wtol(t.text), static_cast<long>(t.expected));
-    EXPECT_EQ(errno, t.error);
+    EXPECT_EQ(qx::crt::_wtoi(text), value) << testing::PrintToString(text);
+    EXPECT_EQ(qx::crt::_wtol(text), value) << testing::PrintToString(text);
+    EXPECT_EQ(errno, 0);
   }
 }
 
