@@ -1,14 +1,14 @@
 // Random input into the conversions: bytes into ConvertMBCSCharToSystem for
-// each double-byte member (bad lead and trail bytes, cut sequences) and a
-// single-byte one, random units into ConvertSystemToMBCSChar, with every
-// buffer size from 0 to a small bound; the bytes past each size must stay
-// untouched (dstLen + 1 units for the wide side). For members with a code
+// each double-byte member (bad lead and trail bytes, cut sequences), single-
+// byte ones and members without a page, which must write what the platform
+// call writes with the member's page and a terminator after it, random units
+// into ConvertSystemToMBCSChar, with every buffer size from 0 to a small bound;
+// the bytes past each size must stay untouched. For members with a code
 // page, ConvertSystemToMBCSChar must equal WideCharToMultiByte with
 // WC_COMPOSITECHECK on text rich in nonspacing marks. The byte table of a
-// pair of members with maps must send no byte to 0 or 255, and a byte whose
-// character both maps hold to a byte with that character and back. The
-// line-end rewriters must give what the plain rules below give (the system's
-// line end is CR LF), on text rich in CR and LF.
+// pair of members with maps and its count must follow the rule below. The
+// line-end rewriters must give what the plain rules below give (under system
+// charsets whose line end is CR LF, CR or LF), on text rich in CR and LF.
 #include "platform/codepage.h"
 #include "qxutil/text.h"
 #include "qxutil/winlocale.h"
@@ -25,36 +25,41 @@
 namespace {
 
 constexpr unsigned int kMaxSize = 24;
-constexpr QXCHARSET kMembers[] = {QXCHARSET_WINDOWS_TRAD_CHINESE,
-                                  QXCHARSET_WINDOWS_SIMP_CHINESE,
-                                  QXCHARSET_WINDOWS_JAPANESE,
-                                  QXCHARSET_WINDOWS_KOREAN,
-                                  QXCHARSET_WINDOWS_LATIN1,
-                                  QXCHARSET_MAC_ROMAN,
-                                  QXCHARSET_NEUTRAL,
-                                  QXCHARSET_CODEPAGE_437};
+// The members and the code page each must convert with (none: -1); the
+// system's pages are 932 here.
+const struct {
+  QXCHARSET cs;
+  UINT cp;
+} kMembers[] = {{QXCHARSET_WINDOWS_TRAD_CHINESE, 950},     {QXCHARSET_WINDOWS_SIMP_CHINESE, 936},
+                {QXCHARSET_WINDOWS_JAPANESE, 932},         {QXCHARSET_WINDOWS_KOREAN, 949},
+                {QXCHARSET_WINDOWS_LATIN1, 1252},          {QXCHARSET_MAC_ROMAN, UINT(-1)},
+                {QXCHARSET_PACKED_EUC_JAPANESE, UINT(-1)}, {QXCHARSET_NEUTRAL, CP_ACP},
+                {QXCHARSET_CODEPAGE_437, CP_OEMCP}};
 
 void Check(bool ok) {
   if (!ok)
     std::abort();
 }
 
-// CheckRoundTrip - the byte table `fwd` from `a` to `b` against both maps.
-void CheckRoundTrip(QXCHARSET a, QXCHARSET b, const unsigned char* fwd) {
+// CheckTable - the byte table from `a` to `b` and its count against the
+// rule: a byte takes the lowest byte in 1..254 of `b` with its character;
+// byte 0, unmapped bytes and characters `b` lacks become '_', counted but for
+// byte 0 (a count of -1: a cache hit, which writes none).
+void CheckTable(QXCHARSET a, QXCHARSET b, const unsigned char* table, int count) {
   const qx::CharsetUnicodeMap* mapA = qx::CharsetUnicodeMapOf(a);
   const qx::CharsetUnicodeMap* mapB = qx::CharsetUnicodeMapOf(b);
-  std::vector<unsigned char> forward(fwd, fwd + 256); // the next call may reuse the slot
-  int count = 0;
-  unsigned char* back = nullptr;
-  Check(mapA && mapB && ConvertCharset(b, a, &count, &back));
+  Check(mapA && mapB && table[0] == '_');
+  std::vector<unsigned char> lowest(65536, 0);
+  for (int t = 254; t >= 1; --t)
+    lowest[(*mapB)[t]] = static_cast<unsigned char>(t);
+  int unknown = 0;
   for (int s = 1; s < 256; ++s) {
-    Check(forward[s] != 0 && forward[s] != 255);
-    uint16_t c = (*mapA)[s];
-    if (qx::IsUnmappedMarker(c) || forward[s] == '_')
-      continue;
-    Check((*mapB)[forward[s]] == c);
-    Check(s == 255 || (*mapA)[back[forward[s]]] == c); // 255 is never a target
+    const uint16_t c = (*mapA)[s];
+    const int want = qx::IsUnmappedMarker(c) ? 0 : lowest[c];
+    unknown += want == 0;
+    Check(table[s] == (want ? want : '_'));
   }
+  Check(count == -1 || count == unknown);
 }
 
 // SameAsCompositeCheck - ConvertSystemToMBCSChar on units drawn from a pool
@@ -85,9 +90,18 @@ void SameAsCompositeCheck(const uint8_t* data, size_t n) {
   Check(ok == (got > 0) && ours == theirs);
 }
 
+// SwitchableSystem - the system charset, settable per input so that the
+// line-end rewriter meets each of the three line ends.
+class SwitchableSystem final : public cCharsetInfo {
+public:
+  QXCHARSET GetSystemCharset() override { return cs; }
+  QXCHARSET cs = QXCHARSET_WINDOWS_JAPANESE;
+};
+SwitchableSystem* gSystem = nullptr;
+
 // LineEnds - `text` with CR LF and CR made LF (toLF), or every CR LF, CR and
-// LF made CR LF; null when it holds no CR (toLF) or no CR or LF.
-std::optional<std::wstring> LineEnds(const std::wstring& text, bool toLF) {
+// LF made `lineEnd`; null when it holds no CR (toLF) or no CR or LF.
+std::optional<std::wstring> LineEnds(const std::wstring& text, bool toLF, const wchar_t* lineEnd) {
   std::wstring out;
   bool rewritten = false;
   for (size_t i = 0; i < text.size(); ++i) {
@@ -99,42 +113,67 @@ std::optional<std::wstring> LineEnds(const std::wstring& text, bool toLF) {
     rewritten = true;
     if (c == L'\r' && i + 1 < text.size() && text[i + 1] == L'\n')
       ++i;
-    out += toLF ? L"\n" : L"\r\n";
+    out += toLF ? L"\n" : lineEnd;
   }
   return rewritten ? std::optional<std::wstring>(out) : std::nullopt;
 }
 
+// CheckLineEnds - both rewriters under a system charset whose line end is
+// CR LF, CR or LF (picked by the first byte).
 void CheckLineEnds(const uint8_t* data, size_t n) {
+  static const struct {
+    QXCHARSET cs;
+    const wchar_t* lineEnd;
+  } kSystems[] = {{QXCHARSET_WINDOWS_JAPANESE, L"\r\n"},
+                  {QXCHARSET_MAC_ROMAN, L"\r"},
+                  {QXCHARSET_ISO8859_1, L"\n"}};
+  const auto& system = kSystems[(data[0] >> 4) % 3];
   std::wstring text;
   for (size_t i = 0; i < n; ++i)
     text += L"\r\n\nab\u3042"[data[i] % 6];
+  gSystem->cs = system.cs;
   for (bool toLF : {false, true}) {
     wchar_t* out =
         toLF ? ConvertPlatformCRLFToLF(text.data()) : ConvertLFToPlatformCRLF(text.data());
-    std::optional<std::wstring> want = LineEnds(text, toLF);
+    std::optional<std::wstring> want = LineEnds(text, toLF, system.lineEnd);
     Check(want ? out && *want == out : !out);
     if (out)
       ffree(&out);
   }
+  gSystem->cs = QXCHARSET_WINDOWS_JAPANESE;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool pinned = SetThreadLocale(1041) != 0; // system page 932
+  static const bool pinned = [] { // system page 932, through a stand-in
+    SetThreadLocale(1041);
+    cCharsetInfo* original = cCharsetInfo::Instance();
+    gSystem = new SwitchableSystem;
+    cCharsetInfo::Instance(gSystem);
+    delete original;
+    return true;
+  }();
   (void)pinned;
   if (size < 1)
     return 0;
-  QXCHARSET cs = kMembers[data[0] % (sizeof kMembers / sizeof kMembers[0])];
+  const auto& member = kMembers[data[0] % (sizeof kMembers / sizeof kMembers[0])];
+  const QXCHARSET cs = member.cs;
   const char* bytes = reinterpret_cast<const char*>(data + 1);
   size_t n = size - 1;
 
-  // Bytes => wide, every size: nothing written past dstLen + 1 units.
+  // Bytes => wide, every size: what the platform call writes with the
+  // member's page, then a terminator when the count is at most dstLen.
   for (unsigned int len = 0; len <= kMaxSize; ++len) {
-    std::vector<wchar_t> dst(kMaxSize + 4, 0x5A5A);
-    ConvertMBCSCharToSystem(bytes, static_cast<unsigned int>(n), cs, dst.data(), len);
-    for (size_t i = len + 1; i < dst.size(); ++i)
-      Check(dst[i] == 0x5A5A);
+    std::vector<wchar_t> dst(kMaxSize + 4, 0x5A5A), want(dst);
+    bool ok = ConvertMBCSCharToSystem(bytes, static_cast<unsigned int>(n), cs, dst.data(), len);
+    int got = 0;
+    if (n && len)
+      got = qx::win::MultiByteToWideChar(member.cp, MB_PRECOMPOSED, bytes, static_cast<int>(n),
+                                         want.data(), static_cast<int>(len));
+    if (n && len && got <= static_cast<int>(len))
+      want[static_cast<size_t>(got)] = 0;
+    Check(ok == (got > 0) && dst == want);
   }
 
   // Units => bytes: the input read as 16-bit units (the library's range).
@@ -157,14 +196,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   SameAsCompositeCheck(data, size);
 
   // The byte tables and the line-end rewriters on the same input.
-  int count = 0;
+  int count = -1;
   unsigned char* table = nullptr;
   const auto from = static_cast<QXCHARSET>(data[1 % size] % 58);
   const auto to = static_cast<QXCHARSET>(data[2 % size] % 58);
-  if (n >= 2 && ConvertCharset(from, to, &count, &table)) {
-    Check(table[0] == '_');
-    CheckRoundTrip(from, to, table);
-  }
+  if (n >= 2 && ConvertCharset(from, to, &count, &table))
+    CheckTable(from, to, table, count);
   CheckLineEnds(data, size);
   return 0;
 }

@@ -1,8 +1,9 @@
 // Like against the recursive rules it must reproduce (models/like_oracle.h):
 // the result, *match and the error recorded must agree.
-// Input: byte 0 picks the escape, the rest is the pattern, a 0xFF byte, and
-// the subject, each byte mapped onto a small alphabet so that wildcards,
-// escapes and repeats are common. Sizes are bounded so the oracle stays
+// Input: byte 0 picks the escape (a longer one escapes with its first unit),
+// the rest is the pattern, a 0xFF byte, and the subject, each byte mapped onto
+// a small alphabet (with a letter in both cases) so that wildcards, escapes
+// and repeats are common. Sizes are bounded so the oracle stays
 // fast.
 #include "models/like_oracle.h"
 #include "qxutil/frame.h"
@@ -20,7 +21,7 @@ constexpr size_t kMaxSubject = 24;
 constexpr int kMaxPercents = 4; // keeps the oracle's search polynomial and small
 
 wchar_t Unit(uint8_t b) {
-  static const wchar_t kAlphabet[] = L"ab%_!%a\\b\u00e9\u0301";
+  static const wchar_t kAlphabet[] = L"ab%_!%a\\bA\u00e9\u0301";
   return kAlphabet[b % (sizeof(kAlphabet) / sizeof(wchar_t) - 1)];
 }
 
@@ -29,8 +30,8 @@ wchar_t Unit(uint8_t b) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 1)
     return 0;
-  static const wchar_t* const kEscapes[] = {L"", L"!", L"%", L"_", L"a", L"\\", nullptr};
-  const wchar_t* escape = kEscapes[data[0] % 7];
+  static const wchar_t* const kEscapes[] = {L"", L"!", L"%", L"_", L"a", L"\\", L"!x", nullptr};
+  const wchar_t* escape = kEscapes[data[0] % 8];
   std::wstring pattern, subject;
   bool inSubject = false;
   int percents = 0;

@@ -1,12 +1,13 @@
 // Long random runs of string caches against a plain list
-// (models/string_cache_model.h): the input picks the data size, then
-// for each step the name (letters that fold and units that do not, short or
-// long enough to reach the 65,500-byte bound), the data, sorted or unsorted
-// insertion, and whether the heap fails the growth. After every step the
-// result must match; the whole cache is read back every few steps and at the
-// end.
+// (models/string_cache_model.h): the input picks the data size, then for each
+// step the name (letters that fold and units that do not; short, long, or of
+// the length that meets the 65,500-byte bound give or take a unit), the data,
+// sorted or unsorted insertion, and whether the heap fails the growth. After
+// every step the result must match; the whole cache is read back every few
+// steps and at the end.
 #include "models/string_cache_model.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -32,8 +33,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (int step = 0; at + 2 <= size; ++step) {
     const uint8_t flags = data[at++];
     size_t length = data[at++] % 8;
-    if (flags & 0x20) // now and then a long name, to reach the bound
+    if ((flags & 0xA0) == 0xA0) { // a name at the bound: fits, just fits or not
+      const long room = 32748 - 2 * model.dataSize() - long(model.Offset(model.entries().size()));
+      length = size_t(std::max(1L, room + long(length % 4) - 2));
+    } else if (flags & 0x20) { // now and then a long name
       length = length * 150 + (flags & 0x1F);
+    }
     std::wstring name(length, L' ');
     for (size_t i = 0; i < length; ++i)
       name[i] = kLetters[(at < size ? data[at + (i % (size - at))] : i) %

@@ -1,9 +1,10 @@
-// The tokenisers on arbitrary text: the list tokeniser (brackets on and
-// off) must give the tokens and the places of the plain rules below and
-// leave *next on the terminator; the positional tokeniser must report exactly the list
-// tokeniser's tokens (with brackets) as positions; the DBCS-mode strtok
-// (the fuzzer pins a Japanese locale) must return tokens free of
-// delimiters, in order, until it reports the end.
+// The tokenisers on arbitrary text, with delimiters that are also a closer or
+// a quote now and then: the list tokeniser (brackets on and off) must give
+// the tokens and the places of the plain rules below and leave *next on the
+// terminator; the positional tokeniser must report exactly the list
+// tokeniser's tokens (with brackets) as positions; the DBCS-mode strtok (the
+// fuzzer pins a Japanese locale) must return tokens free of delimiters, in
+// order, until it reports the end.
 #include "qxutil/text.h"
 #include "qxutil/winlocale.h"
 
@@ -95,7 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::wstring text;
   for (size_t i = 0; i < size; ++i)
     text += Unit(data[i]);
-  const wchar_t* delims = size && (data[0] & 1) ? L";" : L",\u0301";
+  static const wchar_t* const kDelims[] = {L";", L",\u0301", L")", L"\""};
+  const wchar_t* delims = kDelims[size ? data[0] % 4 : 1];
 
   ListTokens(text, delims, false);
   std::vector<std::wstring> withBrackets = ListTokens(text, delims, true);

@@ -147,7 +147,8 @@ inline std::string CompareCache(wchar_t* cache, const StringCacheModel& model) {
       return "unit " + std::to_string(i) + " differs";
   const int ds = model.dataSize();
   const auto& entries = model.entries();
-  wchar_t name[2048]; // longer than any name the tests make
+  std::vector<wchar_t> buffer(32768); // longer than any name a cache can hold
+  wchar_t* name = buffer.data();
   std::vector<unsigned char> data(static_cast<size_t>(ds) + 1);
   for (size_t i = 0; i < entries.size(); i += entries.size() / 64 + 1) {
     const StringCacheModel::Entry& e = entries[i];
@@ -157,10 +158,10 @@ inline std::string CompareCache(wchar_t* cache, const StringCacheModel& model) {
     auto same = [&] {
       return e.data.empty() || !std::memcmp(e.data.data(), data.data(), e.data.size());
     };
-    if (!GetIthCachedString(cache, static_cast<int>(i), name, 2048, data.data(), ds) ||
+    if (!GetIthCachedString(cache, static_cast<int>(i), name, 32768, data.data(), ds) ||
         e.name != name || !same())
       return "entry " + std::to_string(i) + " by index";
-    GetCachedString(cache, model.Offset(i), name, 2048, data.data(), ds);
+    GetCachedString(cache, model.Offset(i), name, 32768, data.data(), ds);
     if (e.name != name || !same())
       return "entry " + std::to_string(i) + " by offset";
     data.assign(data.size(), 0xA5);
@@ -168,7 +169,7 @@ inline std::string CompareCache(wchar_t* cache, const StringCacheModel& model) {
       return "entry " + std::to_string(i) + " by name";
   }
   name[0] = L'?';
-  bool past = GetIthCachedString(cache, static_cast<int>(entries.size()), name, 2048, nullptr, ds);
+  bool past = GetIthCachedString(cache, static_cast<int>(entries.size()), name, 32768, nullptr, ds);
   return past || name[0] ? "an entry past the end" : "";
 }
 

@@ -125,22 +125,20 @@ TEST(StringNormalizer, UnknownTableRecordsError74) {
 
 TEST(StringNormalizer, Compare) {
   struct Case {
-    QXCHARSET cs;
     unsigned short id;
     const wchar_t *a, *b;
     int expected;
   };
-  // The order of folded bytes is normalizer_fuzz's; long text is the fault walk's.
+  // The order of folded bytes is normalizer_fuzz's (it seldom meets a mark
+  // beside the first difference); long text is the fault walk's.
   const Case kCases[] = {
-      {kWestern, 44414, L"abc", L"abcd", -1}, // a prefix first
-      {kWestern, 44414, nullptr, L"", 0},
-      {kWestern, 44414, L"", L"a", -1},
-      {kWestern, 44414, L"e\u0301t\u00e9", L"\u00c9TE", 0}, // a mark is no unit of its own
-      {kWestern, 65496, L"xe\u0301", L"xf", 1}, // the mark after a difference past the first
+      {44414, nullptr, L"", 0},
+      {44414, L"e\u0301t\u00e9", L"\u00c9TE", 0}, // a mark is no unit of its own
+      {65496, L"xe\u0301", L"xf", 1},             // the mark after a difference past the first
   };
   RunOnNewThread([&] {
     for (const Case& c : kCases) {
-      StringNormalizer* n = GetNormalizer(c.cs, c.id);
+      StringNormalizer* n = GetNormalizer(kWestern, c.id);
       ASSERT_NE(n, nullptr) << c.id;
       EXPECT_EQ(n->Compare(c.a, c.b), c.expected) << c.id;
       EXPECT_EQ(n->Compare(c.b, c.a), -c.expected) << c.id;

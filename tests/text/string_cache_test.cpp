@@ -1,6 +1,6 @@
-// String caches: the 65,500-byte bound, reads that must stay inside the
-// block, and failed growths (string_cache_fuzz holds insertion, sorting,
-// folded names and data to a plain model).
+// String caches: reads that must stay inside the block, and failed growths
+// (string_cache_fuzz holds insertion, sorting, folded names, data and the
+// 65,500-byte bound to a plain model).
 #include "common/fault_walk.h"
 #include "common/thread_runner.h"
 #include "qxutil/text.h"
@@ -14,30 +14,6 @@
 namespace {
 
 wchar_t* W(const wchar_t* s) { return const_cast<wchar_t*>(s); }
-
-TEST(StringCache, NeverGrowsBeyond65500BytesOf16BitUnits) {
-  // The first entry takes (n + 2 x dataSize) x 2 + 6 bytes.
-  wchar_t* cache = nullptr;
-  std::wstring name(32748, L'n');
-  EXPECT_EQ(CacheString(&cache, name.data(), nullptr, 0, false), 0u); // 65502 bytes
-  EXPECT_EQ(cache, nullptr);
-  name.resize(32747);
-  EXPECT_EQ(CacheString(&cache, name.data(), nullptr, 0, false), 1u); // 65500 bytes
-  ffree(&cache);
-  // Growth to (n + end + 2 x dataSize + 2) x 2 bytes: after a first entry
-  // that ends at unit 32005, a name of 738 units is refused, 737 fit.
-  int data = 9, out = 0;
-  name.resize(32000);
-  ASSERT_EQ(CacheString(&cache, name.data(), &data, 3, false), 1u);
-  name.resize(738);
-  EXPECT_EQ(CacheString(&cache, name.data(), &data, 3, false), 0u);
-  name.resize(737);
-  EXPECT_EQ(CacheString(&cache, name.data(), &data, 3, false), 32005u);
-  EXPECT_TRUE(GetCachedStructure(cache, name.data(), &out, 3));
-  EXPECT_EQ(out, 9);
-  EXPECT_EQ(CacheString(&cache, W(L"x"), &data, 3, false), 0u);
-  ffree(&cache);
-}
 
 TEST(StringCache, ReadsStayInsideTheBlock) {
   wchar_t* cache = nullptr;

@@ -1,5 +1,5 @@
 // The three tokenisers (lists with quotes and brackets, strtok in both
-// modes, the positional form) and quoting, into another buffer and in place.
+// modes, the positional form) and quoting with null arguments.
 #include "text/text_support.h"
 
 #include <gtest/gtest.h>
@@ -10,36 +10,9 @@
 
 namespace {
 
-struct ListCase {
-  const wchar_t* text;
-  const wchar_t* delims;
-  bool brackets;
-  std::vector<std::wstring> tokens;
-};
-
-// strtok_fuzz holds the tokens and places of "," ";" and a mark as
-// delimiters to the plain rules; these delimiters are also quotes or closers.
-const ListCase kListCases[] = {
-    {L"(a)b),c", L")", true, {L"(a)b", L",c"}},     // the closer to depth 0 is not a delimiter
-    {L"a\"b\"c", L"\"", false, {L"a", L"b", L"c"}}, // delimiters come before quotes
-};
-
-TEST(ListTokens, Table) {
-  for (const ListCase& c : kListCases) {
-    SCOPED_TRACE(testing::Message() << "'" << c.text << "' brackets " << c.brackets);
-    std::wstring text = c.text;
-    std::vector<std::wstring> got;
-    wchar_t* next = nullptr;
-    for (wchar_t* p = text.data(); wchar_t* token = qxStrtok(p, c.delims, c.brackets, &next);
-         p = next) {
-      got.push_back(token);
-      ASSERT_LT(got.size(), 10u);
-    }
-    EXPECT_EQ(got, c.tokens);
-    ASSERT_NE(next, nullptr);
-    EXPECT_EQ(*next, 0); // null only once the end is reached
-    EXPECT_EQ(next, text.data() + text.size());
-  }
+// strtok_fuzz holds the tokens and places to the plain rules, with
+// delimiters that are also quotes or closers; here null arguments.
+TEST(ListTokens, NullArguments) {
   wchar_t text[] = L"a,b";
   wchar_t* next = text;
   EXPECT_EQ(qxStrtok(nullptr, L",", false, &next), nullptr);
@@ -123,71 +96,16 @@ TEST(PositionTokens, Table) {
   EXPECT_EQ(next, 4u);
 }
 
-using qxtest::Buffer;
-
-struct QuoteCase {
-  const wchar_t* src;
-  unsigned int size;
-  const wchar_t* quote;
-  const wchar_t* copy;    // quoting into another buffer
-  const wchar_t* inPlace; // quoting in place
-};
-
-// quote_fuzz holds single-unit quotes at every size from 3 to the rules.
-// clang-format off
-const QuoteCase kQuoteCases[] = {
-    {L"a\"b", 9, L"\"x", L"\"a\"\"b\"", L"\"a\"\"b\""}, // only the first unit quotes
-    {L"abc", 2, L"'", L"", L""}, {L"abc", 1, L"'", L"", L""},
-    {L"abcdef", 5, L"", L"abcd", L"abcd"}, {L"abcdef", 5, nullptr, L"abcd", L"abcd"}, // a copy
-};
-// clang-format on
-
-TEST(Quote, Table) {
-  for (const QuoteCase& c : kQuoteCases) {
-    SCOPED_TRACE(testing::Message() << "'" << c.src << "' size " << c.size);
-    auto copy = Buffer(c.size);
-    EXPECT_EQ(quotestring(copy.data(), c.src, c.size, c.quote), copy.data());
-    EXPECT_EQ(copy.Text(), c.copy);
-    EXPECT_EQ(copy.TouchedUpTo(), std::wstring(c.copy).size() + 1); // no fill after it
-
-    auto inPlace = Buffer(c.size, c.src);
-    EXPECT_EQ(quotestring(inPlace.data(), inPlace.data(), c.size, c.quote), inPlace.data());
-    EXPECT_EQ(inPlace.Text(), c.inPlace);
-    EXPECT_TRUE(inPlace.UntouchedFrom(c.size));
-  }
-  auto zero = Buffer(0);
-  quotestring(zero.data(), L"abc", 0, L"'");
-  EXPECT_EQ(zero.TouchedUpTo(), 0u);
-  auto nullSource = Buffer(4);
-  quotestring(nullSource.data(), nullptr, 4, L"'");
-  EXPECT_EQ(nullSource.Text(), L"''");
+// quote_fuzz holds both at every size, with quotes of one and two units and
+// none, to the plain rules; here a null source and a null buffer.
+TEST(Quote, Null) {
+  auto quoted = qxtest::Buffer(4), unquoted = qxtest::Buffer(4);
+  quotestring(quoted.data(), nullptr, 4, L"'");
+  EXPECT_EQ(quoted.Text(), L"''");
+  EXPECT_EQ(unquotestring(unquoted.data(), nullptr, 4, L"'"), unquoted.data());
+  EXPECT_EQ(unquoted.Text(), L"");
+  EXPECT_EQ(unquoted.TouchedUpTo(), 4u); // the empty string, copied as strcpyn copies
   EXPECT_EQ(quotestring(nullptr, L"a", 4, L"'"), nullptr);
-}
-
-TEST(Unquote, Table) {
-  // quote_fuzz holds unquoting with a quote character at every size.
-  const struct {
-    const wchar_t* src;
-    unsigned int size;
-    const wchar_t* quote;
-    const wchar_t* out;
-    unsigned int touched; // units written
-  } cases[] = {
-      {L"'a'", 5, L"", L"'a'", 5}, // no quote character: strcpyn, which fills the size
-      {nullptr, 4, L"'", L"", 4},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << "'" << (c.src ? c.src : L"(null)") << "' size " << c.size);
-    auto buf = Buffer(c.size);
-    EXPECT_EQ(unquotestring(buf.data(), c.src, c.size, c.quote), buf.data());
-    EXPECT_EQ(buf.Text(), c.out);
-    EXPECT_EQ(buf.TouchedUpTo(), c.touched);
-    if (!c.src)
-      continue;
-    std::wstring inPlace = std::wstring(c.src) + std::wstring(c.size + 1, L'\0');
-    unquotestring(inPlace.data(), inPlace.data(), c.size, c.quote);
-    EXPECT_STREQ(inPlace.c_str(), c.size ? c.out : c.src); // size 0 writes nothing
-  }
   EXPECT_EQ(unquotestring(nullptr, L"'a'", 4, L"'"), nullptr);
 }
 

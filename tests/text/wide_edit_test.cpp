@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -62,32 +61,7 @@ TEST(WideCase, Strings) {
   EXPECT_EQ(qxStrrev(nullptr), nullptr);
 }
 
-TEST(WideEdit, ReplaceAndReverse) {
-  const struct {
-    const wchar_t* in;
-    const wchar_t* set;
-    wchar_t c;
-    const wchar_t* out; // up to the first terminator
-    size_t zeros;       // how many units became 0
-  } cases[] = {
-      {L"a,b;c", L",;", L'|', L"a|b|c", 0},
-      {L"abc", L"", L'|', L"abc", 0},
-      {L"a,b,c", L",", 0, L"a", 2}, // every one, not only the first
-  };
-  for (const auto& c : cases) {
-    std::wstring s = c.in;
-    qxCharReplace(s.data(), c.set, c.c);
-    EXPECT_STREQ(s.c_str(), c.out) << c.in;
-    EXPECT_EQ(std::count(s.begin(), s.end(), 0), static_cast<long>(c.zeros)) << c.in;
-  }
-  std::wstring t = L"a\nb\n";
-  TextReplaceChar(t.data(), L'\n', 0);
-  EXPECT_EQ(t, std::wstring(L"a\0b\0", 4));
-  TextReplaceChar(t.data(), 0, L'x'); // the terminator is never a `from`
-  EXPECT_EQ(t, std::wstring(L"a\0b\0", 4));
-  qxCharReplace(nullptr, L",", L'x');
-  TextReplaceChar(nullptr, L'a', L'b');
-
+TEST(WideEdit, Memrev) {
   unsigned char bytes[] = {1, 2, 3, 4, 5, 0xEE};
   EXPECT_EQ(memrev(bytes, 5), bytes);
   const unsigned char reversed[] = {5, 4, 3, 2, 1, 0xEE};
@@ -96,85 +70,23 @@ TEST(WideEdit, ReplaceAndReverse) {
   EXPECT_EQ(memrev(nullptr, 4), nullptr);
 }
 
-TEST(WideEdit, ConcatBackslashAndStrcpyn) {
-  // strcpyn fills all n units; the backslash and its terminator may use the
-  // one spare unit after them.
-  const struct {
-    const wchar_t* src;
-    unsigned int n;
-    const wchar_t* out;
-    size_t touched; // units written
-  } cases[] = {{L"/data", 10, L"/data\\", 10},
-               {L"/data/", 10, L"/data/", 10},
-               {L"C:\\x\\", 10, L"C:\\x\\", 10},
-               {L"", 10, L"", 10},
-               {L"abcdef", 4, L"abc\\", 5}, // the copy is cut, then appended
-               {L"abc", 1, L"", 1}};
-  for (const auto& c : cases) {
-    auto buf = qxtest::Buffer(c.n);
-    concat_backslash(c.src, buf.data(), c.n);
-    EXPECT_EQ(buf.Text(), std::wstring(c.out)) << c.src << " n=" << c.n;
-    EXPECT_EQ(buf.TouchedUpTo(), c.touched) << c.src;
-  }
-  // n = 0: no copy; what dst holds gets the backslash.
-  wchar_t dst[8] = L"ab";
+// wide_edit_fuzz holds the replacements, copies, trims, skipwhite and the
+// line-end rewrites to the plain rules at sizes from 1; here size 0 and null.
+TEST(WideEdit, SizeZeroAndNull) {
+  wchar_t dst[8] = L"ab"; // no copy: what dst holds gets the backslash
   concat_backslash(L"zzz", dst, 0);
   EXPECT_STREQ(dst, L"ab\\");
   concat_backslash(L"x", nullptr, 4);
-  // strcpyn's sizes are held by the unquote and conversion tables and quote_fuzz.
   auto copy = qxtest::Buffer(4);
   strcpyn(copy.data(), nullptr, 4);
   EXPECT_EQ(copy.Text(), L"");
   EXPECT_EQ(strcpyn(nullptr, L"abc", 4), nullptr);
-}
-
-TEST(WideTrim, Skipwhite) {
-  const struct {
-    const wchar_t* in;
-    long at; // -1: null
-  } cases[] = {{L" \tx ", 2}, {L"\x01x", 0},    {L"  ", -1},
-               {L"", -1},     {L"\r\n\f y", 4}, {L"\vx", 0}}; // vertical tab is not white space
-  for (const auto& c : cases) {
-    const wchar_t* r = skipwhite(c.in);
-    EXPECT_EQ(r ? r - c.in : -1, c.at) << c.in;
-  }
+  qxCharReplace(nullptr, L",", L'x');
+  TextReplaceChar(nullptr, L'a', L'b');
+  FilterNewline(nullptr, L"a", 1, false);
+  for (unsigned int (*edit)(wchar_t*) : {ltrim, ltrim2, rtrim, TextRemoveCrs})
+    EXPECT_EQ(edit(nullptr), 0u);
   EXPECT_EQ(skipwhite(static_cast<const wchar_t*>(nullptr)), nullptr);
-}
-
-// The in-place edits: the text afterwards and the count returned.
-struct EditCase {
-  unsigned int (*edit)(wchar_t*);
-  const wchar_t* in;
-  const wchar_t* out;
-  unsigned int result;
-};
-
-// clang-format off
-const EditCase kEditCases[] = {
-    {ltrim, L"\t a ", L"a ", 2}, {ltrim, L"a", L"a", 0}, {ltrim, L"", L"", 0},
-    {ltrim, L" \x01\x7f" L"b", L"b", 3},   // unprintable units go too
-    {ltrim, L" \t ", L" \t ", 0},          // nothing but such units: left as it is
-    {ltrim, L"\x80x", L"\x80x", 0},        // 128 and up is printable
-    {ltrim2, L"  \ta", L"\ta", 2}, {ltrim2, L"   ", L"", 3}, {ltrim2, L"", L"", 0},
-    {rtrim, L"a b \r\n", L"a b", 3}, {rtrim, L"abc", L"abc", 3}, {rtrim, L"", L"", 0},
-    {rtrim, L" \t", L"", 0}, {rtrim, L"a\x01\x7f", L"a", 1}, {rtrim, L"a\u00a0", L"a\u00a0", 2},
-    {TextRemoveCrs, L"a\r\nb\r\n", L"a\nb\n", 4}, {TextRemoveCrs, L"a\r\r\nb", L"a\r\nb", 4},
-    {TextRemoveCrs, L"\r", L"\r", 1}, {TextRemoveCrs, L"a\n\rb", L"a\n\rb", 4},
-    {TextRemoveCrs, L"", L"", 0},
-};
-// clang-format on
-
-TEST(WideTrim, InPlaceEdits) {
-  for (const EditCase& c : kEditCases) {
-    SCOPED_TRACE(testing::Message() << "case " << (&c - kEditCases) << " '" << c.in << "'");
-    std::wstring s = c.in;
-    EXPECT_EQ(c.edit(s.data()), c.result);
-    EXPECT_STREQ(s.c_str(), c.out);
-    // rtrim zeroes every trimmed unit, not only the first.
-    for (size_t i = c.result; c.edit == rtrim && i < s.size(); ++i)
-      EXPECT_EQ(s[i], 0) << "at " << i;
-    EXPECT_EQ(c.edit(nullptr), 0u);
-  }
 }
 
 TEST(WideTrim, RtrimANeverCutsADoubleByteCharacter) {
@@ -200,25 +112,15 @@ TEST(WideTrim, RtrimANeverCutsADoubleByteCharacter) {
   EXPECT_EQ(rtrimA(nullptr), 0u);
 }
 
+// wide_edit_fuzz holds the rule; here zeros among the n units, null and a
+// failed allocation.
 TEST(LineEnds, AddCrs) {
-  const struct {
-    std::wstring src;
-    unsigned int n;
-    std::wstring out;
-  } cases[] = {
-      {L"a\nb", 3, L"a\r\nb"},
-      {L"a\r\nb", 4, L"a\r\r\nb"}, // by design
-      {L"a\nb\n", 2, L"a\r\n"},    // only the first n units
-      {L"", 0, L""},
-      {std::wstring(L"a\0\nb", 4), 4, std::wstring(L"a\0\r\nb", 5)}, // n units, zeros too
-  };
-  for (const auto& c : cases) {
-    wchar_t* out = nullptr;
-    EXPECT_EQ(TextAddCrs(&out, c.src.data(), c.n), c.out.size());
-    ASSERT_NE(out, nullptr);
-    EXPECT_EQ(std::wstring(out, c.out.size() + 1), c.out + L'\0');
-    ffree(&out);
-  }
+  const std::wstring src(L"a\0\nb", 4);
+  wchar_t* out = nullptr;
+  EXPECT_EQ(TextAddCrs(&out, src.data(), 4), 5u);
+  ASSERT_NE(out, nullptr);
+  EXPECT_EQ(std::wstring(out, 6), std::wstring(L"a\0\r\nb\0", 6));
+  ffree(&out);
   wchar_t* untouched = reinterpret_cast<wchar_t*>(0x1);
   EXPECT_EQ(TextAddCrs(&untouched, nullptr, 3), 0u);
   EXPECT_EQ(untouched, reinterpret_cast<wchar_t*>(0x1));
@@ -229,30 +131,6 @@ TEST(LineEnds, AddCrs) {
   qx::platform::FailAllocations(0, false);
   EXPECT_EQ(n, 0u);
   EXPECT_EQ(untouched, reinterpret_cast<wchar_t*>(0x1));
-}
-
-TEST(LineEnds, FilterNewline) {
-  const struct {
-    const wchar_t* src;
-    unsigned int n;
-    bool decode;
-    const wchar_t* out; // exactly n units
-  } cases[] = {
-      {L"a\r\nb", 4, false, L"a\\nb"},     {L"a\\nb", 4, true, L"a\r\nb"},
-      {L"a\r\n", 2, false, L"a\r"}, // the pair is cut by n
-      {L"\r\r\n\n", 4, false, L"\r\\n\n"}, {L"\\\\n", 3, true, L"\\\r\n"},
-      {L"x\nn", 3, true, L"x\nn"},
-  };
-  for (const auto& c : cases) {
-    auto buf = qxtest::Buffer(c.n);
-    FilterNewline(buf.data(), c.src, c.n, c.decode);
-    EXPECT_EQ(std::wstring(buf.data(), c.n), std::wstring(c.out)) << c.src;
-    EXPECT_EQ(buf.TouchedUpTo(), c.n) << "no terminator: " << c.src;
-    std::wstring inPlace(c.src);
-    FilterNewline(inPlace.data(), inPlace.data(), c.n, c.decode);
-    EXPECT_EQ(inPlace.substr(0, c.n), std::wstring(c.out)) << "in place: " << c.src;
-  }
-  FilterNewline(nullptr, L"a", 1, false);
 }
 
 } // namespace

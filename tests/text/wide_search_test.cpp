@@ -91,59 +91,15 @@ TEST(WideSearch, ModeFreeSearches) {
   EXPECT_EQ(At(marks, qxNextChar(marks + 4)), 4); // stays at the terminator
 }
 
-struct CompareCase {
-  const wchar_t* a;
-  const wchar_t* b;
-  size_t n;
-  int cmp;    // qxStrCmp
-  bool equ;   // strequ
-  bool iequ;  // striequ
-  bool nequ;  // strnequ(a, b, n)
-  bool niequ; // strniequ(a, b, n)
-};
-
-const CompareCase kCompareCases[] = {
-    {L"abc", L"abc", 3, 0, true, true, true, true},
-    {L"abc", L"abd", 2, -1, false, false, true, true},
-    {L"ABx", L"aby", 2, -1, false, false, false, true},
-    {L"AB", L"ab", 5, -1, false, true, false, true},
-    {L"ab", L"abc", 3, -1, false, false, false, false},
-    {L"ab", L"abc", 2, -1, false, false, true, true},
-    {L"", L"", 0, 0, true, true, true, true},
-    {L"\uffff", L"a", 1, 1, false, false, false, false},       // units are unsigned
-    {L"\u00c9", L"\u00e9", 1, -1, false, false, false, false}, // "C" runtime: ASCII folds only
-    {nullptr, L"a", 1, -1, false, false, false, false},
-    {L"a", nullptr, 1, 1, false, false, false, false},
-    {nullptr, nullptr, 1, 0, false, false, false, false},
-};
-
-TEST(WideCompare, Table) {
-  for (const CompareCase& c : kCompareCases) {
-    SCOPED_TRACE(testing::Message() << "'" << (c.a ? c.a : L"(null)") << "' vs '"
-                                    << (c.b ? c.b : L"(null)") << "' n=" << c.n);
-    EXPECT_EQ(qxStrCmp(c.a, c.b), c.cmp);
-    EXPECT_EQ(strequ(c.a, c.b), c.equ);
-    EXPECT_EQ(striequ(c.a, c.b), c.iequ);
-    EXPECT_EQ(strnequ(c.a, c.b, c.n), c.nequ);
-    EXPECT_EQ(strniequ(c.a, c.b, c.n), c.niequ);
-  }
-  EXPECT_EQ(qxStrICmp(L"_", L"A"), '_' - 'a'); // both sides fold to lower case
+// wide_edit_fuzz holds the comparisons to the plain rules, past the stack
+// scratch too; here the runtime's error value and a failed scratch.
+TEST(WideCompare, NullAndNoMemory) {
   EXPECT_EQ(qxStrICmp(nullptr, L"A"), 2147483647);
-  EXPECT_EQ(qxStrNICmp(L"abX", L"ABy", 2), 0);
-}
-
-TEST(WideCompare, LongPrefixesUseTheHeapScratch) {
-  std::wstring a(300, L'a'), b(300, L'A');
-  b[299] = L'Z';
-  EXPECT_TRUE(strniequ(a.c_str(), b.c_str(), 299));
-  EXPECT_FALSE(strniequ(a.c_str(), b.c_str(), 300));
-  b[299] = L'A';
-  EXPECT_TRUE(strniequ(a.c_str(), b.c_str(), 100000));
-  EXPECT_FALSE(strniequ(a.c_str(), (b + L"x").c_str(), 301));
   // Without memory for the scratch a difference is still seen (the frame's
   // fault walk checks equal texts).
+  std::wstring a(300, L'a'), b(299, L'A');
+  b += L'Z';
   qx::platform::FailAllocations(1, true);
-  b[299] = L'Z';
   bool differ = strniequ(a.c_str(), b.c_str(), 300);
   qx::platform::FailAllocations(0, false);
   EXPECT_FALSE(differ);
