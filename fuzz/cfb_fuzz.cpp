@@ -1,11 +1,13 @@
 // Damaged compound files: the input picks a committed sample (tests/data/cfb)
-// and changes its bytes, cuts it short, or is taken as the whole file. The
-// reader must open it or refuse it cleanly; when it opens, every storage is
-// listed and every stream read to its end, then read again after seeks
-// that must land where the stream's size says and give the same bytes, all
-// under ASan/UBSan and without hanging.
+// and changes its bytes, cuts it short, or is taken as the whole file (a fixed
+// list of damages, one rule each, comes first). Opening it must give the code
+// the model (fuzz/models/cfb_model.h) gives; when it opens, its listing must be
+// the model's, and every stream is read again after seeks that must land where
+// the stream's size says and give the same bytes, all under ASan/UBSan and
+// without hanging.
 #include "common/cfb_files.h"
 #include "common/temp_dir.h"
+#include "models/cfb_model.h"
 #include "platform/storage.h"
 
 #include <algorithm>
@@ -97,10 +99,95 @@ void Exercise(qx::win::IStorage* storage, const uint8_t* data, size_t size) {
   list->Release();
 }
 
+// Compare - opens `file` as the library and as the model; the two must agree.
+void Compare(const std::string& file, const uint8_t* data, size_t size) {
+  using namespace qx::win;
+  qxtest::TempDir dir;
+  dir.Write("fuzzed.cfb", file);
+  IStorage* root = nullptr;
+  std::wstring path = qxtest::Widen(dir.Path("fuzzed.cfb"));
+  qxtest::CfbModel model(file);
+  const HRESULT expected = model.Open();
+  const HRESULT result =
+      StgOpenStorage(path.c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &root);
+  Check(result == expected);
+  if (result != S_OK)
+    return;
+  if (model.NamesAreAscii()) {
+    std::vector<std::string> lines;
+    qxtest::ListStorage(root, "", &lines);
+    std::sort(lines.begin(), lines.end());
+    Check(lines == model.List());
+  }
+  Exercise(root, data, size);
+  root->Release();
+}
+
+// Damages - each breaks one rule of a sample; the file must be refused.
+void Damages() {
+  using F = qxtest::CfbLayout&;
+  const struct {
+    int sample; // in Samples()
+    void (*apply)(F);
+  } damages[] = {
+      {0, [](F f) { f.b->resize(7); }},
+      {0, [](F f) { (*f.b)[7] = 0; }},
+      {0, [](F f) { f.b->replace(0, 8, "\x0E\x11\xFC\x0D\xD0\xCF\x11\x0E", 8); }},
+      {0, [](F f) { f.b->resize(300); }},
+      {0, [](F f) { f.Put16(28, 0xFEFF); }},
+      {0, [](F f) { f.Put16(26, 5); }},
+      {0, [](F f) { f.Put16(30, 12); }},
+      {4, [](F f) { f.Put16(30, 9); }},
+      {0, [](F f) { f.Put16(32, 7); }},
+      {0, [](F f) { f.Put32(56, 8192); }},
+      {0, [](F f) { f.Put32(44, 0x7FFFFFFF); }},
+      {1, [](F f) { f.Put32(76, 0x00FFFFF0); }},
+      {1, [](F f) { f.Put32(80, f.U32(76)); }},
+      {0, [](F f) { f.Put32(48, 5000); }},
+      {0, [](F f) { f.Put32(f.FatEntry(f.U32(48)), f.U32(48)); }},
+      {1, [](F f) { f.Put32(f.FatEntry(f.Start("Data") + 3), 0xFFFFFFFE); }},
+      {1, [](F f) { f.Put32(f.Entry("tail") + 116, f.Start("Data") + 5); }},
+      {0, [](F f) { f.Put32(f.Entry("small") + 116, f.Start("Notes")); }},
+      {1, [](F f) { f.Put32(f.Entry("Data") + 120, 0x7FFFFFF0); }},
+      {4, [](F f) { f.Put32(f.Entry("Large") + 124, 0x100); }},
+      {2, [](F f) { f.Put32(f.Entry("Middle") + 68, f.U32(f.Sector(f.U32(48)) + 76)); }},
+      {2, [](F f) { f.Put32(f.Entry("Middle") + 76, 0x00FFFFFF); }},
+      {2, [](F f) { (*f.b)[f.Entry("Side") + 66] = 0; }},
+      {2, [](F f) { f.Put16(f.Entry("Side") + 64, 9); }},
+      {0, [](F f) { (*f.b)[f.Sector(f.U32(48)) + 66] = 1; }},
+      {1, [](F f) { f.b->resize(f.b->size() / 2); }},
+      {4, [](F f) { f.b->resize(1000); }},
+      {4, [](F f) { f.b->resize(f.b->size() - 500); }}, // Large ends 480 bytes before the end
+      {0, [](F f) { f.Put32(f.Sector(f.U32(48)) + 120, 330); }}, // small ends at 334
+      {0,
+       [](F f) { // an empty stream reached twice
+         f.Put32(f.Entry("small") + 120, 0);
+         f.Put32(f.Entry("Notes") + 68, (f.Entry("small") - f.Sector(f.U32(48))) / 128);
+       }},
+  };
+  for (const auto& d : damages) {
+    std::string bytes = Samples()[d.sample];
+    qxtest::CfbLayout layout(&bytes);
+    d.apply(layout);
+    Check(qxtest::CfbModel(bytes).Open() != qx::win::S_OK);
+    Compare(bytes, nullptr, 0);
+  }
+  // A valid file whose chain jumps forward and back: tail, tail + 2 ... tail + 7, tail + 1.
+  std::string bytes = Samples()[1];
+  qxtest::CfbLayout f(&bytes);
+  const uint32_t tail = f.Start("tail");
+  f.Put32(f.FatEntry(tail), tail + 2);
+  f.Put32(f.FatEntry(tail + 7), tail + 1);
+  f.Put32(f.FatEntry(tail + 1), 0xFFFFFFFE);
+  Check(qxtest::CfbModel(bytes).Open() == qx::win::S_OK);
+  Compare(bytes, nullptr, 0);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace qx::win;
+  static const bool damaged = (Damages(), true);
+  (void)damaged;
   if (size < 2)
     return 0;
   std::string file;
@@ -119,14 +206,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       file[at] = static_cast<char>(data[i + 3]);
     }
   }
-  qxtest::TempDir dir;
-  dir.Write("fuzzed.cfb", file);
-  IStorage* root = nullptr;
-  std::wstring path = qxtest::Widen(dir.Path("fuzzed.cfb"));
-  if (StgOpenStorage(path.c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &root) ==
-      S_OK) {
-    Exercise(root, data, size);
-    root->Release();
-  }
+  Compare(file, data, size);
   return 0;
 }
