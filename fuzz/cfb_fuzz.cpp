@@ -123,9 +123,33 @@ void Compare(const std::string& file, const uint8_t* data, size_t size) {
   root->Release();
 }
 
+// Layout - finds the places in a sample that a damage changes.
+struct Layout : qxtest::CfbLayout {
+  using CfbLayout::CfbLayout;
+  void Put16(size_t at, uint16_t v) { (*b)[at] = char(v), (*b)[at + 1] = char(v >> 8); }
+  /// FatEntry - the byte offset of sector `n`'s FAT entry (first 109 FAT sectors).
+  size_t FatEntry(uint32_t n) const {
+    uint32_t per = (1u << (*b)[30]) / 4;
+    return Sector(U32(76 + 4 * (n / per))) + 4 * (n % per);
+  }
+  /// Start - the first sector of the stream named `name`.
+  uint32_t Start(const std::string& name) const { return U32(Entry(name) + 116); }
+  /// Entry - the byte offset of the directory entry named `name` (ASCII),
+  /// found by its UTF-16 name and name length; npos when none.
+  size_t Entry(const std::string& name) const {
+    std::string utf16;
+    for (char c : name)
+      utf16 += c, utf16 += '\0';
+    for (size_t at = 0; (at = b->find(utf16, at)) != std::string::npos; ++at)
+      if (at % 128 == 0 && static_cast<unsigned char>((*b)[at + 64]) == 2 * name.size() + 2)
+        return at;
+    return std::string::npos;
+  }
+};
+
 // Damages - each breaks one rule of a sample; the file must be refused.
 void Damages() {
-  using F = qxtest::CfbLayout&;
+  using F = Layout&;
   const struct {
     int sample; // in Samples()
     void (*apply)(F);
@@ -167,14 +191,14 @@ void Damages() {
   };
   for (const auto& d : damages) {
     std::string bytes = Samples()[d.sample];
-    qxtest::CfbLayout layout(&bytes);
+    Layout layout(&bytes);
     d.apply(layout);
     Check(qxtest::CfbModel(bytes).Open() != qx::win::S_OK);
     Compare(bytes, nullptr, 0);
   }
   // A valid file whose chain jumps forward and back: tail, tail + 2 ... tail + 7, tail + 1.
   std::string bytes = Samples()[1];
-  qxtest::CfbLayout f(&bytes);
+  Layout f(&bytes);
   const uint32_t tail = f.Start("tail");
   f.Put32(f.FatEntry(tail), tail + 2);
   f.Put32(f.FatEntry(tail + 7), tail + 1);

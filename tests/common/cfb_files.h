@@ -1,6 +1,6 @@
 // Compound files for the storage tests, the fuzz target and the benchmark: the committed
 // samples (tests/data/cfb), a listing through the library's storage calls, files made
-// by gsf, and the byte surgery that damages a file in one chosen way.
+// by gsf, and their bytes read and changed in place.
 #ifndef QXUTIL_TESTS_COMMON_CFB_FILES_H
 #define QXUTIL_TESTS_COMMON_CFB_FILES_H
 
@@ -127,7 +127,7 @@ inline bool MakeWithGsf(const std::string& target,
   return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-/// The layout of a compound file's bytes, for damaging it on purpose.
+/// CfbLayout - a compound file's bytes, read and changed in place.
 struct CfbLayout {
   explicit CfbLayout(std::string* bytes) : b(bytes) {}
   std::string* b;
@@ -135,31 +135,11 @@ struct CfbLayout {
     const auto* p = reinterpret_cast<const unsigned char*>(b->data() + at);
     return p[0] | p[1] << 8 | p[2] << 16 | static_cast<uint32_t>(p[3]) << 24;
   }
-  void Put16(size_t at, uint16_t v) { (*b)[at] = char(v), (*b)[at + 1] = char(v >> 8); }
   void Put32(size_t at, uint32_t v) {
     for (int i = 0; i < 4; ++i)
       (*b)[at + i] = static_cast<char>(v >> (8 * i));
   }
-  unsigned Shift() const { return (*b)[30]; }
-  size_t Sector(uint32_t n) const { return (size_t{n} + 1) << Shift(); }
-  /// FatEntry - the byte offset of sector `n`'s FAT entry (first 109 FAT sectors).
-  size_t FatEntry(uint32_t n) const {
-    uint32_t per = (1u << Shift()) / 4;
-    return Sector(U32(76 + 4 * (n / per))) + 4 * (n % per);
-  }
-  /// Start - the first sector of the stream named `name`.
-  uint32_t Start(const std::string& name) const { return U32(Entry(name) + 116); }
-  /// Entry - the byte offset of the directory entry named `name` (ASCII),
-  /// found by its UTF-16 name and name length; npos when none.
-  size_t Entry(const std::string& name) const {
-    std::string utf16;
-    for (char c : name)
-      utf16 += c, utf16 += '\0';
-    for (size_t at = 0; (at = b->find(utf16, at)) != std::string::npos; ++at)
-      if (at % 128 == 0 && static_cast<unsigned char>((*b)[at + 64]) == 2 * name.size() + 2)
-        return at;
-    return std::string::npos;
-  }
+  size_t Sector(uint32_t n) const { return (size_t{n} + 1) << (*b)[30]; }
 };
 
 } // namespace qxtest
