@@ -11,6 +11,7 @@
 #include "platform/storage.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -43,11 +44,25 @@ void Exercise(qx::win::IStorage* storage, const uint8_t* data, size_t size) {
   if (storage->EnumElements(0, nullptr, 0, &list) != S_OK)
     return;
   STATSTG st;
+  const DWORD mode = STGM_READ | STGM_SHARE_EXCLUSIVE;
   while (list->Next(1, &st, nullptr) == S_OK) {
     IStream* stream = nullptr;
-    if (st.type == STGTY_STREAM &&
-        storage->OpenStream(st.pwcsName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream) ==
-            S_OK) {
+    if (st.type == STGTY_STREAM) {
+      // The name with its ASCII letters' case turned opens the same stream, or fails alike.
+      std::wstring turned(st.pwcsName);
+      for (wchar_t& c : turned)
+        c ^= (c | 0x20) >= 'a' && (c | 0x20) <= 'z' ? 0x20 : 0;
+      IStream* same = nullptr;
+      const HRESULT result = storage->OpenStream(st.pwcsName, nullptr, mode, 0, &stream);
+      Check(storage->OpenStream(turned.c_str(), nullptr, mode, 0, &same) == result);
+      STATSTG a, b;
+      Check(!same ||
+            (same->Stat(&a, STATFLAG_NONAME) == S_OK && stream->Stat(&b, STATFLAG_NONAME) == S_OK &&
+             a.cbSize.QuadPart == b.cbSize.QuadPart));
+      if (same)
+        same->Release();
+    }
+    if (stream) {
       // The whole stream first; then each seek and read must agree with it.
       char buffer[5000];
       std::string whole;
@@ -124,8 +139,18 @@ void Compare(const std::string& file, const uint8_t* data, size_t size) {
 }
 
 // Layout - finds the places in a sample that a damage changes.
-struct Layout : qxtest::CfbLayout {
-  using CfbLayout::CfbLayout;
+struct Layout {
+  explicit Layout(std::string* bytes) : b(bytes) {}
+  std::string* b;
+  uint32_t U32(size_t at) const {
+    const auto* p = reinterpret_cast<const unsigned char*>(b->data() + at);
+    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<uint32_t>(p[3]) << 24;
+  }
+  void Put32(size_t at, uint32_t v) {
+    for (int i = 0; i < 4; ++i)
+      (*b)[at + i] = static_cast<char>(v >> (8 * i));
+  }
+  size_t Sector(uint32_t n) const { return (size_t{n} + 1) << (*b)[30]; }
   void Put16(size_t at, uint16_t v) { (*b)[at] = char(v), (*b)[at + 1] = char(v >> 8); }
   /// FatEntry - the byte offset of sector `n`'s FAT entry (first 109 FAT sectors).
   size_t FatEntry(uint32_t n) const {
@@ -207,10 +232,42 @@ void Damages() {
   Compare(bytes, nullptr, 0);
 }
 
+// GsfFile - a file gsf makes with a DIFAT (more than 109 FAT sectors), 300
+// names in one storage, storages three deep and streams on both sides of
+// 4,096 bytes; then its DIFAT made to loop. Nothing when gsf is missing.
+void GsfFile() {
+  auto bytes = [](size_t n, unsigned seed) {
+    std::string s(n, '\0');
+    for (size_t i = 0; i < n; ++i)
+      s[i] = static_cast<char>((i * 2654435761u + seed * 40503u) >> 13);
+    return s;
+  };
+  std::vector<std::pair<std::string, std::string>> tree = {
+      {"Huge", bytes(8 << 20, 1)}, {"a/b/c/Deep", bytes(4095, 2)}, {"a/b/Edge", bytes(4096, 3)}};
+  for (unsigned i = 0; i < 300; ++i) {
+    std::string name = "Name" + std::to_string(i * 7919 % 1000);
+    for (size_t k = 0; k < name.size(); k += 2)
+      name[k] = static_cast<char>(std::toupper(name[k]));
+    tree.push_back({"many/" + name, bytes(i * 37 % 5000, i)});
+  }
+  qxtest::TempDir dir;
+  if (!qxtest::MakeWithGsf(dir.Path("made.cfb"), tree))
+    return;
+  std::string file = qxtest::ReadBytes(dir.Path("made.cfb"));
+  Check(qxtest::CfbModel(file).Open() == qx::win::S_OK);
+  Compare(file, nullptr, 0);
+  Layout f(&file);
+  Check(f.U32(72) > 0); // a DIFAT sector
+  f.Put32(f.Sector(f.U32(68)) + 508, f.U32(68));
+  f.Put32(44, f.U32(44) + 200);
+  Check(qxtest::CfbModel(file).Open() != qx::win::S_OK);
+  Compare(file, nullptr, 0);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool damaged = (Damages(), true);
+  static const bool damaged = (Damages(), GsfFile(), true);
   (void)damaged;
   if (size < 2)
     return 0;

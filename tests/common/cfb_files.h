@@ -1,6 +1,6 @@
 // Compound files for the storage tests, the fuzz target and the benchmark: the committed
 // samples (tests/data/cfb), a listing through the library's storage calls, files made
-// by gsf, and their bytes read and changed in place.
+// by gsf.
 #ifndef QXUTIL_TESTS_COMMON_CFB_FILES_H
 #define QXUTIL_TESTS_COMMON_CFB_FILES_H
 
@@ -126,21 +126,6 @@ inline bool MakeWithGsf(const std::string& target,
   }
   return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
-
-/// CfbLayout - a compound file's bytes, read and changed in place.
-struct CfbLayout {
-  explicit CfbLayout(std::string* bytes) : b(bytes) {}
-  std::string* b;
-  uint32_t U32(size_t at) const {
-    const auto* p = reinterpret_cast<const unsigned char*>(b->data() + at);
-    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<uint32_t>(p[3]) << 24;
-  }
-  void Put32(size_t at, uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-      (*b)[at + i] = static_cast<char>(v >> (8 * i));
-  }
-  size_t Sector(uint32_t n) const { return (size_t{n} + 1) << (*b)[30]; }
-};
 
 } // namespace qxtest
 
