@@ -5,9 +5,9 @@
 #include "platform/file_crt.h"
 #include "qxutil/files.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -84,21 +84,6 @@ TEST(FileNames, UnknownTypesAndModes) {
   EXPECT_EQ(level0mode_to_ourmode(_O_WRONLY | _O_CREAT), OPEN_CREATE);
 }
 
-// ScopedCwd - the process's current directory is `dir` while alive.
-class ScopedCwd {
-public:
-  explicit ScopedCwd(const std::string& dir) {
-    char* old = getcwd(nullptr, 0);
-    saved_ = old ? old : "/";
-    free(old);
-    EXPECT_EQ(chdir(dir.c_str()), 0);
-  }
-  ~ScopedCwd() { EXPECT_EQ(chdir(saved_.c_str()), 0); }
-
-private:
-  std::string saved_;
-};
-
 std::wstring WindowsShape(const std::string& linux) {
   std::wstring out = L"C:";
   for (char c : linux)
@@ -109,7 +94,8 @@ std::wstring WindowsShape(const std::string& linux) {
 TEST(FileNames, Qualify) {
   qxtest::TempDir dir;
   std::filesystem::create_directories(dir.Path("x/y"));
-  ScopedCwd cwd(dir.Path("x/y"));
+  const std::filesystem::path saved = std::filesystem::current_path();
+  std::filesystem::current_path(dir.Path("x/y"));
   std::wstring base = WindowsShape(dir.Path());
   struct Case {
     std::wstring in, out;
@@ -129,6 +115,7 @@ TEST(FileNames, Qualify) {
     qualify_filename(buf);
     EXPECT_EQ(std::wstring(buf), c.out) << c.in;
   }
+  std::filesystem::current_path(saved);
   std::wstring deep = L"C:";
   while (deep.size() < 300)
     deep += L"\\abcdefgh";
@@ -234,20 +221,15 @@ TEST(FileNames, ChangeAndRestoreDirectory) {
   qxtest::ScopedRegistry registry;
   qxtest::TempDir dir;
   std::filesystem::create_directories(dir.Path("sub"));
-  char* before = getcwd(nullptr, 0);
+  const std::filesystem::path before = std::filesystem::current_path();
   int h = register_file((dir.Wide() + L"\\SUB\\f.txt").c_str(), FILETYPE_ANY, true);
   SAVED_DIR saved;
   ASSERT_TRUE(ChangeDirectory(h, &saved));
-  char* now = getcwd(nullptr, 0);
-  EXPECT_EQ(std::string(now), dir.Path("sub"));
+  EXPECT_EQ(std::filesystem::current_path(), dir.Path("sub"));
   EXPECT_TRUE(RestoreDirectory(&saved));
-  char* after = getcwd(nullptr, 0);
-  EXPECT_STREQ(after, before);
+  EXPECT_EQ(std::filesystem::current_path(), before);
   EXPECT_FALSE(ChangeDirectory(h + 7, &saved));
   EXPECT_EQ(saved.current[0], 0);
-  free(before);
-  free(now);
-  free(after);
 }
 
 } // namespace
