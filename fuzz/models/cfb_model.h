@@ -1,6 +1,7 @@
 // A compound file read from its bytes alone, for fuzz/cfb_fuzz.cpp: the code
 // opening it must give (signature, header fields, then every structural rule),
-// and for a file that opens, its listing in qxtest::ListStorage's form.
+// and for a file that opens, its listing in qxtest::ListStorage's form. And
+// files made by another writer, gsf, for the fuzz target and the benchmark.
 #ifndef QXUTIL_FUZZ_MODELS_CFB_MODEL_H
 #define QXUTIL_FUZZ_MODELS_CFB_MODEL_H
 
@@ -10,11 +11,39 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qxtest {
+
+/// MakeWithGsf - writes `tree` (name => bytes, "a/b" names make storages)
+/// under a scratch folder and has `gsf createole` make `target` from it;
+/// false when gsf is missing or fails.
+inline bool MakeWithGsf(const std::string& target,
+                        const std::vector<std::pair<std::string, std::string>>& tree) {
+  if (std::system("command -v gsf >/dev/null 2>&1") != 0)
+    return false;
+  TempDir tmp;
+  std::vector<std::string> top;
+  for (const auto& [name, bytes] : tree) {
+    std::filesystem::path p = std::filesystem::path(tmp.Path()) / name;
+    std::filesystem::create_directories(p.parent_path());
+    tmp.Write(name, bytes);
+    std::string first = name.substr(0, name.find('/'));
+    if (std::find(top.begin(), top.end(), first) == top.end())
+      top.push_back(first);
+  }
+  std::string command = "cd " + ShellQuote(tmp.Path()) + " && gsf createole " + ShellQuote(target);
+  for (const std::string& t : top) {
+    command += ' '; // not " " + text: g++ 12 warns falsely (-Wrestrict) on that at -O3
+    command += ShellQuote(t);
+  }
+  return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
+}
 
 class CfbModel {
 public:

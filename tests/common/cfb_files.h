@@ -1,18 +1,13 @@
 // Compound files for the storage tests, the fuzz target and the benchmark: the committed
-// samples (tests/data/cfb), a listing through the library's storage calls, files made
-// by gsf.
+// samples (tests/data/cfb) and a listing through the library's storage calls.
 #ifndef QXUTIL_TESTS_COMMON_CFB_FILES_H
 #define QXUTIL_TESTS_COMMON_CFB_FILES_H
 
 #include "common/temp_dir.h"
 #include "platform/storage.h"
 
-#include <algorithm>
-
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -100,31 +95,6 @@ inline std::string ShellQuote(const std::string& s) {
   for (char c : s)
     q += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return q + "'";
-}
-
-/// MakeWithGsf - writes `tree` (name => bytes, "a/b" names make storages)
-/// under a scratch folder and has `gsf createole` make `target` from it;
-/// false when gsf is missing or fails.
-inline bool MakeWithGsf(const std::string& target,
-                        const std::vector<std::pair<std::string, std::string>>& tree) {
-  if (std::system("command -v gsf >/dev/null 2>&1") != 0)
-    return false;
-  TempDir tmp;
-  std::vector<std::string> top;
-  for (const auto& [name, bytes] : tree) {
-    std::filesystem::path p = std::filesystem::path(tmp.Path()) / name;
-    std::filesystem::create_directories(p.parent_path());
-    tmp.Write(name, bytes);
-    std::string first = name.substr(0, name.find('/'));
-    if (std::find(top.begin(), top.end(), first) == top.end())
-      top.push_back(first);
-  }
-  std::string command = "cd " + ShellQuote(tmp.Path()) + " && gsf createole " + ShellQuote(target);
-  for (const std::string& t : top) {
-    command += ' '; // not " " + text: g++ 12 warns falsely (-Wrestrict) on that at -O3
-    command += ShellQuote(t);
-  }
-  return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
 } // namespace qxtest
