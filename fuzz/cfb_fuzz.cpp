@@ -46,14 +46,19 @@ void Exercise(qx::win::IStorage* storage, const uint8_t* data, size_t size) {
   STATSTG st;
   const DWORD mode = STGM_READ | STGM_SHARE_EXCLUSIVE;
   while (list->Next(1, &st, nullptr) == S_OK) {
+    // A name opens as a stream or as a storage, never as both.
     IStream* stream = nullptr;
+    IStorage* inner = nullptr;
+    const HRESULT result = storage->OpenStream(st.pwcsName, nullptr, mode, 0, &stream);
+    Check(storage->OpenStorage(st.pwcsName, nullptr, mode, nullptr, 0, &inner) != S_OK || !stream);
+    if (inner)
+      inner->Release();
     if (st.type == STGTY_STREAM) {
       // The name with its ASCII letters' case turned opens the same stream, or fails alike.
       std::wstring turned(st.pwcsName);
       for (wchar_t& c : turned)
         c ^= (c | 0x20) >= 'a' && (c | 0x20) <= 'z' ? 0x20 : 0;
       IStream* same = nullptr;
-      const HRESULT result = storage->OpenStream(st.pwcsName, nullptr, mode, 0, &stream);
       Check(storage->OpenStream(turned.c_str(), nullptr, mode, 0, &same) == result);
       STATSTG a, b;
       Check(!same ||
