@@ -41,8 +41,7 @@ TEST_F(Streams, ReadsLinesAndCharacters) {
     FILE* f = OpenBytes(Path(), c.bytes, c.cs);
     ASSERT_NE(f, nullptr);
     std::wstring lines, chars = c.lines;
-    qxtest::ReadLines(
-        f, [] { return 80; }, &lines, true, 100);
+    qxtest::ReadLines(f, 80, &lines, true, 100);
     EXPECT_EQ(lines, c.lines);
     EXPECT_EQ(fseek2(f, 0, SEEK_SET), 0);
     std::erase(chars, L'|');
