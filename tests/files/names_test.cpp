@@ -84,19 +84,14 @@ TEST(FileNames, UnknownTypesAndModes) {
   EXPECT_EQ(level0mode_to_ourmode(_O_WRONLY | _O_CREAT), OPEN_CREATE);
 }
 
-std::wstring WindowsShape(const std::string& linux) {
-  std::wstring out = L"C:";
-  for (char c : linux)
-    out += c == '/' ? L'\\' : static_cast<wchar_t>(c);
-  return out;
-}
-
 TEST(FileNames, Qualify) {
   qxtest::TempDir dir;
   std::filesystem::create_directories(dir.Path("x/y"));
   const std::filesystem::path saved = std::filesystem::current_path();
   std::filesystem::current_path(dir.Path("x/y"));
-  std::wstring base = WindowsShape(dir.Path());
+  std::wstring base = L"C:";
+  for (char c : dir.Path())
+    base += c == '/' ? L'\\' : static_cast<wchar_t>(c);
   struct Case {
     std::wstring in, out;
   } cases[] = {
@@ -186,11 +181,9 @@ TEST(FileNames, TempNamesAndSearch) {
   // An existing name is passed over.
   dir.Write("taken", "");
   std::wstring next = tempname(a, d.c_str());
-  size_t n = std::stoul(next.substr(next.rfind(L'-') + 1));
-  std::string narrow(next.begin(), next.end());
-  narrow = narrow.substr(narrow.rfind('\\') + 1);
-  narrow.replace(narrow.rfind('-') + 1, std::string::npos, std::to_string(n + 1) + ".TMP");
-  dir.Write(narrow, "");
+  const size_t at = next.rfind(L'-'), n = std::stoul(next.substr(at + 1));
+  std::wstring taken = next.substr(d.size() + 1, at - d.size()) + std::to_wstring(n + 1) + L".TMP";
+  dir.Write(std::string(taken.begin(), taken.end()), "");
   std::wstring after = tempname(a, d.c_str());
   EXPECT_EQ(std::stoul(after.substr(after.rfind(L'-') + 1)), n + 2);
 
