@@ -197,6 +197,7 @@ void Damages() {
       {0, [](F f) { f.Put32(44, 0x7FFFFFFF); }},
       {1, [](F f) { f.Put32(76, 0x00FFFFF0); }},
       {1, [](F f) { f.Put32(80, f.U32(76)); }},
+      {0, [](F f) { f.Put32(44, 2), f.Put32(80, f.U32(48)); }}, // the directory's sector
       {0, [](F f) { f.Put32(48, 5000); }},
       {0, [](F f) { f.Put32(f.FatEntry(f.U32(48)), f.U32(48)); }},
       {1, [](F f) { f.Put32(f.FatEntry(f.Start("Data") + 3), 0xFFFFFFFE); }},
