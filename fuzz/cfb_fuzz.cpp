@@ -205,6 +205,10 @@ void Damages() {
       {0, [](F f) { f.Put32(f.Entry("small") + 116, f.Start("Notes")); }},
       {1, [](F f) { f.Put32(f.Entry("Data") + 120, 0x7FFFFFF0); }},
       {4, [](F f) { f.Put32(f.Entry("Large") + 124, 0x100); }},
+      {4,
+       [](F f) { // 2^64 - 1 bytes: no sectors once rounded up
+         f.Put32(f.Entry("Large") + 120, 0xFFFFFFFF), f.Put32(f.Entry("Large") + 124, 0xFFFFFFFF);
+       }},
       {2, [](F f) { f.Put32(f.Entry("Middle") + 68, f.U32(f.Sector(f.U32(48)) + 76)); }},
       {2, [](F f) { f.Put32(f.Entry("Middle") + 76, 0x00FFFFFF); }},
       {2, [](F f) { (*f.b)[f.Entry("Side") + 66] = 0; }},
