@@ -1,8 +1,9 @@
 // The text streams in a random character set with a code page. Reading
 // random bytes with fgets2 (random buffer sizes from 1 up) and fgetc2:
 // nothing is written past a buffer, a line's '\n' is only ever its last
-// unit, and, for bytes without NUL and Ctrl-Z, the lines joined are what
-// fgetc2 reads one by one and what one large buffer reads. Writing random
+// unit, fgetc2 reads what Expected makes of the bytes (line ends, Ctrl-Z,
+// lone lead bytes), and, for bytes without NUL and Ctrl-Z, the lines joined
+// are what fgetc2 reads one by one and what one large buffer reads. Writing random
 // lines of the set's characters through fputs2, fputc2 and fprintf2: the
 // file holds what converting each line gives, with the set's line end, and
 // fgets2 (cutting each line where its buffer is full) and fgetc2 read the
@@ -10,6 +11,7 @@
 #include "common/files_scope.h"
 #include "common/stream_file.h"
 #include "common/temp_dir.h"
+#include "platform/codepage.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -59,6 +61,31 @@ std::vector<wchar_t> Alphabet(QXCHARSET cs) {
         char two[3] = {static_cast<char>(lead), static_cast<char>(trail), 0};
         tryBytes(two, 2);
       }
+  return out;
+}
+
+// Expected - the characters fgetc2 reads from `bytes` in `cs`: CR LF, CR and
+// LF each one '\n'; a Ctrl-Z or a character that does not convert ends the
+// text; a lead byte before a line end, a NUL or the end is a character alone.
+std::wstring Expected(const std::string& bytes, QXCHARSET cs) {
+  std::wstring out;
+  for (size_t i = 0; i < bytes.size() && bytes[i] != '\x1a'; ++i) {
+    const unsigned char c = static_cast<unsigned char>(bytes[i]);
+    if (c == '\r' || c == '\n') {
+      i += c == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n';
+      out += L'\n';
+      continue;
+    }
+    char one[2] = {bytes[i], 0};
+    unsigned len = 1;
+    if (c >= 0x80 && qx::win::IsDBCSLeadByteEx(static_cast<UINT>(GetWinCodePage(cs)), c) &&
+        i + 1 < bytes.size() && bytes[i + 1] != '\r' && bytes[i + 1] != '\n' && bytes[i + 1] != 0)
+      one[len++] = bytes[++i];
+    wchar_t wide[3] = {};
+    if (!ConvertMBCSCharToSystem(one, len, cs, wide, 2))
+      break;
+    out += static_cast<wchar_t>(wide[0] & 0xFFFF);
+  }
   return out;
 }
 
@@ -128,32 +155,10 @@ void WriteAndReadBack(const qxtest::TempDir& dir, QXCHARSET cs, const uint8_t* d
   qxtest::CloseStream(f);
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size < 3)
-    return 0;
-  static const std::vector<QXCHARSET> charsets = Readable();
-  static qxtest::TempDir* dir = new qxtest::TempDir;
-  QXCHARSET cs = charsets[data[0] % charsets.size()];
-  uint32_t state = data[1] * 257u + data[2] + 1;
-  std::string bytes(reinterpret_cast<const char*>(data) + 3, size - 3);
-  qxtest::ScopedRegistry registry;
-  if (data[1] & 0x80) {
-    static const std::vector<QXCHARSET> doubleByte = [] {
-      std::vector<QXCHARSET> out;
-      for (QXCHARSET c : charsets)
-        if (CharsetDBCS(c))
-          out.push_back(c);
-      return out;
-    }();
-    if (data[1] & 0x40) // half of the texts in the double-byte sets
-      cs = doubleByte[data[0] % doubleByte.size()];
-    WriteAndReadBack(*dir, cs, data + 3, size - 3, state);
-    return 0;
-  }
-
-  FILE* f = qxtest::OpenBytes(dir->Path("f.txt"), bytes, cs);
+// ReadBack - `bytes` in `cs` read with fgets2 in buffers of sizes drawn from
+// `state`, and with fgetc2.
+void ReadBack(const qxtest::TempDir& dir, QXCHARSET cs, const std::string& bytes, uint32_t state) {
+  FILE* f = qxtest::OpenBytes(dir.Path("f.txt"), bytes, cs);
   Check(f != nullptr);
   auto nextSize = [&] {
     state = state * 1103515245u + 12345u;
@@ -174,17 +179,53 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Check(!lf || lf[1] == 0); // a line end only at the end
     joined += buffer.data();
   }
+  Check(fseek2(f, 0, SEEK_SET) == 0);
+  const std::wstring chars = qxtest::ReadChars(f);
+  Check(chars == Expected(bytes, cs));
   if (bytes.find('\0') == std::string::npos && bytes.find('\x1a') == std::string::npos) {
     Check(fseek2(f, 0, SEEK_SET) == 0);
     std::wstring whole;
-    qxtest::ReadLines(
-        f, [] { return 1 << 16; }, &whole, false);
-    Check(fseek2(f, 0, SEEK_SET) == 0);
-    std::wstring chars = qxtest::ReadChars(f);
+    qxtest::ReadLines(f, 1 << 16, &whole, false);
     Check(chars == whole);
     // Buffers of size 1 read nothing; the others together read it all.
     Check(calls == most || joined == whole);
   }
   qxtest::CloseStream(f);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size < 3)
+    return 0;
+  static const std::vector<QXCHARSET> charsets = Readable();
+  static qxtest::TempDir* dir = new qxtest::TempDir;
+  QXCHARSET cs = charsets[data[0] % charsets.size()];
+  uint32_t state = data[1] * 257u + data[2] + 1;
+  std::string bytes(reinterpret_cast<const char*>(data) + 3, size - 3);
+  qxtest::ScopedRegistry registry;
+  static const bool fixed = [] { // line ends and lone lead bytes, every fgets2 size
+    for (const char* text : {"a\r\nb\rc\n\n\r\r\n", "\x82\r\nb\x82\rc\x82\n\x82", "ab\ncd"})
+      for (QXCHARSET set : {QXCHARSET_WINDOWS_LATIN1, QXCHARSET_WINDOWS_JAPANESE})
+        for (uint32_t s = 1; s < 200; ++s)
+          ReadBack(*dir, set, text, s);
+    return true;
+  }();
+  (void)fixed;
+  if (data[1] & 0x80) {
+    static const std::vector<QXCHARSET> doubleByte = [] {
+      std::vector<QXCHARSET> out;
+      for (QXCHARSET c : charsets)
+        if (CharsetDBCS(c))
+          out.push_back(c);
+      return out;
+    }();
+    if (data[1] & 0x40) // half of the texts in the double-byte sets
+      cs = doubleByte[data[0] % doubleByte.size()];
+    WriteAndReadBack(*dir, cs, data + 3, size - 3, state);
+    return 0;
+  }
+
+  ReadBack(*dir, cs, bytes, state);
   return 0;
 }

@@ -6,6 +6,7 @@
 #include "common/cfb_files.h"
 #include "common/files_scope.h"
 #include "common/temp_dir.h"
+#include "models/cfb_model.h"
 #include "qxutil/files.h"
 
 #include <benchmark/benchmark.h>

@@ -71,9 +71,12 @@ std::string DifferentialRun(const std::string& dir, int cacheBlocks, long blockS
       if (create)
         f.bytes.clear();
       f.exists = true;
-    } else if (op == 1) { // seek
-      long to = number(16) % (static_cast<long>(f.bytes.size()) + 700);
-      if (lseek2(f.handle, to, 0) != to)
+    } else if (op == 1) { // seek from the start, the position or the end; origin 7 stays
+      const int whence = next() % 4;
+      const long length = static_cast<long>(f.bytes.size());
+      const long base = whence == 1 ? f.position : whence == 2 ? length : 0;
+      const long to = whence == 3 ? f.position : number(16) % (length + 700);
+      if (lseek2(f.handle, to - base + (whence == 3 ? 5 : 0), whence == 3 ? 7 : whence) != to)
         return fail("seek");
       f.position = to;
     } else if (op == 2) { // read

@@ -1,18 +1,13 @@
 // Compound files for the storage tests, the fuzz target and the benchmark: the committed
-// samples (tests/data/cfb), a listing through the library's storage calls, files made
-// by gsf, and the byte surgery that damages a file in one chosen way.
+// samples (tests/data/cfb) and a listing through the library's storage calls.
 #ifndef QXUTIL_TESTS_COMMON_CFB_FILES_H
 #define QXUTIL_TESTS_COMMON_CFB_FILES_H
 
 #include "common/temp_dir.h"
 #include "platform/storage.h"
 
-#include <algorithm>
-
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -101,66 +96,6 @@ inline std::string ShellQuote(const std::string& s) {
     q += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return q + "'";
 }
-
-/// MakeWithGsf - writes `tree` (name => bytes, "a/b" names make storages)
-/// under a scratch folder and has `gsf createole` make `target` from it;
-/// false when gsf is missing or fails.
-inline bool MakeWithGsf(const std::string& target,
-                        const std::vector<std::pair<std::string, std::string>>& tree) {
-  if (std::system("command -v gsf >/dev/null 2>&1") != 0)
-    return false;
-  TempDir tmp;
-  std::vector<std::string> top;
-  for (const auto& [name, bytes] : tree) {
-    std::filesystem::path p = std::filesystem::path(tmp.Path()) / name;
-    std::filesystem::create_directories(p.parent_path());
-    tmp.Write(name, bytes);
-    std::string first = name.substr(0, name.find('/'));
-    if (std::find(top.begin(), top.end(), first) == top.end())
-      top.push_back(first);
-  }
-  std::string command = "cd " + ShellQuote(tmp.Path()) + " && gsf createole " + ShellQuote(target);
-  for (const std::string& t : top) {
-    command += ' '; // not " " + text: g++ 12 warns falsely (-Wrestrict) on that at -O3
-    command += ShellQuote(t);
-  }
-  return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
-}
-
-/// The layout of a compound file's bytes, for damaging it on purpose.
-struct CfbLayout {
-  explicit CfbLayout(std::string* bytes) : b(bytes) {}
-  std::string* b;
-  uint32_t U32(size_t at) const {
-    const auto* p = reinterpret_cast<const unsigned char*>(b->data() + at);
-    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<uint32_t>(p[3]) << 24;
-  }
-  void Put16(size_t at, uint16_t v) { (*b)[at] = char(v), (*b)[at + 1] = char(v >> 8); }
-  void Put32(size_t at, uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-      (*b)[at + i] = static_cast<char>(v >> (8 * i));
-  }
-  unsigned Shift() const { return (*b)[30]; }
-  size_t Sector(uint32_t n) const { return (size_t{n} + 1) << Shift(); }
-  /// FatEntry - the byte offset of sector `n`'s FAT entry (first 109 FAT sectors).
-  size_t FatEntry(uint32_t n) const {
-    uint32_t per = (1u << Shift()) / 4;
-    return Sector(U32(76 + 4 * (n / per))) + 4 * (n % per);
-  }
-  /// Start - the first sector of the stream named `name`.
-  uint32_t Start(const std::string& name) const { return U32(Entry(name) + 116); }
-  /// Entry - the byte offset of the directory entry named `name` (ASCII),
-  /// found by its UTF-16 name and name length; npos when none.
-  size_t Entry(const std::string& name) const {
-    std::string utf16;
-    for (char c : name)
-      utf16 += c, utf16 += '\0';
-    for (size_t at = 0; (at = b->find(utf16, at)) != std::string::npos; ++at)
-      if (at % 128 == 0 && static_cast<unsigned char>((*b)[at + 64]) == 2 * name.size() + 2)
-        return at;
-    return std::string::npos;
-  }
-};
 
 } // namespace qxtest
 

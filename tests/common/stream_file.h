@@ -7,7 +7,6 @@
 #include "qxutil/files.h"
 
 #include <fstream>
-#include <functional>
 #include <string>
 
 namespace qxtest {
@@ -41,15 +40,13 @@ inline void CloseStream(FILE* f) {
   funregister_file(f);
 }
 
-/// ReadLines - fgets2 until null, each call with the size `size()` gives
-/// (at least 1), at most `maxCalls` calls; each result appended to *out
-/// followed by "|" when `mark`. Returns the calls that gave text.
-inline int ReadLines(FILE* f, const std::function<int()>& size, std::wstring* out, bool mark,
-                     int maxCalls = 1 << 24) {
+/// ReadLines - fgets2 with buffers of `n` units (at least 1) until null, at
+/// most `maxCalls` calls; each result appended to *out followed by "|" when
+/// `mark`. Returns the calls that gave text.
+inline int ReadLines(FILE* f, int n, std::wstring* out, bool mark, int maxCalls = 1 << 24) {
   std::wstring buffer;
   int calls = 0;
   for (; calls < maxCalls; ++calls) {
-    int n = size();
     buffer.assign(static_cast<size_t>(n) + 1, L'\x7777'); // one sentinel past the size
     if (!fgets2(buffer.data(), n, f))
       break;

@@ -73,14 +73,7 @@ TEST_F(Cache, LeastRecentlyUsedIsReplaced) {
   EXPECT_TRUE(Cached(h, 0));
   EXPECT_FALSE(Cached(h, 1));
   EXPECT_TRUE(Cached(h, 2));
-  EXPECT_TRUE(Cached(h, 3));
-  // The index stays sorted by (handle, block).
-  for (int p = 1; p < cache->BlockCount(); ++p) {
-    const CacheBlock* x = cache->BlockAt(p - 1);
-    const CacheBlock* y = cache->BlockAt(p);
-    EXPECT_TRUE(x->handle < y->handle ||
-                (x->handle == y->handle && x->blockNumber < y->blockNumber));
-  }
+  EXPECT_TRUE(Cached(h, 3)); // the index's order: fuzz/files_differential_fuzz.cpp
 }
 
 TEST_F(Cache, EvictingADirtyBlockWritesBackItsWholeFile) {

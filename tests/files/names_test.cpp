@@ -5,9 +5,9 @@
 #include "platform/file_crt.h"
 #include "qxutil/files.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -84,33 +84,14 @@ TEST(FileNames, UnknownTypesAndModes) {
   EXPECT_EQ(level0mode_to_ourmode(_O_WRONLY | _O_CREAT), OPEN_CREATE);
 }
 
-// ScopedCwd - the process's current directory is `dir` while alive.
-class ScopedCwd {
-public:
-  explicit ScopedCwd(const std::string& dir) {
-    char* old = getcwd(nullptr, 0);
-    saved_ = old ? old : "/";
-    free(old);
-    EXPECT_EQ(chdir(dir.c_str()), 0);
-  }
-  ~ScopedCwd() { EXPECT_EQ(chdir(saved_.c_str()), 0); }
-
-private:
-  std::string saved_;
-};
-
-std::wstring WindowsShape(const std::string& linux) {
-  std::wstring out = L"C:";
-  for (char c : linux)
-    out += c == '/' ? L'\\' : static_cast<wchar_t>(c);
-  return out;
-}
-
 TEST(FileNames, Qualify) {
   qxtest::TempDir dir;
   std::filesystem::create_directories(dir.Path("x/y"));
-  ScopedCwd cwd(dir.Path("x/y"));
-  std::wstring base = WindowsShape(dir.Path());
+  const std::filesystem::path saved = std::filesystem::current_path();
+  std::filesystem::current_path(dir.Path("x/y"));
+  std::wstring base = L"C:";
+  for (char c : dir.Path())
+    base += c == '/' ? L'\\' : static_cast<wchar_t>(c);
   struct Case {
     std::wstring in, out;
   } cases[] = {
@@ -129,6 +110,7 @@ TEST(FileNames, Qualify) {
     qualify_filename(buf);
     EXPECT_EQ(std::wstring(buf), c.out) << c.in;
   }
+  std::filesystem::current_path(saved);
   std::wstring deep = L"C:";
   while (deep.size() < 300)
     deep += L"\\abcdefgh";
@@ -199,11 +181,9 @@ TEST(FileNames, TempNamesAndSearch) {
   // An existing name is passed over.
   dir.Write("taken", "");
   std::wstring next = tempname(a, d.c_str());
-  size_t n = std::stoul(next.substr(next.rfind(L'-') + 1));
-  std::string narrow(next.begin(), next.end());
-  narrow = narrow.substr(narrow.rfind('\\') + 1);
-  narrow.replace(narrow.rfind('-') + 1, std::string::npos, std::to_string(n + 1) + ".TMP");
-  dir.Write(narrow, "");
+  const size_t at = next.rfind(L'-'), n = std::stoul(next.substr(at + 1));
+  std::wstring taken = next.substr(d.size() + 1, at - d.size()) + std::to_wstring(n + 1) + L".TMP";
+  dir.Write(std::string(taken.begin(), taken.end()), "");
   std::wstring after = tempname(a, d.c_str());
   EXPECT_EQ(std::stoul(after.substr(after.rfind(L'-') + 1)), n + 2);
 
@@ -234,20 +214,15 @@ TEST(FileNames, ChangeAndRestoreDirectory) {
   qxtest::ScopedRegistry registry;
   qxtest::TempDir dir;
   std::filesystem::create_directories(dir.Path("sub"));
-  char* before = getcwd(nullptr, 0);
+  const std::filesystem::path before = std::filesystem::current_path();
   int h = register_file((dir.Wide() + L"\\SUB\\f.txt").c_str(), FILETYPE_ANY, true);
   SAVED_DIR saved;
   ASSERT_TRUE(ChangeDirectory(h, &saved));
-  char* now = getcwd(nullptr, 0);
-  EXPECT_EQ(std::string(now), dir.Path("sub"));
+  EXPECT_EQ(std::filesystem::current_path(), dir.Path("sub"));
   EXPECT_TRUE(RestoreDirectory(&saved));
-  char* after = getcwd(nullptr, 0);
-  EXPECT_STREQ(after, before);
+  EXPECT_EQ(std::filesystem::current_path(), before);
   EXPECT_FALSE(ChangeDirectory(h + 7, &saved));
   EXPECT_EQ(saved.current[0], 0);
-  free(before);
-  free(now);
-  free(after);
 }
 
 } // namespace

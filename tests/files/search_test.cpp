@@ -17,8 +17,7 @@ TEST(FileSearch, WindowsPatterns) {
     const wchar_t* pattern;
     const wchar_t* name;
     bool matches;
-  } cases[] = {{L"*", L"roads.dbf", true},
-               {L"*", L"README", true},
+  } cases[] = {{L"*", L"README", true},
                {L"*.*", L"README", true},
                {L"*.*", L"a.b.c", true},
                {L"*.dbf", L"ROADS.DBF", true},
@@ -34,9 +33,7 @@ TEST(FileSearch, WindowsPatterns) {
                {L"\u00e9t\u00e9", L"\u00c9T\u00c9", true},
                {L"x", L"", false}};
   for (const auto& c : cases)
-    EXPECT_EQ(qx::win::MatchesPattern(c.pattern, c.name), c.matches)
-        << "pattern " << testing::PrintToString(std::wstring(c.pattern)) << " name "
-        << testing::PrintToString(std::wstring(c.name));
+    EXPECT_EQ(qx::win::MatchesPattern(c.pattern, c.name), c.matches) << c.pattern << " " << c.name;
 }
 
 class Search : public ::testing::Test {

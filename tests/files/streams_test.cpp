@@ -1,6 +1,6 @@
-// The text streams: mixed line ends, Ctrl-Z, lone lead bytes, the line end of a set
-// without a code page, the format buffer, the pass-throughs. Random text in every set
-// with a code page is written and read back in random pieces by fuzz/streams_fuzz.cpp.
+// The text streams: Ctrl-Z, the line end of a set without a code page, the format
+// buffer, the pass-throughs. Line ends, lone lead bytes and random text in every set
+// with a code page, written and read back in random pieces: fuzz/streams_fuzz.cpp.
 #include "common/files_scope.h"
 #include "common/stream_file.h"
 #include "common/temp_dir.h"
@@ -23,7 +23,7 @@ protected:
 };
 
 TEST_F(Streams, ReadsLinesAndCharacters) {
-  const QXCHARSET latin = QXCHARSET_WINDOWS_LATIN1, sjis = QXCHARSET_WINDOWS_JAPANESE;
+  const QXCHARSET latin = QXCHARSET_WINDOWS_LATIN1;
   struct {
     const char* what;
     std::string bytes;
@@ -31,14 +31,9 @@ TEST_F(Streams, ReadsLinesAndCharacters) {
     std::wstring lines;             // each fgets2 result followed by "|"
     const wchar_t* chars = nullptr; // what fgetc2 gives until -1; `lines` without "|" if null
   } cases[] = {
-      {"three line ends", "a\r\nb\rc\n", latin, L"a\n|b\n|c\n|"},
       {"Ctrl-Z alone", "\x1a", latin, L""},
       {"Ctrl-Z after a line", "x\n\x1a", latin, L"x\n|"},
       {"Ctrl-Z inside a line", "a\032b\n", latin, L"a\032b\n|", L"a"},
-      {"no last line end", "ab\ncd", latin, L"ab\n|cd|"},
-      {"empty lines", "\n\r\r\n\n", latin, L"\n|\n|\n|\n|"},
-      {"lead byte before a line end", "\x82\r\nb", sjis, L"\u30fb\n|b|"},
-      {"lead byte at the end", "x\x82", sjis, L"x\u30fb|"},
       {"no code page", "abc\n", QXCHARSET_MAC_ROMAN, L""},
   };
   for (const auto& c : cases) {
@@ -46,8 +41,7 @@ TEST_F(Streams, ReadsLinesAndCharacters) {
     FILE* f = OpenBytes(Path(), c.bytes, c.cs);
     ASSERT_NE(f, nullptr);
     std::wstring lines, chars = c.lines;
-    qxtest::ReadLines(
-        f, [] { return 80; }, &lines, true, 100);
+    qxtest::ReadLines(f, 80, &lines, true, 100);
     EXPECT_EQ(lines, c.lines);
     EXPECT_EQ(fseek2(f, 0, SEEK_SET), 0);
     std::erase(chars, L'|');
@@ -61,12 +55,8 @@ TEST_F(Streams, ReadPositionsAndSizes) {
   ASSERT_NE(f, nullptr);
   EXPECT_EQ(fgetc2(f), '\n');
   EXPECT_EQ(ftell2(f), 2) << "CR LF read as one";
-  wchar_t buffer[8] = {L'z', L'z'};
-  EXPECT_EQ(fgets2(buffer, 0, f), nullptr);
-  EXPECT_EQ(fgets2(buffer, 1, f), buffer);
-  EXPECT_EQ(buffer[0], 0);
-  EXPECT_EQ(buffer[1], L'z') << "size 1: the terminator only";
-  EXPECT_EQ(ftell2(f), 2) << "size 1 reads nothing";
+  wchar_t buffer[8];
+  EXPECT_EQ(fgets2(buffer, 0, f), nullptr); // size 1: fuzz/streams_fuzz.cpp
   EXPECT_STREQ(fgets2(buffer, 8, f), L"ab\n");
   EXPECT_EQ(ftell2(f), 5);
   EXPECT_EQ(fseek2(f, 1, SEEK_SET), 0);

@@ -1,12 +1,8 @@
 #!/usr/bin/python3
-"""Makes the compound-file samples of tests/data/cfb (the storage tests
-compare what the library reads in them with what olefile reads).
-
-Version 3 samples are written by libgsf's `gsf createole` (libgsf-bin) from
-directory trees; gsf writes only version 3, so the version 4 sample is
-written by the small writer below (4,096-byte sectors, a mini stream, a
-nested storage). The contents are generated from fixed seeds, so a run
-makes the same trees again (gsf stamps the time, so its files differ in those bytes):
+"""Makes the compound-file samples of tests/data/cfb. Version 3 samples are
+written by libgsf's `gsf createole` (libgsf-bin); gsf writes only version 3,
+so the version 4 sample is written by make_v4 below. The contents come from
+fixed seeds (gsf stamps the time, so its files differ in those bytes only):
 
     /usr/bin/python3 tests/data/cfb/make_samples.py tests/data/cfb
 """
@@ -56,12 +52,8 @@ def make_with_gsf(target, tree):
                        stdout=subprocess.DEVNULL)
 
 
-# ---- The version 4 writer ---------------------------------------------------
-
-SECTOR = 4096
-MINI = 64
-END, FREE, FATSECT = 0xFFFFFFFE, 0xFFFFFFFF, 0xFFFFFFFD
-NOSTREAM = 0xFFFFFFFF
+SECTOR, MINI = 4096, 64
+END, FREE, FATSECT, NOSTREAM = 0xFFFFFFFE, 0xFFFFFFFF, 0xFFFFFFFD, 0xFFFFFFFF
 
 
 def name_key(name):
@@ -69,104 +61,65 @@ def name_key(name):
 
 
 def make_v4(target, tree):
-    entries = [{"name": "Root Entry", "type": 5, "children": [], "data": b""}]
+    """Writes `tree` as a version 4 file: sector 0 holds the FAT, then come the
+    directory, the mini table, the mini stream and the large streams."""
+    entries = []  # [name, type, bytes, child ids, first sector]
 
-    def add(tree_, parent):
-        for name, value in tree_.items():
-            e = {"name": name, "children": [], "data": b""}
-            entries.append(e)
-            entries[parent]["children"].append(len(entries) - 1)
-            if isinstance(value, dict):
-                e["type"] = 1
-                add(value, len(entries) - 1)
-            else:
-                e["type"], e["data"] = 2, value
+    def add(name, value, kind):
+        entries.append([name, kind, value if kind == 2 else b"", [], 0 if kind == 1 else END])
+        me = len(entries) - 1
+        if kind != 2:
+            entries[me][3] = [add(n, v, 1 if isinstance(v, dict) else 2) for n, v in value.items()]
+        return me
 
-    add(tree, 0)
-    for e in entries:  # each storage's children: a balanced tree in name order, all black
-        e["left"] = e["right"] = e["child"] = NOSTREAM
+    add("Root Entry", tree, 5)
+    links = [[NOSTREAM] * 3 for _ in entries]  # left, right, child
 
-    def balance(ids):
+    def balance(ids):  # a storage's children: a balanced tree in name order, all black
         if not ids:
             return NOSTREAM
         mid = len(ids) // 2
-        entries[ids[mid]]["left"] = balance(ids[:mid])
-        entries[ids[mid]]["right"] = balance(ids[mid + 1:])
+        links[ids[mid]][:2] = balance(ids[:mid]), balance(ids[mid + 1:])
         return ids[mid]
 
+    for i, e in enumerate(entries):
+        links[i][2] = balance(sorted(e[3], key=lambda c: name_key(entries[c][0])))
+    mini_fat, mini = [], b""
     for e in entries:
-        e["child"] = balance(sorted(e["children"], key=lambda i: name_key(entries[i]["name"])))
-
-    mini_stream, mini_fat = b"", []
-    for e in entries[1:]:
-        if e["type"] == 2 and 0 < len(e["data"]) < 4096:
-            n = (len(e["data"]) + MINI - 1) // MINI
-            e["start"] = len(mini_fat)
+        if e[1] == 2 and 0 < len(e[2]) < 4096:
+            n = -(-len(e[2]) // MINI)
+            e[4] = len(mini_fat)
             mini_fat += list(range(len(mini_fat) + 1, len(mini_fat) + n)) + [END]
-            mini_stream += e["data"].ljust(n * MINI, b"\0")
-    sectors = []  # (kind, payload) after the FAT sectors
+            mini += e[2].ljust(n * MINI, b"\0")
+    body, fat = [], [FATSECT]  # the sectors after the FAT, and the FAT
 
-    def chain_of(payload):
-        n = (len(payload) + SECTOR - 1) // SECTOR
-        first = len(sectors)
-        for i in range(n):
-            sectors.append(payload[i * SECTOR:(i + 1) * SECTOR].ljust(SECTOR, b"\0"))
-        return first, n
+    def place(data):  # a chain of sectors holding `data`: its first sector
+        n = -(-len(data) // SECTOR)
+        body.extend(data[i:i + SECTOR].ljust(SECTOR, b"\0") for i in range(0, len(data), SECTOR))
+        fat.extend(list(range(len(fat) + 1, len(fat) + n)) + [END] if n else [])
+        return len(fat) - n if n else END
 
-    directory_bytes = b"\0" * (128 * len(entries))  # placed first, filled in later
-    dir_first, dir_n = chain_of(directory_bytes.ljust(((len(directory_bytes) + 127) // 128) * 128))
-    mf = b"".join(struct.pack("<I", x) for x in mini_fat)
-    mf_first, mf_n = chain_of(mf) if mf else (END, 0)
-    ms_first, ms_n = chain_of(mini_stream) if mini_stream else (END, 0)
-    entries[0]["start"], entries[0]["data"] = ms_first, mini_stream
-    big = []
+    n_dir = -(-128 * len(entries) // SECTOR)
+    place(b"\0" * n_dir * SECTOR)  # the directory, filled in below
+    mf_first = place(b"".join(struct.pack("<I", x) for x in mini_fat))
+    entries[0][2] = mini
+    entries[0][4] = place(mini)
     for e in entries[1:]:
-        if e["type"] == 2 and len(e["data"]) >= 4096:
-            e["start"], n = chain_of(e["data"])
-            big.append((e["start"], n))
-        elif e["type"] != 2 or not e["data"]:
-            e.setdefault("start", END if e["type"] == 2 else 0)
-    per_fat = SECTOR // 4
-    fat_n = 1
-    while fat_n * per_fat < fat_n + len(sectors):
-        fat_n += 1
-    shift = fat_n  # data sectors follow the FAT sectors
-    fat = [FATSECT] * fat_n
-    runs = [(dir_first, dir_n), (mf_first, mf_n), (ms_first, ms_n)] + big
-    nxt = {}
-    for first, n in runs:
-        if n:
-            for i in range(n):
-                nxt[first + i] = first + i + 1 if i + 1 < n else None
-    for i in range(len(sectors)):
-        v = nxt.get(i, "free")
-        fat.append(FREE if v == "free" else END if v is None else v + shift)
-    fat += [FREE] * (fat_n * per_fat - len(fat))
-    for e in entries:
-        if e.get("start") not in (None, END) and (e["type"] == 5 or len(e["data"]) >= 4096):
-            e["start"] += shift
-    d = b""
-    for e in entries:
-        name = e["name"].encode("utf-16-le")
-        size = len(e["data"]) if e["type"] in (2, 5) else 0
-        start = e.get("start", END) if e["type"] != 1 else 0
-        d += (name.ljust(64, b"\0") + struct.pack("<HBB", len(name) + 2, e["type"], 1) +
-              struct.pack("<III", e["left"], e["right"], e["child"]) + b"\0" * 16 +
-              b"\0" * 4 + b"\0" * 16 + struct.pack("<IQ", start, size))
-    d = d.ljust(dir_n * SECTOR, b"\0")
-    for i in range(dir_n):
-        sectors[dir_first + i] = d[i * SECTOR:(i + 1) * SECTOR]
+        if e[1] == 2 and len(e[2]) >= 4096:
+            e[4] = place(e[2])
+    assert len(fat) <= SECTOR // 4, "the FAT is one sector"
+    d = b"".join(e[0].encode("utf-16-le").ljust(64, b"\0") +
+                 struct.pack("<HBB3I", 2 * len(e[0]) + 2, e[1], 1, *link) + b"\0" * 36 +
+                 struct.pack("<IQ", e[4], len(e[2])) for e, link in zip(entries, links))
+    for i in range(n_dir):
+        body[i] = d[i * SECTOR:(i + 1) * SECTOR].ljust(SECTOR, b"\0")
     header = (b"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + b"\0" * 16 +
-              struct.pack("<HHHHH", 0x3E, 4, 0xFFFE, 12, 6) + b"\0" * 6 +
-              struct.pack("<IIIIIIIII", dir_n, fat_n, dir_first + shift, 0, 4096,
-                          mf_first + shift if mf_n else END, mf_n, END, 0))
-    difat = [i for i in range(fat_n)] + [FREE] * (109 - fat_n)
-    header += b"".join(struct.pack("<I", x) for x in difat)
-    out = header.ljust(SECTOR, b"\0")
-    out += b"".join(struct.pack("<I", x) for x in fat)
-    out += b"".join(sectors)
+              struct.pack("<5H6x9I", 0x3E, 4, 0xFFFE, 12, 6, n_dir, 1, 1, 0, 4096, mf_first,
+                          -(-4 * len(mini_fat) // SECTOR), END, 0) +
+              struct.pack("<109I", 0, *[FREE] * 108))
     with open(target, "wb") as f:
-        f.write(out)
+        f.write(header.ljust(SECTOR, b"\0") +
+                struct.pack("<1024I", *fat, *[FREE] * (1024 - len(fat))) + b"".join(body))
 
 
 def main():
