@@ -3,12 +3,15 @@
 // the integer parsers: any text, no crash, no difference, and the text is
 // left as it was. The first bytes also make a double whose shortest,
 // 17-digit and exponent forms, and the exact halfway point to its neighbour
-// (with texts just below and above it), must read as wcstod reads them.
+// (with texts just below and above it), must read as wcstod reads them, and
+// make decimal texts that the integer parsers must read by their ranges.
 #include "platform/crt_number.h"
 #include "qxutil/locale.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -127,6 +130,79 @@ const char* const kAdversarial[] = {
 };
 // clang-format on
 
+// CheckIntegers - the integer parsers on a decimal text made from `b` (at
+// least 4 bytes): blanks, a sign, digits (none, random ones or a magnitude
+// at the edge of a range) and a tail. The magnitude is read exactly and each
+// parser's rule applied: the signed 32-bit parsers and their narrower ranges
+// refuse what lies outside; the unsigned one takes magnitudes to 2^32 - 1
+// and wraps a minus; the 64-bit ones saturate. A refusal leaves 0 and a null
+// end, a success the end after the digits.
+void CheckIntegers(const uint8_t* b, size_t n) {
+  static const wchar_t* const kBlanks[] = {L"", L" ", L"\t\n "};
+  static const wchar_t* const kSigns[] = {L"", L"+", L"-"};
+  static const wchar_t* const kTails[] = {L"", L"x", L" x", L".5"};
+  static const wchar_t* const kEdges[] = {
+      L"32767",      L"32768",      L"2147483647",           L"2147483648",
+      L"4294967295", L"4294967296", L"9223372036854775807",  L"9223372036854775808",
+      L"0",          L"000",        L"18446744073709551615", L"18446744073709551616"};
+  std::wstring text = kBlanks[b[0] % 3];
+  text += kSigns[b[0] / 3 % 3];
+  const bool negative = b[0] / 3 % 3 == 2;
+  const size_t start = text.size();
+  if (b[1] & 1) {
+    text += kEdges[b[1] / 2 % 12];
+  } else {
+    for (size_t i = 4; i < n && i < 4 + b[1] / 2 % 26; ++i)
+      text += static_cast<wchar_t>(L'0' + b[i] % 10);
+  }
+  const size_t digits = text.size() - start;
+  unsigned __int128 m = 0;
+  for (size_t i = start; i < text.size(); ++i)
+    m = std::min<unsigned __int128>(m * 10 + (text[i] - L'0'), static_cast<unsigned __int128>(1)
+                                                                   << 100);
+  text += kTails[b[2] % 4];
+  const __int128 v = negative ? -static_cast<__int128>(m) : static_cast<__int128>(m);
+  const wchar_t* stop = text.c_str() + start + digits;
+  auto same = [&](bool ok, auto got, auto want, wchar_t* end, bool withEnd) {
+    Check(ok ? got == want && (!withEnd || end == stop) : got == 0 && (!withEnd || end == nullptr));
+  };
+  const bool in32 = digits > 0 && v >= INT32_MIN && v <= INT32_MAX;
+  int i = 7;
+  wchar_t* end = nullptr;
+  bool ok = StringToInt(text.c_str(), &i, &end);
+  Check(ok == in32);
+  same(ok, i, static_cast<int>(v), end, true);
+  short s = 7;
+  ok = StringToShort(text.c_str(), &s, &end);
+  Check(ok == (in32 && v >= -32768 && v <= 32767));
+  same(ok, s, static_cast<short>(v), end, true);
+  const long low = static_cast<int8_t>(b[3]) * 1000L, high = low + (b[2] >> 2) * 2000L;
+  long l = 7;
+  ok = StringToLong(text.c_str(), &l, &end, low, high);
+  Check(ok == (in32 && v >= low && v <= high));
+  same(ok, l, static_cast<long>(v), end, true);
+  unsigned int u = 7;
+  ok = StringToUnsignedInt(text.c_str(), &u, &end);
+  Check(ok == (digits > 0 && m <= 0xFFFFFFFFu));
+  same(ok, u, static_cast<unsigned int>(negative ? 0u - static_cast<unsigned int>(m) : m), end,
+       true);
+  long long ll = 7;
+  ok = StringToInt64(text.c_str(), &ll);
+  Check(ok == (digits > 0));
+  same(ok, ll, static_cast<long long>(std::clamp<__int128>(v, LLONG_MIN, LLONG_MAX)), nullptr,
+       false);
+  unsigned long long ull = 7;
+  ok = StringToUnsignedInt64(text.c_str(), &ull);
+  Check(ok == (digits > 0));
+  const unsigned long long magnitude =
+      m > ULLONG_MAX ? ULLONG_MAX : static_cast<unsigned long long>(m);
+  same(ok, ull,
+       m > ULLONG_MAX ? ULLONG_MAX
+       : negative     ? 0ULL - magnitude
+                      : magnitude,
+       nullptr, false);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -143,6 +219,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   if (size >= 8)
     Forms(data);
+  if (size >= 4)
+    CheckIntegers(data, size);
 
   // The "C" runtime locale: identical to wcstod.
   SameAsWcstod(text);

@@ -1,5 +1,5 @@
-// Frame utilities: 32-bit arithmetic, rounding conversions, the NaN pattern,
-// CRC-16, time, random numbers, the clock, modules and the host relays.
+// Frame utilities: rounding to a step, the NaN pattern, CRC-16, time, random
+// numbers, the clock, modules and the host relays.
 #include "common/frame_call_table.h"
 #include "platform/clock.h"
 #include "platform/crt_random.h"
@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <climits>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -27,64 +26,8 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 const double kNaN = std::nan("");
 
-TEST(Arithmetic, AdditionsSaturate) {
-  ExpectCalls({CALL(LongAdd(INT_MAX, 1), INT_MAX), CALL(LongAdd(INT_MIN, -1), INT_MIN),
-               CALL(LongAdd(INT_MIN, INT_MAX), -1), CALL(LongAdd(1000000000, 1500000000), INT_MAX),
-               CALL(LongAdd(-1500000000, -1000000000), INT_MIN),
-               CALL(LongAdd(0x100000005L, 1), 6), // only the low 32 bits count
-               CALL(LongAdd(INT_MAX, -1), 2147483646), CALL(LongAdd(5, -7), -2),
-               CALL(ShortAdd(30000, 30000), 32767), CALL(ShortAdd(-30000, -30000), -32768),
-               CALL(ShortAdd(-5, 3), -2), CALL(LongAddCoords(5, 10, 0, 12), 12),
-               CALL(LongAddCoords(5, -10, 0, 12), 0), CALL(LongAddCoords(5, 5, 0, 12), 10),
-               CALL(LongAddCoords(INT_MAX, 10, -5, INT_MAX), INT_MAX),
-               // The limits, too, count only by their low 32 bits: 0 and 12.
-               CALL(LongAddCoords(5, 10, 0x100000000L, 0x10000000CL), 12),
-               CALL(LongAddCoords(5, -10, 0x100000000L, 0x10000000CL), 0)});
-}
-
-TEST(Arithmetic, DivisionsWrapAndRoundHalvesWhateverTheSigns) {
-  // A divisor of 0 is answered, not trapped; a*b and the one quotient that
-  // overflows (INT_MIN / -1) wrap.
-  ExpectCalls({CALL(IntegerMulDiv(7, 3, 2), 11), CALL(IntegerMulDiv(-7, 3, 2), -10),
-               CALL(IntegerMulDiv(7, 3, -2), -10), CALL(IntegerMulDiv(1, 1, 0), 0),
-               CALL(IntegerMulDiv(65536, 65536, 1), 0),
-               CALL(IntegerMulDiv(INT_MIN, 1, -1), INT_MIN)});
-  ExpectCalls({CALL(LongRoundDiv(-7, 2), -4), CALL(LongRoundDiv(7, 2), 4),
-               CALL(LongRoundDiv(-7, -2), 4), CALL(LongRoundDiv(5, 3), 2),
-               CALL(LongRoundDiv(4, 3), 1), CALL(LongRoundDiv(7, 0), 7),
-               CALL(LongRoundDiv(-7, 0), -7), CALL(LongRoundDiv(INT_MIN, -1), INT_MIN)});
-  // IntegerMulDivScale: (a * b + d / 2) * scale / d, rounded, keeps the low
-  // 16 bits; 1 / 0 is infinity, which has none.
-  ExpectCalls({CALL(IntegerMulDivScale(1, 40000, 1, 1.0), -25536),
-               CALL(IntegerMulDivScale(3, 5, 2, 1.0), 8), CALL(IntegerMulDivScale(1, 5, 2, 1.0), 3),
-               CALL(IntegerMulDivScale(1, 3, 2, 1.0), 2), CALL(IntegerMulDivScale(1, 1, 2, 2.5), 3),
-               CALL(IntegerMulDivScale(-1, 5, 2, 1.0), -2),
-               CALL(IntegerMulDivScale(1, 1, 0, 1.0), 0),
-               CALL(IntegerMulDivScale(1, 65537, 1, 1.0), 1)});
-}
-
-TEST(Conversions, RoundHalvesAwayFromZeroThenWrapOrClip) {
-  // Beyond the range, DoubleToLong gives integer indefinite and DoubleToShort
-  // its low 16 bits (of 40000 and of 0x80000000).
-  ExpectCalls({CALL(DoubleToLong(2.5), 3), CALL(DoubleToLong(-2.5), -3),
-               CALL(DoubleToLong(-0.0), 0), CALL(DoubleToLong(-0.49), 0),
-               CALL(DoubleToLong(1.4999), 1), CALL(DoubleToLong(2147483646.5), INT_MAX),
-               CALL(DoubleToLong(-2147483647.5), INT_MIN),
-               CALL(DoubleToLong(2147483647.5), INT_MIN), CALL(DoubleToLong(3e9), INT_MIN),
-               CALL(DoubleToLong(-3e9), INT_MIN), CALL(DoubleToLong(kInf), INT_MIN),
-               CALL(DoubleToLong(kNaN), INT_MIN)});
-  ExpectCalls({CALL(DoubleToShort(2.5), 3), CALL(DoubleToShort(-32768.4), -32768),
-               CALL(DoubleToShort(40000.0), -25536), CALL(DoubleToShort(1e10), 0),
-               CALL(DoubleToInt64(-2.5), -3), CALL(DoubleToInt64(1e15 + 0.5), 1000000000000001LL),
-               CALL(DoubleToInt64(1e19), LLONG_MIN), CALL(DoubleToInt64(kNaN), LLONG_MIN)});
-  ExpectCalls({CALL(DoubleToLongClip(-3e9), INT_MIN), CALL(DoubleToLongClip(3e9), INT_MAX),
-               CALL(DoubleToLongClip(-2147483648.0), INT_MIN),
-               CALL(DoubleToLongClip(2147483647.0), INT_MAX),
-               CALL(DoubleToLongClip(2147483647.2), INT_MAX), CALL(DoubleToLongClip(kInf), INT_MAX),
-               CALL(DoubleToLongClip(-2.5), -3), CALL(DoubleToLongClip(kNaN), INT_MIN)});
-  ExpectCalls({CALL(DoubleToShortClip(40000.0), 32767), CALL(DoubleToShortClip(-40000.0), -32768),
-               CALL(DoubleToShortClip(32767.0), 32767), CALL(DoubleToShortClip(-32768.0), -32768),
-               CALL(DoubleToShortClip(-1.5), -2), CALL(DoubleToShortClip(kNaN), 0)});
+// The integer arithmetic and the conversions from double: frame_arithmetic_fuzz.
+TEST(Conversions, RoundToAStep) {
   struct {
     double value, step, expected;
   } rounds[] = {{7.0, 0.0, 7.0}, {7.0, 5.0, 5.0},   {7.5, 5.0, 10.0}, {-2.5, 1.0, -2.0},

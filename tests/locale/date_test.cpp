@@ -1,4 +1,5 @@
-// Calendar dates: validity, day numbers, literals, comparison, the clock.
+// Calendar dates: day numbers, comparison, the clock (validity, literals
+// and layouts against std::chrono: date_fuzz).
 #include "common/frame_call_table.h"
 #include "common/locale_support.h"
 #include "frame/report.h"
@@ -16,24 +17,6 @@ using qxtest::UtcSeconds;
 namespace {
 
 long Literal(qxDATE d) { return DateToLiteral(&d); }
-
-TEST(Date, Validity) {
-  struct Case {
-    qxDATE date;
-    bool valid;
-  } cases[] = {{{2000, 2, 29}, true},  {{2024, 2, 29}, true},  {{1900, 2, 29}, false},
-               {{2023, 2, 29}, false}, {{0, 1, 1}, true},      {{9999, 12, 31}, true},
-               {{10000, 1, 1}, false}, {{-1, 1, 1}, false},    {{2024, 13, 1}, false},
-               {{2024, 0, 1}, false},  {{2024, 4, 31}, false}, {{2024, 1, 0}, false},
-               {{2024, 1, -1}, false}, {{1600, 2, 29}, true}};
-  for (const Case& c : cases) {
-    EXPECT_EQ(IsValidDate(&c.date), c.valid) << Literal(c.date);
-    qxDATE d{1, 1, 1};
-    EXPECT_EQ(SetDate(c.date.year, c.date.month, c.date.day, &d), c.valid);
-    EXPECT_EQ(Literal(d), c.valid ? Literal(c.date) : 0) << Literal(c.date);
-    EXPECT_EQ(NullDate(&d), !c.valid);
-  }
-}
 
 // Year 0 counts back from day 0 (for day numbers only; Days2MDY refuses);
 // fuzz/date_fuzz.cpp compares the calendar's days with std::chrono's.
@@ -63,23 +46,6 @@ TEST(Date, DayNumbersOutsideTheCalendarAreReported) {
     EXPECT_FALSE(Days2MDY(11967900, &d)); // past 31 December 32767
     ASSERT_TRUE(Days2MDY(11967899, &d));
     EXPECT_EQ(DateToLiteral(&d), 327671231);
-  });
-}
-
-TEST(Date, Literals) {
-  qxtest::RunOnNewThread([] {
-    struct Case {
-      long literal;
-      bool ok;
-    } cases[] = {{20240229, true},  {20230230, false}, {0, true},       {101, true},
-                 {20231301, false}, {20230100, false}, {99991231, true}};
-    for (const Case& c : cases) {
-      ClearErrors();
-      qxDATE d{1999, 9, 9};
-      EXPECT_EQ(LiteralToDate(c.literal, &d), c.ok) << c.literal;
-      EXPECT_EQ(DateToLiteral(&d), c.literal); // the fields are set even when invalid
-      EXPECT_EQ(ThisErrorOccurred(5002), !c.ok) << c.literal;
-    }
   });
 }
 
