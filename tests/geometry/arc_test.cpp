@@ -1,11 +1,11 @@
-// Arcs, pattern sizes, rotated rectangles and ring orientation.
-#include "geometry/geometry_text.h"
+// Arcs and rotated rectangles; fuzz/geometry_extremes_fuzz.cpp compares
+// FlipArcAngles, RoundToPatternSize and ring orientation with references.
+#include "qxutil/geometry.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cmath>
-#include <vector>
 
 namespace {
 
@@ -38,27 +38,6 @@ TEST(Arcs, CalcArcAnglesFromTheIntegerCentre) {
     CalcArcAngles(c.r, c.p1, c.p2, &a1, &a2, c.swap);
     EXPECT_EQ(a1, c.a1) << c.what;
     EXPECT_EQ(a2, c.a2) << c.what;
-  }
-}
-
-TEST(Arcs, FlipArcAngles) {
-  struct Case {
-    short a1, a2;
-    bool flipX, flipY;
-    short want1, want2;
-  } cases[] = {
-      {0, 900, true, false, 900, 1800},
-      {0, 900, false, true, 2700, 3600},
-      {0, 900, true, true, 1800, 2700},
-      {-900, 5000, false, false, 2700, 5000},
-      {32767, -32768, false, false, 367, 3232},
-      {-32768, 0, true, false, 1800, 5032}, // 1800 + 32768 wraps as a 16-bit angle
-  };
-  for (const Case& c : cases) {
-    short a1 = c.a1, a2 = c.a2;
-    FlipArcAngles(&a1, &a2, c.flipX, c.flipY);
-    EXPECT_TRUE(a1 == c.want1 && a2 == c.want2)
-        << c.a1 << "," << c.a2 << " " << c.flipX << c.flipY << " => " << a1 << "," << a2;
   }
 }
 
@@ -114,35 +93,6 @@ TEST(Arcs, CirclesThroughPointsAndAboutCentres) {
   }
 }
 
-TEST(Arcs, RoundToPatternSize) {
-  struct Case {
-    long v;
-    bool allowZero;
-    long pattern, want;
-  } cases[] = {
-      {7, false, 5, 5},
-      {7, true, 5, 5},
-      {8, false, 5, 10},
-      {8, true, 5, 10},
-      {2, false, 5, 5},
-      {2, true, 5, 0},
-      {-2, false, 5, -5},
-      {-2, true, 5, 0},
-      {-8, true, 5, -10},
-      {0, false, 5, 0},
-      {7, false, -5, 5},
-      {100000, false, 70000, 70000}, // h = 70000's low 16 bits = 4464
-      {1, false, 0x18000, -32768},   // h = 0x8000 as a signed 16-bit number
-      {9, false, 0, 9},              // no pattern to round to
-      {INT_MAX, false, 2, INT_MAX},  // 2147483648 saturates
-      {INT_MIN, false, -1, INT_MIN}, // no 32-bit overflow on the way
-      {0x100000007L, false, 5, 5},   // the low 32 bits count
-  };
-  for (const Case& c : cases)
-    EXPECT_EQ(RoundToPatternSize(c.v, c.allowZero, c.pattern), c.want)
-        << c.v << " " << c.allowZero << " " << c.pattern;
-}
-
 TEST(Rotation, CornersAndBoundingRectangles) {
   struct Case {
     short angle;
@@ -173,37 +123,6 @@ TEST(Rotation, CornersAndBoundingRectangles) {
   EXPECT_NEAR(r.y1, 0.5 - half, 1e-12);
   EXPECT_NEAR(r.x2, 1 + half, 1e-12);
   EXPECT_NEAR(r.y2, 0.5 + half, 1e-12);
-}
-
-TEST(Orientation, SignedAreaDecides) {
-  struct Case {
-    const char* what;
-    const char* ring;
-    bool ok, clockwise;
-  } cases[] = {
-      {"counter-clockwise square", "0,0 10,0 10,10 0,10", true, false},
-      {"clockwise square", "0,0 0,10 10,10 10,0", true, true},
-      {"closed ring", "0,0 0,10 10,10 10,0 0,0", true, true},
-      {"repeated points", "0,0 0,0 5,0 5,0 5,5", true, false},
-      {"touching itself at a vertex", "0,0 10,0 10,10 20,10 20,20 10,20 10,10 0,10", true, false},
-      {"a concave ring whose lowest point is shared", "0,0 4,4 8,0 8,8 4,4 0,8", true, false},
-      {"collinear", "0,0 5,5 10,10", false, false},
-      {"a bow tie of equal lobes", "0,0 10,10 10,0 0,10", false, false},
-      {"a bow tie: the larger lobe", "0,0 20,20 20,0 0,10", true, true},
-      {"two points", "0,0 5,5", false, false},
-      {"32-bit extremes", "min,min max,min max,max min,max", true, false},
-      {"a sliver one unit wide at the extremes", "min,min max,max max,max-1", true, true},
-  };
-  for (const auto& c : cases) {
-    const std::vector<LPNT> ring = qxtest::Pts(c.ring);
-    bool ok = !c.ok;
-    EXPECT_EQ(IsClockwiseOrientation(ring.data(), static_cast<int>(ring.size()), &ok), c.clockwise)
-        << c.what;
-    EXPECT_EQ(ok, c.ok) << c.what;
-  }
-  bool ok = true;
-  EXPECT_FALSE(IsClockwiseOrientation(nullptr, 4, &ok));
-  EXPECT_FALSE(ok);
 }
 
 } // namespace
