@@ -336,6 +336,16 @@ void ArcsAndRegions(Bytes& in) {
   LRECT box;
   rgn_bounding_rect(common, &box);
   CHECK(rgn_equal(g, common));
+  // The bounding box of the union: the sorted rectangles merged, the empty left out.
+  const LRECT one = SortedOf(first), two = SortedOf(second);
+  const bool oneEmpty = one.x1 == one.x2 || one.y1 == one.y2;
+  const bool twoEmpty = two.x1 == two.x2 || two.y1 == two.y2;
+  const LRECT both{std::min(one.x1, two.x1), std::min(one.y1, two.y1), std::max(one.x2, two.x2),
+                   std::max(one.y2, two.y2)};
+  CHECK(Same(box, oneEmpty && twoEmpty ? LRECT{0, 0, 0, 0}
+                  : oneEmpty           ? two
+                  : twoEmpty           ? one
+                                       : both));
   rgn_destroy(g);
   rgn_destroy(common);
 }
