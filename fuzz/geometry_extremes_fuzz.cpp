@@ -3,7 +3,9 @@
 // from the limits and their neighbours (or take it raw). Under
 // UndefinedBehaviorSanitizer no signed overflow or bad conversion may occur;
 // rectangles, points, conversions, flips and pattern sizes must equal 64-bit
-// references written from their rules, the double forms included. The clip
+// references written from their rules, the double forms included; arc
+// angles and points, circles and rotations must equal long-double ones
+// (either rounding where a value lies within 1e-9 of a half). The clip
 // fuzzer walks the same extremes through the line functions.
 #include "qxutil/geometry.h"
 
@@ -52,7 +54,11 @@ const long kLows[] = {INT_MIN, -1000, 0, 7}, kHighs[] = {-7, 0, 1000, INT_MAX};
 const double kInf = std::numeric_limits<double>::infinity(), kNaN = std::nan("");
 const double kDoubles[] = {-kInf, -1e300, -2147483648.6, -2.5,  -0.5, 0.5,          2.4999,
                            2.5,   6.6,    999.5,         1e300, kInf, 2147483647.6, kNaN};
-const short kAngles[] = {SHRT_MIN, -3601, -1, 0, 900, 3599, 3600, 7200, SHRT_MAX};
+const short kAngles[] = {SHRT_MIN, -3601, -1, 0, 900, 1800, 2700, 3599, 3600, 7200, SHRT_MAX};
+const double kScales[] = {1, 2, 0.5, 3, -1, 1e-300, 0};
+const double kSmall[] = {-3, -1, -0.5, 0, 0.5, 1, 2, 5, 1e6};
+const double kSteps[] = {1, 0.5, 1e-7, 3e-7}, kOffsets[] = {-2, -1, 0, 1, 2, 3};
+const long double kPi = 3.14159265358979323846264338327950288L;
 const long kSizes[] = {-8, -5, -2, 0, 2, 5, 7, 8, 70000, 0x18000, INT_MAX, INT_MIN, 0x100000007L};
 
 // ---- Exact references in 64-bit integers, written from the rules -------------
@@ -70,9 +76,14 @@ int32_t Centre(int64_t a, int64_t b) {
   const int64_t s = std::clamp<int64_t>(a + b, INT_MIN, INT_MAX);
   return static_cast<int32_t>(s != INT_MIN && s != INT_MAX ? s / 2 : a + (b - a) / 2);
 }
+// ToLong - v + 0.5 (v - 0.5 from zero down) truncated; -2147483648 for a
+// NaN or beyond the 32-bit range.
+int32_t ToLong(double v) {
+  const double t = v > 0 ? std::trunc(v + 0.5) : std::trunc(v - 0.5);
+  return t >= INT_MIN && t <= INT_MAX ? static_cast<int32_t>(t) : INT_MIN;
+}
 int32_t ClampRound(double v, long lo, long hi) {
-  v = v < Low(lo) ? Low(lo) : v > Low(hi) ? Low(hi) : v;
-  return v != v ? INT_MIN : static_cast<int32_t>(v > 0 ? std::trunc(v + 0.5) : std::trunc(v - 0.5));
+  return ToLong(v < Low(lo) ? Low(lo) : v > Low(hi) ? Low(hi) : v);
 }
 template <class R> R SortedOf(R r) {
   return {std::min(r.x1, r.x2), std::min(r.y1, r.y2), std::max(r.x1, r.x2), std::max(r.y1, r.y2)};
@@ -311,6 +322,133 @@ void RectanglesAndPoints(Bytes& in) {
   CHECK(ok == (!none && n >= 3 && area != 0) && clockwise == (ok && area < 0));
 }
 
+// Rounds - whether `ok` accepts DoubleToLong of v (-2147483648 beyond the
+// 32-bit range or for a NaN), or either neighbour where v lies so near a
+// half that the library's doubles may round it the other way.
+template <class F> bool Rounds(long double v, F&& ok) {
+  auto take = [&](long double x) { return ok(x < INT_MIN || x > INT_MAX ? INT_MIN : int64_t(x)); };
+  if (v != v)
+    return ok(INT_MIN);
+  const bool nearHalf =
+      std::fabs(std::fabs(v - std::trunc(v)) - 0.5L) <= 1e-9L * (1 + std::fabs(v));
+  return take(v > 0 ? std::floor(v + 0.5L) : std::ceil(v - 0.5L)) ||
+         (nearHalf && (take(std::floor(v)) || take(std::ceil(v))));
+}
+// Direction - the angle of (dx, dy) in tenths of a degree, before rounding.
+long double Direction(double dx, double dy) {
+  if (dx == 0)
+    return dy > 0 ? 900 : 2700;
+  if (dy == 0)
+    return dx > 0 ? 0 : 1800;
+  const long double t = std::atan2(static_cast<long double>(dy), dx) * 1800 / kPi;
+  return t < 0 ? t + 3600 : t;
+}
+short Raised(int a2, int a1) {
+  return static_cast<short>(a2 > a1 ? a2 : a2 + 3600 * ((a1 - a2) / 3600 + 1));
+}
+// AngleIs - `angle`, raised above `above` (when given), is Direction(dx, dy) rounded.
+bool AngleIs(short angle, double dx, double dy, const short* above = nullptr) {
+  return Rounds(Direction(dx, dy), [&](int64_t t) {
+    return angle == (above ? Raised(static_cast<short>(t), *above) : static_cast<short>(t));
+  });
+}
+// Near - a and b agree to within 1e-9 of their size or of `scale`.
+bool Near(long double a, long double b, long double scale = 0) {
+  return std::fabs(a - b) <= 1e-9L * (1 + std::fabs(a) + std::fabs(b) + scale);
+}
+// Rotated - p turned by `tenths` about (x, y): exact for quarter turns.
+DPNT Rotated(DPNT p, short tenths, double x, double y) {
+  const int a = (tenths % 3600 + 3600) % 3600;
+  const double dx = p.x - x, dy = p.y - y;
+  switch (a) {
+  case 0:
+    return {x + dx, y + dy};
+  case 900:
+    return {x - dy, y + dx};
+  case 1800:
+    return {x - dx, y - dy};
+  case 2700:
+    return {x + dy, y - dx};
+  }
+  const long double t = a * kPi / 1800;
+  return {static_cast<double>(x + dx * std::cos(t) - dy * std::sin(t)),
+          static_cast<double>(y + dx * std::sin(t) + dy * std::cos(t))};
+}
+
+void ArcsAndRotations(Bytes& in) {
+  const LPNT a{in.Pick(kCoords), in.Pick(kCoords)}, b{in.Pick(kCoords), in.Pick(kCoords)};
+  const LPNT c{in.Pick(kCoords), in.Pick(kCoords)}, d{in.Pick(kCoords), in.Pick(kCoords)};
+  const LRECT r{a.x, a.y, b.x, b.y};
+  const bool swap = in.Next8() & 1;
+  const LPNT centre{Centre(a.x, b.x), Centre(a.y, b.y)};
+  const double rx = (int64_t{b.x} - a.x) * 0.5, ry = (int64_t{b.y} - a.y) * 0.5;
+  const double dx1 = ry * (int64_t{c.x} - centre.x), dy1 = rx * (int64_t{c.y} - centre.y);
+  const double dx2 = ry * (int64_t{d.x} - centre.x), dy2 = rx * (int64_t{d.y} - centre.y);
+  short a1 = -1, a2 = -1;
+  CalcArcAngles(r, c, d, &a1, &a2, swap);
+  CHECK(AngleIs(a1, swap ? dx2 : dx1, swap ? dy2 : dy1) &&
+        AngleIs(a2, swap ? dx1 : dx2, swap ? dy1 : dy2, &a1));
+  const int angles[2] = {in.Pick(kCoords), in.Pick(kAngles)};
+  LPNT p[2] = {d, d};
+  LogCalcArcPoints(r, angles[0], angles[1], &p[0], &p[1]);
+  for (int i = 0; i < 2; ++i) {
+    const double radians = angles[i] / 10.0 * 3.141592653589793 / 180;
+    CHECK(Rounds(std::cos(static_cast<long double>(radians)) * rx,
+                 [&](int64_t o) { return p[i].x == Coord(centre.x + o, INT_MIN, INT_MAX); }) &&
+          Rounds(std::sin(static_cast<long double>(radians)) * ry,
+                 [&](int64_t o) { return p[i].y == Coord(centre.y + o, INT_MIN, INT_MAX); }));
+  }
+  const double sx = in.Pick(kScales), sy = in.Pick(kScales), ratio = sy / sx;
+  const double ex = static_cast<double>(int64_t{c.x} - d.x),
+               ey = static_cast<double>(int64_t{c.y} - d.y);
+  const double radius = std::sqrt((ey / ratio) * (ey / ratio) + ex * ex);
+  LRECT box;
+  CreateCircleMBR(box, c, d, sx, sy);
+  const int64_t rx2 = ToLong(radius), ry2 = ToLong(radius * ratio);
+  const long kLimit = 1000000000;
+  CHECK(Same(
+      box, SortedOf(LRECT{Coord(c.x - rx2, -kLimit, kLimit), Coord(c.y - ry2, -kLimit, kLimit),
+                          Coord(c.x + rx2, -kLimit, kLimit), Coord(c.y + ry2, -kLimit, kLimit)})));
+
+  // Circles through three points, and rotations, on small doubles.
+  // p2 and p3 lie a few steps of `e` from p1: tiny steps reach the collinearity threshold.
+  const double e = in.Pick(kSteps);
+  const DPNT p1{in.Pick(kSmall), in.Pick(kSmall)};
+  const DPNT p2{p1.x + e * in.Pick(kOffsets), p1.y + e * in.Pick(kOffsets)};
+  const DPNT p3{p1.x + e * in.Pick(kOffsets), p1.y + e * in.Pick(kOffsets)};
+  const DPNT u{p3.x - p1.x, p3.y - p1.y}, v{p2.x - p1.x, p2.y - p1.y};
+  const double k = v.y * u.x - v.x * u.y;
+  DRECT mbr{9, 9, 9, 9};
+  short c1 = -1, c3 = -1;
+  const bool made = CirclePointsToMBRAngles(p1, p2, p3, mbr, c1, c3);
+  if (std::fabs(k) < 1e-13) {
+    CHECK(!made && Same(mbr, DRECT{9, 9, 9, 9}) && c1 == -1 && c3 == -1);
+  } else {
+    const double uu = u.x * u.x + u.y * u.y, vv = v.x * v.x + v.y * v.y;
+    const DPNT m{p1.x + (v.y * uu - u.y * vv) * 0.5 / k, p1.y + (u.x * vv - v.x * uu) * 0.5 / k};
+    const long double radius = std::sqrt(static_cast<long double>(m.x - p1.x) * (m.x - p1.x) +
+                                         static_cast<long double>(m.y - p1.y) * (m.y - p1.y));
+    const long double scale = std::fabs(m.x) + std::fabs(m.y) + radius;
+    CHECK(made && Near(mbr.x1, m.x - radius, scale) && Near(mbr.y1, m.y - radius, scale) &&
+          Near(mbr.x2, m.x + radius, scale) && Near(mbr.y2, m.y + radius, scale));
+    CHECK(AngleIs(c1, p1.x - m.x, p1.y - m.y) && AngleIs(c3, p3.x - m.x, p3.y - m.y));
+  }
+  DRECT box2{p1.x, p1.y, p2.x, p2.y};
+  const short turn = in.Pick(kAngles);
+  DPNT corners[4];
+  GetRotatedMBRPnts(&box2, turn, p3.x, p3.y, corners);
+  const DPNT plain[4] = {{p1.x, p1.y}, {p1.x, p2.y}, {p2.x, p2.y}, {p2.x, p1.y}};
+  DRECT bounds{DBL_MAX, DBL_MAX, -DBL_MAX, -DBL_MAX};
+  for (int i = 0; i < 4; ++i) {
+    const DPNT want = Rotated(plain[i], turn, p3.x, p3.y);
+    CHECK(turn % 900 ? Near(corners[i].x, want.x) && Near(corners[i].y, want.y)
+                     : Same(corners[i], want));
+    bounds = WithPoint(bounds, corners[i]);
+  }
+  RotateTextMBR(&box2, turn, p3.x, p3.y);
+  CHECK(Same(box2, bounds));
+}
+
 void ArcsAndRegions(Bytes& in) {
   const LPNT a{in.Pick(kCoords), in.Pick(kCoords)}, b{in.Pick(kCoords), in.Pick(kCoords)};
   const LPNT c{in.Pick(kCoords), in.Pick(kCoords)}, d{in.Pick(kCoords), in.Pick(kCoords)};
@@ -356,5 +494,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Bytes in{data, size};
   RectanglesAndPoints(in);
   ArcsAndRegions(in);
+  ArcsAndRotations(in);
   return 0;
 }
