@@ -107,17 +107,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::unique_ptr<DPNTContainer> points(DPNTContainer::Create(data[1] % 3, data[2] % 5));
   const DPNT held{-1, -2};
   Check(points && points->Append(&held, 1));
-  std::unique_ptr<PointParserFactory> parser(
-      PointParserFactory::Create(points.get(), coordinate.c_str(), point.c_str(), addWhitespace));
-  Check(parser != nullptr);
+  // An empty set is passed now and then as a null pointer, an empty text as null.
+  const bool nulls = data[0] & 8;
+  std::unique_ptr<PointParserFactory> parser(PointParserFactory::Create(
+      points.get(), nulls && coordinate.empty() ? nullptr : coordinate.c_str(),
+      nulls && point.empty() ? nullptr : point.c_str(), addWhitespace));
+  Check(parser != nullptr && !PointParserFactory::Create(nullptr, L",", L";", addWhitespace));
+  const wchar_t* const source = nulls && text.empty() ? nullptr : block.get();
 
   if (otherPoint)
     qx::platform::SetThreadNumericLocaleOverride("xx_XX.UTF-8", data[3] & 1 ? L',' : L'.');
-  const bool ok = parser->Parse(block.get(), length, replace);
+  const bool ok = parser->Parse(source, length, replace);
   std::vector<DPNT> expected;
   if (!replace)
     expected.push_back(held);
-  const bool expectedOk = reference.Parse(block.get(), length, &expected);
+  const bool expectedOk = reference.Parse(source ? block.get() : L"", length, &expected);
   qx::platform::SetThreadNumericLocaleOverride(nullptr, 0);
 
   Check(ok == expectedOk);

@@ -1,11 +1,10 @@
-// DPNTContainer's capacity and growth, and PointParserFactory: one text per rule. Random
-// texts, separators and lengths under either decimal point are compared with a plain
+// DPNTContainer's capacity and growth. PointParserFactory (random texts, separators,
+// null sets and texts, lengths under either decimal point) is compared with a plain
 // reader by fuzz/point_parser_fuzz.cpp.
 #include "qxutil/containers.h"
 
 #include <gtest/gtest.h>
 
-#include <cwchar>
 #include <memory>
 #include <vector>
 
@@ -54,52 +53,6 @@ TEST(PointContainer, RefusalsKeepThePoints) {
   EXPECT_EQ(Read(c.get()), (Points{{1, 2}, {3, 4}}));
   EXPECT_TRUE(c->Reset(0));
   EXPECT_EQ(Read(c.get()), Points{});
-}
-
-struct ParseCase {
-  const wchar_t* coordinateSeparators;
-  const wchar_t* pointSeparators;
-  bool addWhitespace;
-  const wchar_t* text;
-  int length; // -1: the text's own length
-  bool result;
-  Points points;
-};
-
-const ParseCase kParseCases[] = {
-    {L".", L";", false, L"1.5.2", -1, true, {{1.5, 2}}}, // the number comes first
-    {nullptr, nullptr, true, L"5 6", -1, true, {{5, 6}}},
-    {L"", L"", true, L"12 34", 4, true, {{12, 3}}}, // the number is cut at the length
-};
-
-TEST(PointParser, Cases) {
-  for (const ParseCase& c : kParseCases) {
-    std::unique_ptr<DPNTContainer> points(DPNTContainer::Create(0, 4));
-    const DPNT old{-7, -7};
-    points->Append(&old, 1);
-    std::unique_ptr<PointParserFactory> parser(PointParserFactory::Create(
-        points.get(), c.coordinateSeparators, c.pointSeparators, c.addWhitespace));
-    ASSERT_NE(parser, nullptr);
-    const unsigned length =
-        c.length < 0 ? static_cast<unsigned>(std::wcslen(c.text)) : static_cast<unsigned>(c.length);
-    EXPECT_EQ(parser->Parse(c.text, length, true), c.result) << c.text;
-    EXPECT_EQ(Read(points.get()), c.points) << c.text;
-  }
-}
-
-TEST(PointParser, AppendsOrReplaces) {
-  std::unique_ptr<DPNTContainer> points(DPNTContainer::Create(1, 0));
-  std::unique_ptr<PointParserFactory> parser(
-      PointParserFactory::Create(points.get(), L",", L";", false));
-  EXPECT_TRUE(parser->Parse(L"1,2", 3, false));
-  EXPECT_TRUE(parser->Parse(L"3,4;5,6", 7, false));
-  EXPECT_EQ(Read(points.get()), (Points{{1, 2}, {3, 4}, {5, 6}}));
-  EXPECT_TRUE(parser->Parse(L"7,8", 3, true));
-  EXPECT_EQ(Read(points.get()), (Points{{7, 8}}));
-  EXPECT_TRUE(parser->Parse(L"", 0, true));
-  EXPECT_EQ(Read(points.get()), Points{});
-  EXPECT_FALSE(parser->Parse(nullptr, 2, true)); // read as empty text
-  EXPECT_EQ(PointParserFactory::Create(nullptr, L",", L";", false), nullptr);
 }
 
 } // namespace
