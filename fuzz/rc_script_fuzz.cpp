@@ -90,26 +90,13 @@ std::string Literal(const std::vector<uint32_t>& text, bool wide, Bytes& in) {
 
 // Id - `id` as a number in one of C's forms, or an expression.
 std::string Id(unsigned id, Bytes& in) {
+  static const char* const kForms[] = {"0x%X", "0%o", "%uL", "-(-%u)", "%u"};
   char buffer[48];
-  switch (in.Next(6)) {
-  case 0:
-    std::snprintf(buffer, sizeof buffer, "0x%X", id);
-    break;
-  case 1:
-    std::snprintf(buffer, sizeof buffer, "0%o", id);
-    break;
-  case 2:
-    std::snprintf(buffer, sizeof buffer, "%uL", id);
-    break;
-  case 3:
-    std::snprintf(buffer, sizeof buffer, "-(-%u)", id);
-    break;
-  case 4:
+  const unsigned form = in.Next(6);
+  if (form < 5)
+    std::snprintf(buffer, sizeof buffer, kForms[form], id);
+  else
     std::snprintf(buffer, sizeof buffer, "(%u * 2 + %u - %u)", id / 2, id % 2 + 7, 7u);
-    break;
-  default:
-    std::snprintf(buffer, sizeof buffer, "%u", id);
-  }
   return buffer;
 }
 

@@ -11,7 +11,6 @@
 #include "models/region_model.h"
 #include "platform/heap.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 using namespace qx::win;
@@ -26,25 +25,21 @@ struct Reader {
   int Coordinate() { return PixelSet::kGridLow + Next() % (PixelSet::kSide + 1); }
 };
 
-// CHECK - aborts, naming the line, unless `ok` holds.
-#define CHECK(ok)                                                                                  \
-  do {                                                                                             \
-    if (!(ok)) {                                                                                   \
-      std::fprintf(stderr, "region_fuzz.cpp:%d: check failed\n", __LINE__);                        \
-      std::abort();                                                                                \
-    }                                                                                              \
-  } while (0)
+void Check(bool ok) {
+  if (!ok)
+    std::abort();
+}
 
 void CheckRegion(HRGN g, const PixelSet& model, HRGN probe) {
-  CHECK(qxtest::PixelsOf(g, probe) == model);
+  Check(qxtest::PixelsOf(g, probe) == model);
   RECT box;
-  CHECK(GetRgnBox(g, &box) == model.Kind());
+  Check(GetRgnBox(g, &box) == model.Kind());
   LRECT want = model.Box();
-  CHECK(box.left == want.x1 && box.top == want.y1 && box.right == want.x2 && box.bottom == want.y2);
+  Check(box.left == want.x1 && box.top == want.y1 && box.right == want.x2 && box.bottom == want.y2);
   LRECT bounds;
   rgn_bounding_rect(g, nullptr); // nowhere to write: nothing
   rgn_bounding_rect(g, &bounds);
-  CHECK(bounds.x1 == want.x1 && bounds.y1 == want.y1 && bounds.x2 == want.x2 &&
+  Check(bounds.x1 == want.x1 && bounds.y1 == want.y1 && bounds.x2 == want.x2 &&
         bounds.y2 == want.y2);
 }
 
@@ -65,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     case 0: { // a union, failing when it needs storage (op >= 128)
       const bool fail = op >= 128 && regions[i];
       if (op & 64 && regions[i]) { // no rectangle: the region as it was
-        CHECK(rgn_unionrect(regions[i], nullptr) == regions[i]);
+        Check(rgn_unionrect(regions[i], nullptr) == regions[i]);
         break;
       }
       PixelSet want = models[i] | pixels;
@@ -78,14 +73,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         qx::platform::FailAllocations(2, false);
       HRGN g = rgn_unionrect(regions[i], &r);
       qx::platform::FailAllocations(0, false);
-      CHECK(g && (!regions[i] || g == regions[i]));
+      Check(g && (!regions[i] || g == regions[i]));
       regions[i] = g;
       models[i] = want;
       break;
     }
     case 1: { // an intersection into a new region
       HRGN common = rgn_intersect(regions[i], regions[j]);
-      CHECK((common != nullptr) == (regions[i] && regions[j]));
+      Check((common != nullptr) == (regions[i] && regions[j]));
       if (!common)
         continue;
       rgn_destroy(regions[k]);
@@ -101,7 +96,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
           mode > RGN_COPY) {
         if (fail)
           qx::platform::FailAllocations(1, false);
-        CHECK(CombineRgn(regions[k], regions[i], regions[j], mode) == ERROR);
+        Check(CombineRgn(regions[k], regions[i], regions[j], mode) == ERROR);
         qx::platform::FailAllocations(0, false);
         if (!regions[k])
           continue;
@@ -123,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         qx::platform::FailAllocations(1, false);
       const int kind = CombineRgn(regions[k], regions[i], regions[j], mode);
       qx::platform::FailAllocations(0, false);
-      CHECK(kind == (refused ? ERROR : want.Kind()));
+      Check(kind == (refused ? ERROR : want.Kind()));
       if (!refused)
         models[k] = want;
       changed = k;
@@ -132,12 +127,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     default: // reset to a rectangle
       if (!regions[i]) {
         RECT box;
-        CHECK(!SetRectRgn(nullptr, r.x1, r.y1, r.x2, r.y2) && GetRgnBox(nullptr, &box) == ERROR &&
+        Check(!SetRectRgn(nullptr, r.x1, r.y1, r.x2, r.y2) && GetRgnBox(nullptr, &box) == ERROR &&
               GetRgnBox(probe, nullptr) == ERROR && EqualRgn(nullptr, probe) == ERROR &&
               !DeleteObject(nullptr) && !rgn_create(nullptr));
         continue;
       }
-      CHECK(SetRectRgn(regions[i], r.x1, r.y1, r.x2, r.y2));
+      Check(SetRectRgn(regions[i], r.x1, r.y1, r.x2, r.y2));
       models[i] = pixels;
       break;
     }
@@ -146,10 +141,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       LRECT none{9, 9, 9, 9};
       if (!regions[n]) {
         rgn_bounding_rect(nullptr, &none);
-        CHECK(none.x1 == 0 && none.y1 == 0 && none.x2 == 0 && none.y2 == 0);
+        Check(none.x1 == 0 && none.y1 == 0 && none.x2 == 0 && none.y2 == 0);
       }
       for (int m = 0; m < 3; ++m)
-        CHECK(rgn_equal(regions[n], regions[m]) ==
+        Check(rgn_equal(regions[n], regions[m]) ==
               (!regions[n] || !regions[m] ? !regions[n] && !regions[m] : models[n] == models[m]));
     }
   }
