@@ -6,13 +6,15 @@
 // in ascending, descending and random order through one accessor that lives
 // across the steps (so a stale cache would show). Values come from windows
 // near 0, 2^31, 2^32 and the top of the type, or from the whole range; some
-// are outside the member's range and must be refused. The range array of
-// the unsigned members grows as its rule says. Driven by
+// are outside the member's range and must be refused. The word block of
+// QXList<long> and the range array of the unsigned members are laid out and
+// grow as their rules say. Driven by
 // fuzz/containers_differential_fuzz.cpp.
 #ifndef QXUTIL_FUZZ_MODELS_INTEGER_LIST_MODEL_H
 #define QXUTIL_FUZZ_MODELS_INTEGER_LIST_MODEL_H
 
 #include "containers/range_list.h"
+#include "containers/word_list.h"
 #include "qxutil/containers.h"
 
 #include <algorithm>
@@ -171,11 +173,28 @@ private:
     return runs;
   }
 
-  // Capacity - the range array of the unsigned members: none while the
-  // list is empty, 32 ranges when first made, 8 more whenever it is full,
-  // exactly the ranges in use in a clone, never smaller otherwise.
+  // Capacity - the word block of QXList<long> (below); the range array of
+  // the unsigned members: none while the list is empty, 32 ranges when
+  // first made, 8 more whenever it is full, exactly the ranges in use in a
+  // clone, never smaller otherwise.
   std::string Capacity(bool cloned) {
     if constexpr (std::is_same_v<T, long>) {
+      // The word block: its count, then a word with bit 31 set per single
+      // value and two (first, last) per longer run, and no more room than
+      // the heap rounds to.
+      const auto* impl = dynamic_cast<const qx::containers::QXListImpl*>(list_);
+      std::vector<uint32_t> want = {0};
+      for (const auto& [first, last] : Runs()) {
+        if (first == last)
+          want.push_back(0x80000000u | static_cast<uint32_t>(first));
+        else
+          want.insert(want.end(), {static_cast<uint32_t>(first), static_cast<uint32_t>(last)});
+      }
+      want[0] = static_cast<uint32_t>(want.size() - 1);
+      if (!impl || !std::equal(want.begin(), want.end(), impl->Words()))
+        return "the words differ";
+      if (memSize(impl->Words()) < 4 * want.size() || memSize(impl->Words()) > 4 * want.size() + 32)
+        return "a block of " + std::to_string(memSize(impl->Words())) + " bytes";
       return "";
     } else {
       using V = std::conditional_t<std::is_same_v<T, unsigned long>, uint32_t, uint64_t>;
