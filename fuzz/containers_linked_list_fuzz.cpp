@@ -2,7 +2,9 @@
 // byte picks an operation (insertion at the front with data or null data,
 // removal from the front, LL_Destroy, the enumerator's Next, Reset and
 // MoveToEnd, LL_MoveFront); after each, the list's nodes, their data, the
-// enumerator's fields and LL_GetFirst must be what the model says.
+// enumerator's fields and LL_GetFirst must be what the model says. At the
+// end the enumerator is deleted (its pointer nulled) and the enumerator
+// calls take null arguments.
 #include "qxutil/containers.h"
 
 #include <algorithm>
@@ -132,5 +134,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   while (m.list.head)
     LL_RemoveFront(&m.list);
   LLEnum_Delete(&m.e);
+  Check(m.e == nullptr);
+  LLEnum_Delete(&m.e); // null arguments: nothing
+  LLEnum_Delete(nullptr);
+  LLEnum_MoveToEnd(nullptr);
+  Check(!LLEnum_Reset(nullptr) && LLEnum_Next(nullptr) == nullptr);
   return 0;
 }

@@ -10,6 +10,7 @@
 #include "qxutil/containers.h"
 #include "qxutil/locale.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -72,9 +73,75 @@ struct Reference {
   }
 };
 
+// Room - the points the container's block holds.
+unsigned Room(DPNTContainer* c) { return memSize(c->GetPoints(nullptr)) / sizeof(DPNT); }
+
+// Grew - the block grew from `room` for `needed` points by the step at
+// least and, with no step, by what is needed (as the heap rounds it: two
+// points more at most).
+void Grew(DPNTContainer* c, unsigned needed, unsigned room, unsigned step) {
+  const unsigned least = std::max(needed, room + step);
+  Check(Room(c) >= least && Room(c) <= least + 2);
+}
+
+// Containers - DPNTContainer against a vector, each byte an operation:
+// appends (of null points too), reservations and resets, huge ones
+// included. Whatever is refused keeps the points and the block.
+void Containers(const uint8_t* data, size_t size) {
+  const unsigned kHuge = 0x10000000u; // 2^32 bytes
+  Check(DPNTContainer::Create(kHuge, 0) == nullptr);
+  const unsigned step = size ? data[0] % 3 * 50 : 0;
+  std::unique_ptr<DPNTContainer> c(DPNTContainer::Create(size > 1 ? data[1] % 8 : 0, step));
+  Check(c != nullptr && Room(c.get()) >= (size > 1 ? data[1] % 8u : 0));
+  std::vector<DPNT> model;
+  DPNT pool[40];
+  for (int i = 0; i < 40; ++i)
+    pool[i] = {i + 0.5, -i - 0.5};
+  for (size_t at = 2; at < size && at < 64; ++at) {
+    const unsigned n = data[at] / 4 % 40, room = Room(c.get());
+    DPNT* const block = c->GetPoints(nullptr);
+    switch (data[at] % 4) {
+    case 0: { // Append, from null now and then
+      const bool null = data[at] >= 0xF0;
+      const bool ok = c->Append(null ? nullptr : pool, n);
+      Check(ok == (!null || n == 0));
+      if (ok && model.size() + n > room)
+        Grew(c.get(), static_cast<unsigned>(model.size()) + n, room, step);
+      if (ok)
+        model.insert(model.end(), pool, pool + n);
+      else
+        Check(c->GetPoints(nullptr) == block && Room(c.get()) == room);
+      break;
+    }
+    case 1:
+    case 2: { // Reserve, or Reset; huge now and then
+      const unsigned needed = data[at] >= 0xF0 ? kHuge : room + n;
+      const bool ok = data[at] % 4 == 1 ? c->Reserve(needed) : c->Reset(needed);
+      if (data[at] % 4 == 2)
+        model.clear();
+      Check(ok == (needed != kHuge));
+      if (!ok)
+        Check(c->GetPoints(nullptr) == block && Room(c.get()) == room);
+      else if (needed > room)
+        Grew(c.get(), needed, room, step);
+      break;
+    }
+    default:
+      Check(c->Reset(0) && Room(c.get()) == room);
+      model.clear();
+    }
+    unsigned count = 0;
+    const DPNT* got = c->GetPoints(&count);
+    Check(count == model.size() && Room(c.get()) >= count);
+    for (unsigned i = 0; i < count; ++i)
+      Check(SameBits(got[i].x, model[i].x) && SameBits(got[i].y, model[i].y));
+  }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  Containers(data, size);
   if (size < 4 || size > 4000)
     return 0;
   const bool addWhitespace = data[0] & 1, replace = data[0] & 2, otherPoint = data[0] & 4;
@@ -107,17 +174,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::unique_ptr<DPNTContainer> points(DPNTContainer::Create(data[1] % 3, data[2] % 5));
   const DPNT held{-1, -2};
   Check(points && points->Append(&held, 1));
-  std::unique_ptr<PointParserFactory> parser(
-      PointParserFactory::Create(points.get(), coordinate.c_str(), point.c_str(), addWhitespace));
-  Check(parser != nullptr);
+  // An empty set is passed now and then as a null pointer, an empty text as null.
+  const bool nulls = data[0] & 8;
+  std::unique_ptr<PointParserFactory> parser(PointParserFactory::Create(
+      points.get(), nulls && coordinate.empty() ? nullptr : coordinate.c_str(),
+      nulls && point.empty() ? nullptr : point.c_str(), addWhitespace));
+  Check(parser != nullptr && !PointParserFactory::Create(nullptr, L",", L";", addWhitespace));
+  const wchar_t* const source = nulls && text.empty() ? nullptr : block.get();
 
   if (otherPoint)
     qx::platform::SetThreadNumericLocaleOverride("xx_XX.UTF-8", data[3] & 1 ? L',' : L'.');
-  const bool ok = parser->Parse(block.get(), length, replace);
+  const bool ok = parser->Parse(source, length, replace);
   std::vector<DPNT> expected;
   if (!replace)
     expected.push_back(held);
-  const bool expectedOk = reference.Parse(block.get(), length, &expected);
+  const bool expectedOk = reference.Parse(source ? block.get() : L"", length, &expected);
   qx::platform::SetThreadNumericLocaleOverride(nullptr, 0);
 
   Check(ok == expectedOk);

@@ -43,6 +43,10 @@ inline std::string CheckClipLine(const LPNT& p0, const LPNT& p1, const LRECT& r)
   LPNT q0 = p0, q1 = p1;
   const bool visible = ClipLine(&q0, &q1, &r);
   auto what = [&] { return Describe({p0, p1}) + " in " + Describe(r) + ": "; };
+  LPNT spare = p0;
+  if (ClipLine(nullptr, &spare, &r) || ClipLine(&spare, nullptr, &r) ||
+      ClipLine(&spare, &spare, nullptr))
+    return what() + "a null argument accepted";
   const LineClip want = ReferenceClipLine(p0, p1, r);
   if (want.verdict != Clip::kAmbiguous) {
     if (visible != (want.verdict == Clip::kVisible))
@@ -69,6 +73,16 @@ inline std::string CheckClipPoly(const std::vector<LPNT>& in, const LRECT& r) {
   int count = -1;
   const bool visible = ClipPoly(input.data(), out.data(), &r, &count, n);
   auto what = [&] { return Describe(in) + " in " + Describe(r) + ": "; };
+  int nullCount = -1;
+  if (ClipPoly(nullptr, out.data(), &r, &nullCount, n) || nullCount != 0 ||
+      ClipPoly(input.data(), nullptr, &r, &nullCount, n) ||
+      ClipPoly(input.data(), out.data(), nullptr, &nullCount, n))
+    return what() + "a null argument accepted";
+  if (n <= 2) { // no count wanted: the same answer
+    std::vector<LPNT> spare(room + 1);
+    if (ClipPoly(input.data(), spare.data(), &r, nullptr, n) != visible)
+      return what() + "another answer without a count";
+  }
   for (size_t i = room; i < out.size(); ++i)
     if (out[i].x != -77 || out[i].y != -77)
       return what() + "written beyond 3n - 2 points";

@@ -6,11 +6,15 @@
 // in ascending, descending and random order through one accessor that lives
 // across the steps (so a stale cache would show). Values come from windows
 // near 0, 2^31, 2^32 and the top of the type, or from the whole range; some
-// are outside the member's range and must be refused. Driven by
+// are outside the member's range and must be refused. The word block of
+// QXList<long> and the range array of the unsigned members are laid out and
+// grow as their rules say. Driven by
 // fuzz/containers_differential_fuzz.cpp.
 #ifndef QXUTIL_FUZZ_MODELS_INTEGER_LIST_MODEL_H
 #define QXUTIL_FUZZ_MODELS_INTEGER_LIST_MODEL_H
 
+#include "containers/range_list.h"
+#include "containers/word_list.h"
 #include "qxutil/containers.h"
 
 #include <algorithm>
@@ -117,7 +121,9 @@ public:
       if (!(item_ = list_->GetItem()))
         return what.str() + ": no item";
     }
-    std::string difference = Compare(next);
+    std::string difference = Capacity(what.str() == "Clone()");
+    if (difference.empty())
+      difference = Compare(next);
     return difference.empty() ? difference : what.str() + ": " + difference;
   }
 
@@ -165,6 +171,45 @@ private:
         runs.push_back({v, v});
     }
     return runs;
+  }
+
+  // Capacity - the word block of QXList<long> (below); the range array of
+  // the unsigned members: none while the list is empty, 32 ranges when
+  // first made, 8 more whenever it is full, exactly the ranges in use in a
+  // clone, never smaller otherwise.
+  std::string Capacity(bool cloned) {
+    if constexpr (std::is_same_v<T, long>) {
+      // The word block: its count, then a word with bit 31 set per single
+      // value and two (first, last) per longer run, and no more room than
+      // the heap rounds to.
+      const auto* impl = dynamic_cast<const qx::containers::QXListImpl*>(list_);
+      std::vector<uint32_t> want = {0};
+      for (const auto& [first, last] : Runs()) {
+        if (first == last)
+          want.push_back(0x80000000u | static_cast<uint32_t>(first));
+        else
+          want.insert(want.end(), {static_cast<uint32_t>(first), static_cast<uint32_t>(last)});
+      }
+      want[0] = static_cast<uint32_t>(want.size() - 1);
+      if (!impl || !std::equal(want.begin(), want.end(), impl->Words()))
+        return "the words differ";
+      if (memSize(impl->Words()) < 4 * want.size() || memSize(impl->Words()) > 4 * want.size() + 32)
+        return "a block of " + std::to_string(memSize(impl->Words())) + " bytes";
+      return "";
+    } else {
+      using V = std::conditional_t<std::is_same_v<T, unsigned long>, uint32_t, uint64_t>;
+      const auto* impl = dynamic_cast<const qx::containers::RangeListImpl<T, V>*>(list_);
+      const uint32_t ranges = static_cast<uint32_t>(Runs().size());
+      const uint32_t want = ranges == 0          ? 0
+                            : cloned             ? ranges
+                            : capacity_ == 0     ? 32
+                            : ranges > capacity_ ? capacity_ + 8
+                                                 : capacity_;
+      capacity_ = impl ? impl->Capacity() : ~0u;
+      if (capacity_ == want)
+        return "";
+      return "capacity " + std::to_string(capacity_) + " != " + std::to_string(want);
+    }
   }
 
   template <class Next> std::string Compare(Next& next) {
@@ -253,6 +298,7 @@ private:
   QXList<T>* list_ = nullptr;
   QXListItem<T>* item_ = nullptr;
   std::set<T> model_;
+  uint32_t capacity_ = 0; // the range array's, after the last step
 };
 
 } // namespace qxtest

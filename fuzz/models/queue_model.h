@@ -2,9 +2,10 @@
 // chosen from a stream of random numbers, to a main queue (and sometimes to
 // a second one that is merged into it) and to std::lists of the same
 // elements, then compares the queues link by link, the tails, the counts and
-// the answers of the searching functions. Unknown position codes, negative
-// and too large indexes and foreign elements are drawn on purpose. Driven by
-// fuzz/containers_differential_fuzz.cpp.
+// the answers of the searching functions, the links of removed elements and
+// of copies, and the comparisons of a new head or tail. Unknown position
+// codes, negative and too large indexes, foreign elements and an empty main
+// queue are drawn on purpose. Driven by fuzz/containers_differential_fuzz.cpp.
 #ifndef QXUTIL_FUZZ_MODELS_QUEUE_MODEL_H
 #define QXUTIL_FUZZ_MODELS_QUEUE_MODEL_H
 
@@ -50,6 +51,14 @@ public:
     if (next() % 6 == 0)
       where = static_cast<int>(next() % 9) - 4;
     const int op = static_cast<int>(r % 12);
+    if (r % 64 == 63) { // now and then the main queue is emptied from the front
+      for (Q_ELEM* out = nullptr; !model_.empty(); model_.pop_front()) {
+        if (!Dequeue(&main_, &out, 0) || out != model_.front())
+          return "emptying: wrong result";
+        Release(out);
+      }
+      return Compare(&main_, model_);
+    }
     KeyedElement* e = nullptr; // the element the insertions link
     if ((op <= 4 || op == 9 || op == 10) && !(e = Take(next)))
       return ""; // none is free
@@ -62,7 +71,15 @@ public:
         free_.push_back(e);
     } else if (op <= 3) {
       what << "EnqueueSorted(" << e->key << ")";
-      EnqueueSorted(&main_, e, CompareKeys);
+      // One comparison for a new head, two for a new tail; the walk between is not counted.
+      const int comparisons = model_.empty()                  ? 0
+                              : e->key <= model_.front()->key ? 1
+                              : e->key > model_.back()->key   ? 2
+                                                              : -1;
+      comparisons_ = 0;
+      EnqueueSorted(&main_, e, Counting);
+      if (comparisons >= 0 && comparisons_ != comparisons)
+        return what.str() + ": " + std::to_string(comparisons_) + " comparisons";
       auto at = model_.begin();
       if (!model_.empty() && e->key > model_.front()->key) {
         if (e->key > model_.back()->key)
@@ -88,6 +105,8 @@ public:
       if (ok != (n > 0) || out != expected)
         return what.str() + ": wrong result";
       if (expected && expected != sentinel) {
+        if (expected->link)
+          return what.str() + ": the removed element keeps its link";
         model_.remove(static_cast<KeyedElement*>(expected));
         Release(expected);
       }
@@ -103,6 +122,8 @@ public:
       const bool member = e && std::find(model_.begin(), model_.end(), e) != model_.end();
       if (e && DequeueThisElement(&main_, e) != member)
         return what.str() + ": wrong result";
+      if (member && e->link)
+        return what.str() + ": the removed element keeps its link";
       if (member) {
         model_.remove(e);
         Release(e);
@@ -113,8 +134,8 @@ public:
       const bool in = index >= 0 && index < n;
       const bool ok = DequeueAtIndex(&main_, &out, index);
       KeyedElement* expected = in ? *std::next(model_.begin(), index) : nullptr;
-      if (ok != in || out != expected)
-        return what.str() + ": wrong result";
+      if (ok != in || out != expected || (in && expected->link))
+        return what.str() + ": wrong result or link";
       if (in) {
         model_.remove(expected);
         Release(expected);
@@ -133,6 +154,13 @@ public:
         model_.splice(where == 0 ? model_.begin() : model_.end(), otherModel_);
         InitQueue(&other_);
       }
+    }
+    if (!model_.empty()) { // a copy, made or assigned, keeps the link
+      KeyedElement copy(*model_.front());
+      const bool made = copy.link == model_.front()->link;
+      copy = *model_.back();
+      if (!made || copy.link != model_.back()->link)
+        return what.str() + ": a copy lost the link";
     }
     std::string difference = Compare(&main_, model_);
     if (difference.empty())
@@ -190,6 +218,9 @@ private:
     return "";
   }
 
+  static int Counting(Q_ELEM* a, Q_ELEM* b) { return ++comparisons_, CompareKeys(a, b); }
+
+  inline static int comparisons_ = 0;
   QUEUE main_, other_;
   std::list<KeyedElement*> model_, otherModel_;
   std::vector<KeyedElement*> free_;

@@ -3,16 +3,28 @@
 // on); the call must end in its documented result: null from rgn_create and
 // rgn_intersect, the bounding-box fallback from rgn_unionrect.
 #include "common/fault_walk.h"
-#include "geometry/region_cover.h"
+#include "platform/region.h"
 #include "qxutil/geometry.h"
 
 #include <gtest/gtest.h>
 
-using qxtest::Covering;
+#include <initializer_list>
+
 using qxtest::FaultCase;
 using qxtest::Outcome;
 
 namespace {
+
+// Covering - a new region covering the union of `rects`.
+HRGN Covering(std::initializer_list<LRECT> rects) {
+  HRGN g = qx::win::CreateRectRgn(0, 0, 0, 0), piece = qx::win::CreateRectRgn(0, 0, 0, 0);
+  for (const LRECT& r : rects) {
+    qx::win::SetRectRgn(piece, r.x1, r.y1, r.x2, r.y2);
+    qx::win::CombineRgn(g, g, piece, RGN_OR);
+  }
+  qx::win::DeleteObject(piece);
+  return g;
+}
 
 const LRECT kFirst{0, 0, 2, 2}, kSecond{6, 6, 8, 8}, kOther{1, 1, 7, 7}, kAdded{10, 0, 11, 1};
 
