@@ -242,13 +242,14 @@ Pieces<char> EncodePieces(UINT cp, DWORD flags, const wchar_t* src, size_t n, LP
            qx::platform::IsNonSpacingMark(static_cast<uint32_t>(src[end]))) {
       ++end;
     }
-    char bytes[64];
+    // Room for two bytes a unit: a piece may carry any number of marks.
+    std::vector<char> bytes(2 * (end - i) + 2);
     BOOL used = FALSE;
     SetLastError(kUntouched);
-    const int got = WideCharToMultiByte(cp, flags, src + i, static_cast<int>(end - i), bytes,
-                                        sizeof bytes, defaultChar, &used);
+    const int got = WideCharToMultiByte(cp, flags, src + i, static_cast<int>(end - i), bytes.data(),
+                                        static_cast<int>(bytes.size()), defaultChar, &used);
     Check(got > 0 || GetLastError() == kUntouched); // WC_DISCARDNS drops a lone mark
-    p.Add(bytes, got, used != FALSE);
+    p.Add(bytes.data(), got, used != FALSE);
     i = end;
   }
   return p;
