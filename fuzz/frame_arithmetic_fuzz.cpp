@@ -86,7 +86,8 @@ void CheckIntegers(long a, long b, long low, long high) {
   const short sa = static_cast<short>(a), sb = static_cast<short>(b);
   Check(ShortAdd(sa, sb) == Clamp(int64_t{sa} + sb, -32768, 32767));
 
-  // The products and quotients on 32-bit ints; a divisor of 0 gives 0.
+  // IntegerMulDiv and LongRoundDiv take the low 32 bits of each argument;
+  // a divisor of 0 gives 0.
   const int x = static_cast<int>(a), y = static_cast<int>(b), d = static_cast<int>(low);
   const int64_t t = Wrap32(__int128{x} * y + d / 2);
   Check(IntegerMulDiv(x, y, d) == (d == 0 ? 0 : Wrap32(t / d)));

@@ -65,19 +65,9 @@ public:
       qx::detail::gErrorListsToAsk.fetch_add(1, std::memory_order_relaxed);
   }
 
-  bool HaveErrors() override {
-    if (funcs_) [[unlikely]]
-      return HaveErrorsUnlessSuppressed();
-    return stored_ > 0;
-  }
+  bool HaveErrors() override { return !(funcs_ && funcs_->IsSuppressed()) && stored_ > 0; }
 
   int NumErrors() override { return stored_; }
-
-  // The host's suppression asked first; out of line, so that HaveErrors()
-  // without host functions is a leaf.
-  [[gnu::noinline]] bool HaveErrorsUnlessSuppressed() {
-    return !funcs_->IsSuppressed() && stored_ > 0;
-  }
 
   bool FirstError() override { return episodeCount_ == 0; }
 
@@ -376,10 +366,6 @@ cErrorSystem* cErrorSystem::Create() { return qx::NewServiceOrNull<cErrorSystemI
 [[gnu::used]] static bool (*const kExportedHaveErrors)() = &HaveErrors;
 
 bool qx::detail::AskErrorList() {
-  // The library's own list answers without a virtual call; any other list
-  // is asked through Instance().
-  if (void* own = qx::detail::LibraryService(cErrorSystem::kSlotKey))
-    return static_cast<cErrorSystemImpl*>(static_cast<cErrorSystem*>(own))->HaveErrors();
   cErrorSystem* es = cErrorSystem::Instance();
   return es && es->HaveErrors();
 }

@@ -51,7 +51,6 @@ public:
   bool SetSlot(unsigned int key, void* value) override {
     if (key < kDirectSlots) {
       direct_[key] = value;
-      direct_[kDirectSlots + key] = nullptr; // whatever it is, the library did not install it
       return true;
     }
     try {
@@ -81,10 +80,9 @@ public:
 
 private:
   // The services' keys are all small: they live in an array, and other keys
-  // in an ordered map. The array's second half marks the services the
-  // library installed itself (qx::detail::LibraryService).
+  // in an ordered map.
   static constexpr unsigned int kDirectSlots = qx::detail::kServiceSlots;
-  void* direct_[2 * kDirectSlots] = {};
+  void* direct_[kDirectSlots] = {};
   std::map<unsigned int, void*, std::less<unsigned int>,
            QXAllocator<std::pair<const unsigned int, void*>>>
       others_;
@@ -207,11 +205,6 @@ InstanceData* CreateWithSingletons() {
 }
 
 } // namespace
-
-void qx::detail::MarkLibraryService(InstanceData* data, unsigned int key) {
-  if (void** slots = InstanceDataImpl::ServiceSlots(data); slots && key < kServiceSlots)
-    slots[kServiceSlots + key] = slots[key];
-}
 
 InstanceData::~InstanceData() {}
 

@@ -15,8 +15,7 @@
 #include <atomic>
 
 namespace qx::detail {
-/// The services' keys index a fixed slot array: kServiceSlots slots, then as
-/// many marks (LibraryService).
+/// The services' keys index a fixed slot array of kServiceSlots slots.
 constexpr unsigned int kServiceSlots = 16;
 /// While per-thread storage is in force: the calling thread's service slots
 /// when its set is one the library made, else null. Kept exact by the frame.
@@ -27,22 +26,6 @@ extern std::atomic<bool> gThreadStorageInForce;
 /// Instance()'s path when the thread's slots are not at hand, kept out of
 /// line so that the inlined path stays a few loads.
 void* SlotFromInstanceData(unsigned int key);
-/// MarkLibraryService - records that slot `key` of `data` (a set the library
-/// made) holds the service the library created for it. Any later SetSlot on
-/// that key, a host's Instance(p) included, clears the mark.
-void MarkLibraryService(InstanceData* data, unsigned int key);
-
-/// LibraryService - the service in slot `key` of the calling thread's set
-/// when it is the one the library created there and per-thread storage is in
-/// force; null otherwise (a host's object, a host's set or storage), when
-/// Instance() decides. Lets an exported call reach the library's own object
-/// without a virtual call and stay exact for a host's.
-inline void* LibraryService(unsigned int key) {
-  if (gThreadStorageInForce.load(std::memory_order_relaxed))
-    if (void** slots = tServiceSlots)
-      return slots[kServiceSlots + key];
-  return nullptr;
-}
 } // namespace qx::detail
 
 namespace qx {

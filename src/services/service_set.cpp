@@ -6,7 +6,6 @@
 //
 //===----------------------------------------------------------------------===//
 #include "frame/service_set.h"
-#include "frame/singleton.h"
 
 #include "qxutil/files.h"
 #include "qxutil/frame.h"
@@ -31,7 +30,6 @@ template <class Service, class Factory> bool Install(InstanceData* data, Factory
     delete service;
     return false;
   }
-  qx::detail::MarkLibraryService(data, Service::kSlotKey);
   return true;
 }
 
